@@ -1,0 +1,32 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+
+namespace VELTRO::KELVO::Bench {
+
+inline constexpr const char* kRawServerArgument = "--raw-server";
+
+// The server's whole program: standard output carries the port, and the end of standard input ends it.
+int RunRawServer();
+
+// Starts this same program again as a server. A new program rather than a bare fork, because by the time the
+// second mode starts the code under test may have left threads behind. The server inherits the CPU affinity
+// of the calling thread.
+class RawServerProcess {
+ public:
+  RawServerProcess();
+  ~RawServerProcess();
+  RawServerProcess(const RawServerProcess&) = delete;
+  RawServerProcess& operator=(const RawServerProcess&) = delete;
+
+  std::uint16_t Port() const { return port_; }
+
+ private:
+  pid_t pid_ = -1;
+  int controlFd_ = -1;
+  std::uint16_t port_ = 0;
+};
+
+}  // namespace VELTRO::KELVO::Bench

@@ -1,0 +1,12 @@
+# What every target of the house is compiled with: one interface library, so that no target forgets it.
+add_library(kelvo_options INTERFACE)
+target_compile_options(kelvo_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+  $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wthread-safety -Wno-gnu-zero-variadic-macro-arguments>)
+# The MessagePack headers are not ours to warn about.
+target_compile_definitions(kelvo_options INTERFACE _GNU_SOURCE)
+
+if(KELVO_SANITIZE)
+  add_compile_options(-fsanitize=${KELVO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+  add_link_options(-fsanitize=${KELVO_SANITIZE})
+endif()

@@ -1,0 +1,64 @@
+/* Connections: connect, disconnect, time-out, command log, last error. Conventions: kelvo.h. */
+#ifndef KELVO_CLIENT_API_H
+#define KELVO_CLIENT_API_H
+
+#include "kelvo/KelvoTypes.h"
+
+KELVO_EXTERN_C_BEGIN
+
+/* The TCP port on which a card listens. */
+#define KELVO_DEFAULT_PORT 49374
+
+/* Connects to the card at `host` (an IPv4 or IPv6 address, or a name for the system's resolver, of whose
+ * answers the first IPv4 or IPv6 one is taken) and TCP port `port` (1 to 65535), tells it the library's
+ * version and reads its firmware version and serial number. A link-local IPv6 address carries its interface,
+ * as in "fe80::1%eth0". Returns the new handle (1 or more), or -1: "Invalid IP address or unable to resolve
+ * host name with DNS." "Error: Cannot open connection to ADDRESS/PORT."    refused, unreachable, or no answer
+ * within 17000 ms "Port must be between 1 and 65535." "Maximum number of handles created. Disconnect has to
+ * be called to remove previous connections." or what the first calls to the card can fail with (kelvo.h, 5).
+ * A failed connect uses up a handle number; a name that cannot be resolved does not. Remote. Inside a
+ * callback it makes a connection of its own and works. */
+KELVO_API int32_t vlConnect(const char* host, int32_t port);
+
+/* Ends the connection `handle`: running calls and waits on it return with "ConnectionAborted", its lists are
+ * released, its receive thread is joined. Prompt in every state, unless one of the application's own
+ * callbacks is still running: it waits for that to return. Returns 0, or -1: a bad handle (kelvo.h, 3), or "A
+ * callback must not disconnect." Local. Not inside a callback. */
+KELVO_API int32_t vlDisconnect(int32_t handle);
+
+/* Writes to `*connected` whether the connection `handle` is up. A handle that is not in use, a negative one
+ * too, is not an error: false is written. Returns 0, or -1 only for a null pointer. Local. */
+KELVO_API int32_t vlIsConnected(int32_t handle, bool* connected);
+
+/* Writes the connection's time-out in milliseconds to `*timeout_ms`. Returns 0 or -1 (kelvo.h, 3). Local. */
+KELVO_API int32_t vlGetTimeout(int32_t handle, uint32_t* timeout_ms);
+
+/* Sets how long later calls and waits on this connection wait, in milliseconds. 0 waits for nothing: the
+ * answer must already be there. Calls that are waiting keep theirs. Returns 0 or -1 (kelvo.h, 3). Local. */
+KELVO_API int32_t vlSetTimeout(int32_t handle, uint32_t timeout_ms);
+
+/* Writes every later call on this connection and its answer, and every notification, to the text file `path`
+ * (if `path` is a directory, to the file "KELVOrpc" in it), starting a new file. A log that is already being
+ * written is ended first. A value longer than `max_value_length` characters is cut there and followed by
+ * "...[truncated]"; a negative length means no limit. Lines begin with the local time, to the millisecond,
+ * and the id of the thread in the kernel; the first two are "Logging enabled" and the versions of library,
+ * firmware and card. Returns 0, or -1: "Connection must be enabled to start logging!" when the connection is
+ * down; "Unable to open log file 'PATH': REASON". Local. */
+KELVO_API int32_t vlEnableCommandLogging(int32_t handle, const char* path, int32_t max_value_length);
+
+/* Ends the command log; without one it does nothing. Returns 0 or -1 (kelvo.h, 3). Local. */
+KELVO_API int32_t vlDisableCommandLogging(int32_t handle);
+
+/* Returns the length of the calling thread's last error plus 2: a buffer of that size has room for the text
+ * and its terminating zero. Without an error 2. Does not clear the error. Local. */
+KELVO_API int32_t vlGetLastErrorLen(void);
+
+/* Copies the calling thread's last error with its terminating zero into `buffer` of `size` bytes and clears
+ * it, so that a second call gives an empty text. If the text does not fit, `buffer` receives "Error buffer
+ * too small" when `size` is above 22, else an empty text, and the error is cleared too. A null `buffer` or a
+ * `size` of 0 or less does nothing and keeps the error. Local. */
+KELVO_API void vlGetLastError(char* buffer, int32_t size);
+
+KELVO_EXTERN_C_END
+
+#endif

@@ -1,0 +1,217 @@
+/* Command lists: build them, upload them to the card, run them and follow their progress. Conventions:
+ * kelvo.h.
+ *
+ * A list lives in the application's memory under a list handle (int64_t) and on the card under a list id
+ * (int32_t) that the application chooses. Functions that build a list are local and take the list handle;
+ * functions that act on the card take the connection handle and the list id.
+ *
+ * Every vlListAppend... function appends one command, or nothing when it fails, and returns 0 or -1 with
+ *   a bad handle (kelvo.h, 3 and 4), or
+ *   "Command exceeds the maximum allowed command size of 921600 . Please split into several commands."
+ * and is local. Only what it does is said with each.
+ */
+#ifndef KELVO_LIST_API_H
+#define KELVO_LIST_API_H
+
+#include "kelvo/KelvoTypes.h"
+
+KELVO_EXTERN_C_BEGIN
+
+/* ---- Lists and their handles ---- */
+
+/* Makes an empty list on the connection `handle`. Returns its list handle, or -1 (kelvo.h, 3;
+ * "List handle already occupied."). Local. */
+KELVO_API int64_t vlListAllocate(int32_t handle);
+
+/* Releases the list. Safe while another thread appends to it or uploads it. Returns 0 whether or not the list
+ * existed, or -1 when its connection does not exist (kelvo.h, 3). Local. */
+KELVO_API int32_t vlListReleaseHandle(int64_t list);
+
+/* Releases the list like vlListReleaseHandle, but a list that does not exist fails with "List does not
+ * exist.". Returns 0 or -1. Local. */
+KELVO_API int32_t vlListDeleteHandle(int64_t list);
+
+/* Removes every command and label from the list. Loops that are open stay open. Returns 0 or -1. Local. */
+KELVO_API int32_t vlListClear(int64_t list);
+
+/* Returns the number of commands in the list, or -1. Local. */
+KELVO_API int32_t vlListCommandCount(int64_t list);
+
+/* ---- Motion: positions in field units ---- */
+
+/* Jumps (moves with the laser off) to the position (x, y). */
+KELVO_API int32_t vlListAppendJumpAbs2D(int64_t list, double x, double y);
+/* Jumps by (dx, dy) from where the list has arrived. */
+KELVO_API int32_t vlListAppendJumpRel2D(int64_t list, double dx, double dy);
+/* Jumps to the position (x, y, z). */
+KELVO_API int32_t vlListAppendJumpAbs3D(int64_t list, double x, double y, double z);
+/* Jumps by (dx, dy, dz). */
+KELVO_API int32_t vlListAppendJumpRel3D(int64_t list, double dx, double dy, double dz);
+/* Marks a straight line (laser on) to the position (x, y). */
+KELVO_API int32_t vlListAppendMarkAbs2D(int64_t list, double x, double y);
+/* Marks a straight line by (dx, dy). */
+KELVO_API int32_t vlListAppendMarkRel2D(int64_t list, double dx, double dy);
+/* Marks a straight line to the position (x, y, z). */
+KELVO_API int32_t vlListAppendMarkAbs3D(int64_t list, double x, double y, double z);
+/* Marks a straight line by (dx, dy, dz). */
+KELVO_API int32_t vlListAppendMarkRel3D(int64_t list, double dx, double dy, double dz);
+
+/* ---- Speeds: field units per microsecond ---- */
+
+/* Sets the speed of the jumps that follow. */
+KELVO_API int32_t vlListAppendJumpSpeed(int64_t list, double speed);
+/* Sets the speed of the marks that follow. */
+KELVO_API int32_t vlListAppendMarkSpeed(int64_t list, double speed);
+
+/* ---- Delays: microseconds ---- */
+
+/* Sets the wait after a jump, in which the galvos settle. */
+KELVO_API int32_t vlListAppendJumpDelay(int64_t list, double delay_us);
+/* Sets the wait after the last mark of a run of marks. */
+KELVO_API int32_t vlListAppendMarkDelay(int64_t list, double delay_us);
+/* Sets the wait between two marks that follow each other. */
+KELVO_API int32_t vlListAppendPolyDelay(int64_t list, double delay_us);
+/* Sets the time from the start of a mark's motion until the laser is on; negative switches it on before. */
+KELVO_API int32_t vlListAppendLaserOnDelay(int64_t list, double delay_us);
+/* Sets the time from the end of a mark's motion until the laser is off. */
+KELVO_API int32_t vlListAppendLaserOffDelay(int64_t list, double delay_us);
+/* Waits, without motion. */
+KELVO_API int32_t vlListAppendSleep(int64_t list, double duration_us);
+
+/* ---- Laser ---- */
+
+/* Switches the laser on and leaves it on until vlListAppendLaserOff's command. */
+KELVO_API int32_t vlListAppendLaserOn(int64_t list);
+/* Switches the laser off. */
+KELVO_API int32_t vlListAppendLaserOff(int64_t list);
+
+/* ---- Flow ---- */
+
+/* Makes the card send the progress notification `value` when the list arrives here. */
+KELVO_API int32_t vlListAppendProgress(int64_t list, int32_t value);
+/* Opens a loop that runs what follows, up to its loop end, `count` times. */
+KELVO_API int32_t vlListAppendLoopStart(int64_t list, int32_t count);
+/* Closes the innermost loop. Nothing checks that one is open: vlListSet refuses a list whose loops do not
+ * match. */
+KELVO_API int32_t vlListAppendLoopEnd(int64_t list);
+/* Leaves the innermost loop. Fails with "No loop opened!" when none is open. */
+KELVO_API int32_t vlListAppendLoopBreak(int64_t list);
+
+/* ---- Lists on the card ---- */
+
+/* Uploads the list as the card's list `list_id`, in as many pieces as it needs; with `append` behind what the
+ * card has under that id, else in its place. `list_field` is a number the card receives ahead of the
+ * commands; -1 where the card's manual asks for none. What is uploaded is the list as it is at the time of
+ * the call; other threads may go on changing it. Returns 0, or -1: "There are open loops inside the list!"
+ * (nothing is sent), or kelvo.h, 5. After a failure in the middle the card may hold the first part of the
+ * list. Remote. */
+KELVO_API int32_t vlListSet(int32_t handle, int32_t list_id, int64_t list, bool append, int32_t list_field);
+
+/* Fetches the card's list `list_id` and puts it in place of the content of `list`, labels included: a fetched
+ * list has none. Returns 0 or -1; on failure the list is as it was. Remote. */
+KELVO_API int32_t vlListGet(int32_t handle, int32_t list_id, int64_t list);
+
+/* Deletes the card's list `list_id`; what `flag` means is the card's business (the virtual card: also delete
+ * what it stored of it). Returns 0 or -1. Remote. */
+KELVO_API int32_t vlListDelete(int32_t handle, int32_t list_id, bool flag);
+
+/* Writes the ids of the lists that the card holds to `ids`, an array of `capacity` elements, and their number
+ * to
+ * `*count`. More ids than `capacity` fail with "Buffer is too small." and write nothing. `ids` may be null
+ * when `capacity` is 0. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlListGetStoredListIDs(int32_t handle, int32_t* ids, uint32_t capacity, uint32_t* count);
+
+/* Starts the card's list `list_id` and returns without waiting for its end: 0, or -1. Remote. */
+KELVO_API int32_t vlListExecute(int32_t handle, int32_t list_id);
+
+/* Ends the running list; without one it does nothing. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlListAbortExecution(int32_t handle);
+
+/* Writes whether a list is running to `*in_progress`. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlListIsExecutionInProgress(int32_t handle, bool* in_progress);
+
+/* Writes the status of the card's list `list_id`, whose values are the card's business (the virtual card: 0
+ * no such list, 1 ready, 2 running), to `*status`. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlListGetListStatus(int32_t handle, int32_t list_id, int32_t* status);
+
+/* Statistics of the latest execution. Times are the card's own (the virtual card: microseconds). */
+typedef struct vlListExecutionStats {
+  int32_t MacroVectors;                 /* vectors as the list gave them: jumps and marks */
+  int32_t MicroVectors;                 /* vectors as the galvos were driven */
+  double ComputationTime;               /* time the card spent computing */
+  double ExecutionTime;                 /* time the run took */
+  double ComputationTimePerMicroVector; /* ComputationTime / MicroVectors */
+} vlListExecutionStats;
+KELVO_STATIC_ASSERT(sizeof(vlListExecutionStats) == 32, "the layout is part of the interface");
+
+/* Writes the statistics of the latest execution to `*stats`. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlListGetLastExecutionStats(int32_t handle, vlListExecutionStats* stats);
+
+/* ---- Following a run: progress, list done (value: list id), list idle (value: list id) ----
+ *
+ * Values that arrive are kept, in order and one queue a kind, until a wait takes them or
+ * vlListClearPendingEvents discards them; of more than 1048576 waiting values the oldest go first. Callbacks
+ * receive every value as well. */
+
+/* As `timeout_ms` of a wait: the connection's time-out. Any negative number means the same. */
+#define KELVO_CONNECTION_TIMEOUT (-1)
+
+/* Waits until a progress value is there, takes the oldest and writes it to `*value`. `timeout_ms` is in
+ * milliseconds (0 only looks, negative: the connection's time-out). Returns 0   a value was taken 1   none
+ * came in time, or the wait was interrupted; `*value` is untouched and there is no last error -1   failure: a
+ * bad handle, "Connection not active!" or "ConnectionAborted" at once when the connection is down and no
+ * value is left, "A callback must not wait for its own connection." Waits for the connection, never for an
+ * answer. */
+KELVO_API int32_t vlListWaitForProgress(int32_t handle, int32_t* value, int32_t timeout_ms);
+/* The same for the list done events: `*list_id` is the list that ended. */
+KELVO_API int32_t vlListWaitForListDone(int32_t handle, int32_t* list_id, int32_t timeout_ms);
+/* The same for the list idle events: `*list_id` is the list after which the card went idle. */
+KELVO_API int32_t vlListWaitForListIdle(int32_t handle, int32_t* list_id, int32_t timeout_ms);
+
+/* Makes the progress waits that are running return 1. A wait that starts later is not affected. Returns 0 or
+ * -1 (kelvo.h, 3). Local. */
+KELVO_API int32_t vlListInterruptWaitForProgress(int32_t handle);
+/* The same for list done waits. */
+KELVO_API int32_t vlListInterruptWaitForListDone(int32_t handle);
+/* The same for list idle waits. */
+KELVO_API int32_t vlListInterruptWaitForListIdle(int32_t handle);
+
+/* Receives the connection's handle and an event's value (progress value or list id). */
+typedef void (*vlListEventCallback)(int32_t handle, int32_t value);
+/* Receives the connection's handle, the kind of the notification (-1: unknown), and the error's text of
+ * `length` characters and a terminating zero, which lives only during the call. */
+typedef void (*vlErrorEventCallback)(int32_t handle, int32_t code, const char* message, uint32_t length);
+
+/* Registers a callback for progress values and writes its id (2 to 6) to `*callback_id`. At most five
+ * callbacks of a kind: the next registration fails with "Unable to register callback!". Deliberate oddity:
+ * that sixth callback stays registered under id 7 and is called all the same until id 7 is unregistered.
+ * Returns 0 or -1. Local. */
+KELVO_API int32_t vlListRegisterProgressCallback(int32_t handle, vlListEventCallback callback,
+                                                 uint32_t* callback_id);
+/* The same for list done events. */
+KELVO_API int32_t vlListRegisterListDoneCallback(int32_t handle, vlListEventCallback callback,
+                                                 uint32_t* callback_id);
+/* The same for list idle events. */
+KELVO_API int32_t vlListRegisterListIdleCallback(int32_t handle, vlListEventCallback callback,
+                                                 uint32_t* callback_id);
+/* The same for errors that the card reports outside of any call. */
+KELVO_API int32_t vlListRegisterErrorEventCallback(int32_t handle, vlErrorEventCallback callback,
+                                                   uint32_t* callback_id);
+
+/* Unregisters the progress callback `callback_id`; an id that is not registered is no error. Returns 0 or -1
+ * (kelvo.h, 3). Local. */
+KELVO_API int32_t vlListUnRegisterProgressCallback(int32_t handle, uint32_t callback_id);
+/* The same for list done events. */
+KELVO_API int32_t vlListUnRegisterListDoneCallback(int32_t handle, uint32_t callback_id);
+/* The same for list idle events. */
+KELVO_API int32_t vlListUnRegisterListIdleCallback(int32_t handle, uint32_t callback_id);
+/* The same for error events. */
+KELVO_API int32_t vlListUnRegisterErrorEventCallback(int32_t handle, uint32_t callback_id);
+
+/* Discards every pending progress, list done and list idle value and the stored error event. If received data
+ * is still waiting to be read, lets the receive thread run first. Returns 0 or -1 (kelvo.h, 3). Local. */
+KELVO_API int32_t vlListClearPendingEvents(int32_t handle);
+
+KELVO_EXTERN_C_END
+
+#endif

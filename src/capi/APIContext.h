@@ -1,0 +1,43 @@
+// The process-wide table of connection handles.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <unordered_map>
+
+#include "capi/ConnectionContext.h"
+#include "common/Mutex.h"
+
+namespace VELTRO::KELVO::ClientLib {
+
+class APIContext {
+ public:
+  // The instance, created on first use. The end of the process ends its connections.
+  static APIContext& getInstance();
+
+  // `lastHandle`: the handle issued last.
+  explicit APIContext(int lastHandle = 0) : lastHandle_(lastHandle) {}
+
+  // Makes a connection context and returns its handle, 1 or more. Throws std::runtime_error "Maximum number
+  // of handles created. Disconnect has to be called to remove previous connections.".
+  int CreateNew();
+  // The connection of the handle, for a caller that knows that nobody removes it meanwhile. Throws
+  // std::runtime_error "Illegal handle." or "There is no connection corresponding to this handle.".
+  ClientAPI& Get(int handle) { return Share(handle)->Client; }
+  // The same for everybody else: what is shared lives on while it is used, also when it is removed.
+  std::shared_ptr<ConnectionContext> Share(int handle);
+  // The same without an exception: null when there is none.
+  std::shared_ptr<ConnectionContext> Find(int handle);
+  // Removes the handle, which destroys its context, not under the table's lock, once nobody uses it any more.
+  // An unknown handle is ignored.
+  void Remove(int handle);
+
+ private:
+  static void EndAtExit();
+
+  Mutex mutex_;
+  std::unordered_map<int, std::shared_ptr<ConnectionContext>> contexts_ KELVO_GUARDED_BY(mutex_);
+  int lastHandle_ KELVO_GUARDED_BY(mutex_);
+};
+
+}  // namespace VELTRO::KELVO::ClientLib

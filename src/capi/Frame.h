@@ -1,0 +1,61 @@
+// The one shape of every exported function: clear the last error, do the work, and turn whatever is thrown
+// into the last error and -1.
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+
+#include "capi/APIContext.h"
+#include "capi/KelvoErrorHandler.h"
+
+namespace VELTRO::KELVO::ClientLib {
+
+// Returns what `work` returns, 0 when that is nothing, -1 when it throws.
+template <class Work>
+auto Guarded(Work&& work) noexcept {
+  using Returned = std::invoke_result_t<Work>;
+  using Result = std::conditional_t<std::is_void_v<Returned>, std::int32_t, Returned>;
+  KelvoErrorHandler& error = KelvoErrorHandler::getThreadLocalInstance();
+  error.Clear();
+  try {
+    if constexpr (std::is_void_v<Returned>) {
+      work();
+      return Result{0};
+    } else {
+      return work();
+    }
+  } catch (const std::exception& exception) {
+    error.InsertError(exception);
+  } catch (...) {
+    error.InsertError("Unexpected error!");
+  }
+  return static_cast<Result>(-1);
+}
+
+// On the connection of a handle, which lives at least as long as `work` runs.
+template <class Work>
+auto OnConnection(std::int32_t handle, Work&& work) noexcept {
+  return Guarded([&] { return work(*APIContext::getInstance().Share(handle)); });
+}
+
+// On the list of a list handle, under its lock.
+template <class Work>
+auto OnList(std::int64_t list, Work&& work) noexcept {
+  return Guarded([&] {
+    const auto connection = APIContext::getInstance().Share(ListTable::ConnectionOf(list));
+    return connection->Lists.Get(list)->Use(work);
+  });
+}
+
+// The argument `name`, which must not be null.
+template <class T>
+T* NotNull(T* pointer, const char* name) {
+  if (pointer == nullptr)
+    throw std::runtime_error(std::string("A null pointer was passed for '") + name + "'.");
+  return pointer;
+}
+
+}  // namespace VELTRO::KELVO::ClientLib

@@ -1,0 +1,292 @@
+#include "kelvo/KelvoListAPI.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "capi/Frame.h"
+
+using namespace VELTRO::KELVO::ClientLib;
+
+namespace {
+
+// Takes the oldest value of a kind: 0, or 1 when there was none.
+int32_t Wait(int32_t handle, ListEventKind kind, int32_t* value, const char* name, int32_t timeout_ms) {
+  return OnConnection(handle, [&](ConnectionContext& connection) -> int32_t {
+    NotNull(value, name);
+    const auto timeout =
+        timeout_ms < 0 ? ListAPI::Timeout() : ListAPI::Timeout(std::chrono::milliseconds(timeout_ms));
+    const auto event = connection.GetListAPI().Wait(kind, timeout);
+    if (!event) return 1;
+    *value = *event;
+    return 0;
+  });
+}
+
+int32_t InterruptWait(int32_t handle, ListEventKind kind) {
+  return OnConnection(
+      handle, [&](ConnectionContext& connection) { connection.Client.GetListEvents().InterruptWait(kind); });
+}
+
+int32_t Register(int32_t handle, ListEventKind kind, vlListEventCallback callback, uint32_t* callback_id) {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    NotNull(callback_id, "callback_id");
+    *callback_id = connection.Client.GetListEvents().RegisterCallback(kind, NotNull(callback, "callback"));
+  });
+}
+
+int32_t UnRegister(int32_t handle, ListEventKind kind, uint32_t callback_id) {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    connection.Client.GetListEvents().UnRegisterCallback(kind, callback_id);
+  });
+}
+
+}  // namespace
+
+int64_t vlListAllocate(int32_t handle) {
+  return OnConnection(handle, [](ConnectionContext& connection) { return connection.Lists.Allocate(); });
+}
+
+int32_t vlListReleaseHandle(int64_t list) {
+  return OnConnection(ListTable::ConnectionOf(list),
+                      [&](ConnectionContext& connection) { connection.Lists.Release(list); });
+}
+
+int32_t vlListDeleteHandle(int64_t list) {
+  return OnConnection(ListTable::ConnectionOf(list), [&](ConnectionContext& connection) {
+    connection.Lists.Get(list);  // deliberately unlike vlListReleaseHandle
+    connection.Lists.Release(list);
+  });
+}
+
+int32_t vlListClear(int64_t list) {
+  return OnList(list, [](CommandList& commands) { commands.Clear(); });
+}
+
+int32_t vlListCommandCount(int64_t list) {
+  return OnList(list, [](CommandList& commands) { return static_cast<int32_t>(commands.GetCommandCount()); });
+}
+
+int32_t vlListAppendJumpAbs2D(int64_t list, double x, double y) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendJumpAbs(Point2D{x, y}); });
+}
+
+int32_t vlListAppendJumpRel2D(int64_t list, double dx, double dy) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendJumpRel(Point2D{dx, dy}); });
+}
+
+int32_t vlListAppendJumpAbs3D(int64_t list, double x, double y, double z) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendJumpAbs(Point3D{x, y, z}); });
+}
+
+int32_t vlListAppendJumpRel3D(int64_t list, double dx, double dy, double dz) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendJumpRel(Point3D{dx, dy, dz}); });
+}
+
+int32_t vlListAppendMarkAbs2D(int64_t list, double x, double y) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendMarkAbs(Point2D{x, y}); });
+}
+
+int32_t vlListAppendMarkRel2D(int64_t list, double dx, double dy) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendMarkRel(Point2D{dx, dy}); });
+}
+
+int32_t vlListAppendMarkAbs3D(int64_t list, double x, double y, double z) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendMarkAbs(Point3D{x, y, z}); });
+}
+
+int32_t vlListAppendMarkRel3D(int64_t list, double dx, double dy, double dz) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendMarkRel(Point3D{dx, dy, dz}); });
+}
+
+int32_t vlListAppendJumpSpeed(int64_t list, double speed) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendJumpSpeed(speed); });
+}
+
+int32_t vlListAppendMarkSpeed(int64_t list, double speed) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendMarkSpeed(speed); });
+}
+
+int32_t vlListAppendJumpDelay(int64_t list, double delay_us) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendJumpDelay(delay_us); });
+}
+
+int32_t vlListAppendMarkDelay(int64_t list, double delay_us) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendMarkDelay(delay_us); });
+}
+
+int32_t vlListAppendPolyDelay(int64_t list, double delay_us) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendPolyDelay(delay_us); });
+}
+
+int32_t vlListAppendLaserOnDelay(int64_t list, double delay_us) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendLaserOnDelay(delay_us); });
+}
+
+int32_t vlListAppendLaserOffDelay(int64_t list, double delay_us) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendLaserOffDelay(delay_us); });
+}
+
+int32_t vlListAppendSleep(int64_t list, double duration_us) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendSleep(duration_us); });
+}
+
+int32_t vlListAppendLaserOn(int64_t list) {
+  return OnList(list, [](CommandList& commands) { commands.AppendLaserOn(); });
+}
+
+int32_t vlListAppendLaserOff(int64_t list) {
+  return OnList(list, [](CommandList& commands) { commands.AppendLaserOff(); });
+}
+
+int32_t vlListAppendProgress(int64_t list, int32_t value) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendProgress(value); });
+}
+
+int32_t vlListAppendLoopStart(int64_t list, int32_t count) {
+  return OnList(list, [&](CommandList& commands) { commands.AppendLoopStart(count); });
+}
+
+int32_t vlListAppendLoopEnd(int64_t list) {
+  return OnList(list, [](CommandList& commands) { commands.AppendLoopEnd(); });
+}
+
+int32_t vlListAppendLoopBreak(int64_t list) {
+  return OnList(list, [](CommandList& commands) { commands.AppendLoopBreak(); });
+}
+
+int32_t vlListSet(int32_t handle, int32_t list_id, int64_t list, bool append, int32_t list_field) {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    // A snapshot, which shares the commands' memory: no lock is held while the card is waited for.
+    CommandList snapshot =
+        connection.Lists.Get(list)->Use([](const CommandList& commands) { return commands; });
+    connection.GetListAPI().Set(list_id, snapshot, append, list_field);
+  });
+}
+
+int32_t vlListGet(int32_t handle, int32_t list_id, int64_t list) {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    const auto entry = connection.Lists.Get(list);
+    CommandList received = connection.GetListAPI().Get(list_id);
+    entry->Use([&](CommandList& commands) { commands = std::move(received); });
+  });
+}
+
+int32_t vlListDelete(int32_t handle, int32_t list_id, bool flag) {
+  return OnConnection(handle,
+                      [&](ConnectionContext& connection) { connection.GetListAPI().Delete(list_id, flag); });
+}
+
+int32_t vlListGetStoredListIDs(int32_t handle, int32_t* ids, uint32_t capacity, uint32_t* count) {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    NotNull(count, "count");
+    if (capacity > 0) NotNull(ids, "ids");
+    const auto stored = connection.GetListAPI().GetStoredListIDs();
+    if (stored.size() > capacity) throw std::runtime_error("Buffer is too small.");
+    std::copy(stored.begin(), stored.end(), ids);
+    *count = static_cast<uint32_t>(stored.size());
+  });
+}
+
+int32_t vlListExecute(int32_t handle, int32_t list_id) {
+  return OnConnection(handle,
+                      [&](ConnectionContext& connection) { connection.GetListAPI().Execute(list_id); });
+}
+
+int32_t vlListAbortExecution(int32_t handle) {
+  return OnConnection(handle,
+                      [](ConnectionContext& connection) { connection.GetListAPI().AbortExecution(); });
+}
+
+int32_t vlListIsExecutionInProgress(int32_t handle, bool* in_progress) {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    NotNull(in_progress, "in_progress");
+    *in_progress = connection.GetListAPI().IsExecutionInProgress();
+  });
+}
+
+int32_t vlListGetListStatus(int32_t handle, int32_t list_id, int32_t* status) {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    NotNull(status, "status");
+    *status = connection.GetListAPI().GetListStatus(list_id);
+  });
+}
+
+int32_t vlListGetLastExecutionStats(int32_t handle, vlListExecutionStats* stats) {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    NotNull(stats, "stats");
+    const ListExecutionStats received = connection.GetListAPI().GetLastExecutionStats();
+    *stats = {received.MacroVectors, received.MicroVectors, received.ComputationTime, received.ExecutionTime,
+              received.ComputationTimePerMicroVector};
+  });
+}
+
+int32_t vlListWaitForProgress(int32_t handle, int32_t* value, int32_t timeout_ms) {
+  return Wait(handle, ListEventKind::Progress, value, "value", timeout_ms);
+}
+
+int32_t vlListWaitForListDone(int32_t handle, int32_t* list_id, int32_t timeout_ms) {
+  return Wait(handle, ListEventKind::ListDone, list_id, "list_id", timeout_ms);
+}
+
+int32_t vlListWaitForListIdle(int32_t handle, int32_t* list_id, int32_t timeout_ms) {
+  return Wait(handle, ListEventKind::ListIdle, list_id, "list_id", timeout_ms);
+}
+
+int32_t vlListInterruptWaitForProgress(int32_t handle) {
+  return InterruptWait(handle, ListEventKind::Progress);
+}
+
+int32_t vlListInterruptWaitForListDone(int32_t handle) {
+  return InterruptWait(handle, ListEventKind::ListDone);
+}
+
+int32_t vlListInterruptWaitForListIdle(int32_t handle) {
+  return InterruptWait(handle, ListEventKind::ListIdle);
+}
+
+int32_t vlListRegisterProgressCallback(int32_t handle, vlListEventCallback callback, uint32_t* callback_id) {
+  return Register(handle, ListEventKind::Progress, callback, callback_id);
+}
+
+int32_t vlListRegisterListDoneCallback(int32_t handle, vlListEventCallback callback, uint32_t* callback_id) {
+  return Register(handle, ListEventKind::ListDone, callback, callback_id);
+}
+
+int32_t vlListRegisterListIdleCallback(int32_t handle, vlListEventCallback callback, uint32_t* callback_id) {
+  return Register(handle, ListEventKind::ListIdle, callback, callback_id);
+}
+
+int32_t vlListRegisterErrorEventCallback(int32_t handle, vlErrorEventCallback callback,
+                                         uint32_t* callback_id) {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    NotNull(callback_id, "callback_id");
+    *callback_id =
+        connection.Client.GetListEvents().RegisterErrorEventCallback(NotNull(callback, "callback"));
+  });
+}
+
+int32_t vlListUnRegisterProgressCallback(int32_t handle, uint32_t callback_id) {
+  return UnRegister(handle, ListEventKind::Progress, callback_id);
+}
+
+int32_t vlListUnRegisterListDoneCallback(int32_t handle, uint32_t callback_id) {
+  return UnRegister(handle, ListEventKind::ListDone, callback_id);
+}
+
+int32_t vlListUnRegisterListIdleCallback(int32_t handle, uint32_t callback_id) {
+  return UnRegister(handle, ListEventKind::ListIdle, callback_id);
+}
+
+int32_t vlListUnRegisterErrorEventCallback(int32_t handle, uint32_t callback_id) {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    connection.Client.GetListEvents().UnRegisterErrorEventCallback(callback_id);
+  });
+}
+
+int32_t vlListClearPendingEvents(int32_t handle) {
+  return OnConnection(handle, [](ConnectionContext& connection) {
+    // What has arrived but is not yet read is older than this call, too: let it come in first.
+    if (connection.Client.IsDataPending()) std::this_thread::yield();
+    connection.Client.GetListEvents().ClearPendingEvents();
+  });
+}

@@ -1,0 +1,63 @@
+#include "lists/Command.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "lists/CommandCodes.h"
+#include "lists/CommandValueReader.h"
+
+namespace VELTRO::KELVO::ClientLib {
+
+void PayloadRoom::Extend(std::size_t end) {
+  if (end <= allocated_) return;
+  if (end + 4 > MaxPacketSize) {
+    // The blank before the full stop belongs to the text.
+    throw std::runtime_error("Command exceeds the maximum allowed command size of " +
+                             std::to_string(MaxPacketSize) + " . Please split into several commands.");
+  }
+  allocated_ = std::max(allocated_ + allocated_ / 2, end);
+}
+
+Command::Command(std::int32_t code, unsigned long reserve) : code_(code) {
+  payload_.reserve(HeaderBytes + reserve);
+  payload_ = {PayloadVersion, 0, 0, 0};
+  room_ = PayloadRoom(HeaderBytes + reserve);
+}
+
+Command::Command(std::int32_t code, std::span<const unsigned char> payload)
+    : code_(code), payload_(payload.begin(), payload.end()), room_(payload.size()) {}
+
+void Command::setVersion(unsigned char version) {
+  if (payload_.empty()) payload_ = {PayloadVersion, 0, 0, 0};
+  payload_[0] = version;
+}
+
+std::size_t Command::GetValueCount() const {
+  CommandValueReader reader(payload_);
+  std::size_t count = 0;
+  for (; reader.HasNext(); ++count) reader.SkipNext();
+  return count;
+}
+
+unsigned char* Command::Extend(std::size_t count) {
+  const std::size_t begin = payload_.empty() ? HeaderBytes : payload_.size();
+  const std::size_t end = begin + count;
+  room_.Extend(end);
+  if (payload_.empty()) payload_ = {PayloadVersion, 0, 0, 0};
+  payload_.resize(end);
+  PutUInt24(payload_.data() + 1, end - HeaderBytes);
+  return payload_.data() + begin;
+}
+
+void Command::Clear() {
+  payload_.clear();
+  room_ = PayloadRoom();
+}
+
+bool Command::TryParseValueType(std::string_view text, CommandValueType& type) {
+  const auto acronym = CommandValueTypeAcronym::_from_string_nothrow(text);
+  if (acronym) type = CommandValueType::_from_integral(acronym->_to_integral());
+  return acronym.has_value();
+}
+
+}  // namespace VELTRO::KELVO::ClientLib

@@ -1,0 +1,33 @@
+#include "lists/ListAPI.h"
+
+#include <stdexcept>
+
+namespace VELTRO::KELVO::ClientLib {
+
+void ListAPI::Set(std::int32_t listId, CommandList& list, bool append, std::int32_t listField) {
+  list.SetListField(listField);
+  if (list.GetLoopDepth() != 0) throw std::runtime_error("There are open loops inside the list!");
+  // Back to "nothing to send" whatever happens.
+  struct RangeReset {
+    CommandList& list;
+    ~RangeReset() { list.SetRange(0, 0); }
+  } const reset{list};
+  std::size_t start = 0;
+  do {  // an empty list is sent, too: as one call without commands
+    const std::size_t end = list.FindChunkEnd(start);
+    list.SetRange(start, end);
+    caller_.Call("SetList", listId, list, append);
+    append = true;  // what follows extends the list
+    start = end;
+  } while (start < list.GetCommandCount());
+}
+
+std::optional<std::int32_t> ListAPI::Wait(ListEventKind kind, Timeout timeout) {
+  static constexpr const char* Names[ListEventKinds] = {"WaitForProgress", "WaitForListIdle",
+                                                        "WaitForListDone"};
+  caller_.Log(Names[static_cast<std::size_t>(kind)]);
+  caller_.CheckMayWait();
+  return events_.Wait(kind, timeout.value_or(std::chrono::milliseconds(caller_.GetTimeout())));
+}
+
+}  // namespace VELTRO::KELVO::ClientLib

@@ -1,0 +1,52 @@
+// Lists on the card: upload, execution, status, and the events of a run. A thin facade over a connection.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "lists/CommandList.h"
+#include "lists/ListEvents.h"
+#include "lists/ListExecutionStats.h"
+#include "rpc/RpcCaller.h"
+
+namespace VELTRO::KELVO::ClientLib {
+
+class ListAPI {
+ public:
+  ListAPI(RpcCaller& caller, ListEvents& events) : caller_(caller), events_(events) {}
+
+  // Uploads the list in as many pieces as it needs. Throws std::runtime_error "There are open loops inside
+  // the list!" before anything is sent.
+  void Set(std::int32_t listId, CommandList& list, bool append, std::int32_t listField);
+  CommandList Get(std::int32_t listId) { return caller_.Call<CommandList>("GetList", listId); }
+  CommandList GetList(std::int32_t listId) { return Get(listId); }
+  std::vector<std::int32_t> GetStoredListIDs() {
+    return caller_.Call<std::vector<std::int32_t>>("GetStoredListIDs");
+  }
+  void Delete(std::int32_t listId, bool flag) { caller_.Call("DeleteList", listId, flag); }
+  void Execute(std::int32_t listId) { caller_.Call("ExecuteList", listId); }
+  void AbortExecution() { caller_.Call("AbortExecution"); }
+  bool IsExecutionInProgress() { return caller_.Call<bool>("IsExecutionInProgress"); }
+  std::int32_t GetListStatus(std::int32_t listId) {
+    return caller_.Call<std::int32_t>("GetListStatus", listId);
+  }
+  ListExecutionStats GetLastExecutionStats() {
+    return caller_.Call<ListExecutionStats>("GetLastExecutionStats");
+  }
+
+  // Waits for the oldest value of the kind, up to `timeout` or else the connection's time-out; nothing when
+  // none came in time or the wait was interrupted (ListEvents::Wait).
+  using Timeout = std::optional<std::chrono::milliseconds>;
+  std::optional<std::int32_t> Wait(ListEventKind kind, Timeout timeout);
+  std::optional<std::int32_t> WaitForProgress(Timeout t = {}) { return Wait(ListEventKind::Progress, t); }
+  std::optional<std::int32_t> WaitForListIdle(Timeout t = {}) { return Wait(ListEventKind::ListIdle, t); }
+  std::optional<std::int32_t> WaitForListDone(Timeout t = {}) { return Wait(ListEventKind::ListDone, t); }
+
+ private:
+  RpcCaller& caller_;
+  ListEvents& events_;
+};
+
+}  // namespace VELTRO::KELVO::ClientLib

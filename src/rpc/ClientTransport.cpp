@@ -1,0 +1,196 @@
+#include "rpc/ClientTransport.h"
+
+#include <exception>
+#include <iostream>
+#include <stdexcept>
+#include <utility>
+
+#include "rpc/Body.h"
+#include "rpc/RpcClientConfiguration.h"
+
+namespace VELTRO::KELVO::ClientLib {
+
+namespace {
+
+// The transport whose receive thread the calling thread is, if any.
+thread_local const ClientTransport* receivingTransport = nullptr;
+
+// How long the end of the process waits for a receive thread that is just leaving its loop.
+constexpr std::chrono::milliseconds AbandonTimeout{2000};
+constexpr std::chrono::milliseconds AbandonLook{10};
+
+}  // namespace
+
+ClientTransport::ClientTransport(const Context* context)
+    : context_(context != nullptr ? *context : throw std::runtime_error("Instance must not be null!")),
+      communication_(context_) {}
+
+bool ClientTransport::IsReceiveThread() const {
+  return receivingTransport == this;
+}
+
+bool ClientTransport::IsAnyReceiveThread() {
+  return receivingTransport != nullptr;
+}
+
+void ClientTransport::checkActive() const {
+  if (!running_.load(std::memory_order_acquire)) throw std::runtime_error("ConnectionAborted");
+}
+
+bool ClientTransport::Run() {
+  try {
+    communication_.Connect();
+    const MutexLock lock(threadMutex_);
+    if (stopped_) throw std::runtime_error("ConnectionAborted");
+    inbox_.Open();
+    running_.store(true, std::memory_order_release);
+    SetFinished(false);
+    thread_ = std::thread([this] { receiver(); });
+    return true;
+  } catch (const std::exception& error) {
+    running_.store(false, std::memory_order_release);
+    SetFinished(true);
+    communication_.Disconnect();
+    const auto& configuration = context_.GetConfig();
+    // Deliberately nothing between the port and what follows it.
+    logger_.Write(("Unable to connect to " + configuration.Address.ToString() + ":" +
+                   std::to_string(configuration.Port) + "Exception: " + error.what())
+                      .c_str());
+    return false;
+  }
+}
+
+void ClientTransport::StopRunning() {
+  running_.store(false, std::memory_order_release);
+  communication_.Shutdown();
+  inbox_.Close();
+  std::thread thread;
+  {
+    const MutexLock lock(threadMutex_);
+    stopped_ = true;
+    thread = std::move(thread_);
+  }
+  if (thread.joinable()) {
+    thread.join();
+  } else {
+    // Another thread is joining, or none was started: return, like that one, when nobody reads any more.
+    MutexLock lock(finishedMutex_);
+    while (!finished_) finishedChanged_.Wait(lock);
+  }
+  communication_.Disconnect();
+}
+
+void ClientTransport::SetFinished(bool finished) {
+  const MutexLock lock(finishedMutex_);
+  finished_ = finished;
+  finishedChanged_.NotifyAll();
+}
+
+bool ClientTransport::Abandon() {
+  running_.store(false, std::memory_order_release);
+  communication_.Shutdown();
+  inbox_.Close();
+  const MutexLock lock(threadMutex_);
+  stopped_ = true;
+  if (!thread_.joinable()) return true;
+  const Deadline deadline = DeadlineAfter(AbandonTimeout);
+  {
+    MutexLock finishedLock(finishedMutex_);
+    while (!finished_ && !calling_ && std::chrono::steady_clock::now() < deadline) {
+      finishedChanged_.WaitUntil(finishedLock, DeadlineAfter(AbandonLook));
+    }
+    if (!finished_) {
+      thread_.detach();
+      return false;
+    }
+  }
+  thread_.join();
+  return true;
+}
+
+InputPacket ClientTransport::Exchange(std::uint32_t requestId, std::span<const unsigned char> frame,
+                                      std::chrono::milliseconds timeout) {
+  checkActive();
+  Inbox::Ticket ticket(inbox_, requestId, false);
+  communication_.Write(frame, timeout);
+  return ticket.Wait(DeadlineAfter(timeout));
+}
+
+InputPacket ClientTransport::Read(std::uint32_t requestId, std::chrono::milliseconds timeout) {
+  checkActive();
+  Inbox::Ticket ticket(inbox_, requestId, true);
+  return ticket.Wait(DeadlineAfter(timeout));
+}
+
+RpcRemoteException ClientTransport::getException(const msgpack::object_handle& object) {
+  return RpcRemoteException::FromObject(object.get());
+}
+
+void ClientTransport::receiver() {
+  receivingTransport = this;
+  try {
+    while (running_.load(std::memory_order_acquire)) {
+      const int frameSize = communication_.Read();
+      if (frameSize < 1) break;
+      Receive(frameSize);
+    }
+  } catch (const std::exception& error) {
+    std::cout << "Exception occurred when trying to receive: " << error.what() << std::endl;
+  } catch (...) {
+    std::cout << "Exception occurred when trying to receive: Unexpected error!" << std::endl;
+  }
+  running_.store(false, std::memory_order_release);
+  communication_.Disconnect();
+  inbox_.Close();
+  if (const auto& disconnected = context_.GetConfig().DisconnectedCallback) disconnected();
+  SetFinished(true);
+}
+
+void ClientTransport::Receive(int frameSize) {
+  const unsigned char* frame = communication_.Frame();
+  const auto type = static_cast<PacketType>(frame[1]);
+  if (IsNotification(type)) {
+    // Handled where it stands in the receive buffer: nobody else is going to read it.
+    ReceiveNotification(type, {reinterpret_cast<const char*>(frame + Packet::FullHeaderLen),
+                               static_cast<std::size_t>(frameSize) - Packet::FullHeaderLen});
+  } else {
+    inbox_.Deliver(InputPacket::Allocate(frame, 0, frameSize));
+  }
+}
+
+void ClientTransport::ReceiveNotification(PacketType type, std::span<const char> body) {
+  zone_.clear();
+  RpcClientEvent event;
+  const msgpack::object object = Body::Unpack(body, zone_, IsError(type) ? Body::AnyDepth : Body::UsualDepth);
+  if (object.type != msgpack::type::ARRAY) {
+    logger_.Write("Received invalid notification message!");
+    return;
+  }
+  if (IsError(type)) {
+    event.RemoteError = RpcRemoteException::FromObject(object);
+  } else {
+    const auto& elements = object.via.array;
+    if (elements.size == 0) throw std::runtime_error("Received message too short.");
+    event.EventType = elements.ptr[0].as<std::int32_t>();
+    event.Arguments = {elements.ptr + 1, elements.size - 1};
+  }
+  Notify(event);
+}
+
+void ClientTransport::Notify(const RpcClientEvent& event) {
+  const auto& callback = context_.GetConfig().NotificationCallback;
+  if (!callback) {
+    logger_.Write("Received notification but no callback registered.");
+    return;
+  }
+  calling_.store(true, std::memory_order_relaxed);
+  try {
+    callback(event);
+  } catch (...) {
+    calling_.store(false, std::memory_order_relaxed);
+    throw;
+  }
+  calling_.store(false, std::memory_order_relaxed);
+}
+
+}  // namespace VELTRO::KELVO::ClientLib

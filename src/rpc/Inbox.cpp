@@ -1,0 +1,162 @@
+#include "rpc/Inbox.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace VELTRO::KELVO::ClientLib {
+
+// Wakes one thread. Every thread has one for all its waits; shared, so that the receive thread may still be
+// leaving Post when the thread that it woke has ended.
+class Inbox::Ticket::Signal {
+ public:
+  void Post() {
+    {
+      const MutexLock lock(mutex_);
+      posted_ = true;
+    }
+    // Not under the lock: the thread that wakes would run straight into it.
+    condition_.NotifyOne();
+  }
+
+  // Whether it was posted before `deadline`; takes the post.
+  bool WaitUntil(Deadline deadline) {
+    MutexLock lock(mutex_);
+    while (!posted_) {
+      if (std::chrono::steady_clock::now() >= deadline) return false;
+      condition_.WaitUntil(lock, deadline);
+    }
+    posted_ = false;
+    return true;
+  }
+
+  void Wait() {
+    MutexLock lock(mutex_);
+    while (!posted_) condition_.Wait(lock);
+    posted_ = false;
+  }
+
+ private:
+  Mutex mutex_;
+  CondVar condition_;
+  bool posted_ KELVO_GUARDED_BY(mutex_) = false;
+};
+
+std::shared_ptr<Inbox::Ticket::Signal> Inbox::Ticket::SignalOfThisThread() {
+  thread_local const auto signal = std::make_shared<Signal>();
+  return signal;
+}
+
+Inbox::Ticket::Ticket(Inbox& inbox, std::uint32_t requestId, bool takeKept)
+    : inbox_(inbox), requestId_(requestId), signal_(SignalOfThisThread()) {
+  const MutexLock lock(inbox_.mutex_);
+  if (const auto kept = inbox_.unclaimed_.find(requestId); kept != inbox_.unclaimed_.end()) {
+    InputPacket packet = inbox_.TakeUnclaimed(kept);
+    if (takeKept) {
+      packet_ = std::move(packet);
+      state_ = State::Delivered;
+      signal_->Post();
+      return;
+    }
+  }
+  if (!inbox_.open_) {
+    state_ = State::Aborted;
+    signal_->Post();
+    return;
+  }
+  inbox_.tickets_.push_back(this);
+}
+
+Inbox::Ticket::~Ticket() {
+  if (finished_) return;
+  {
+    const MutexLock lock(inbox_.mutex_);
+    if (std::erase(inbox_.tickets_, this) != 0) return;
+  }
+  // Whoever took the ticket off the list posts its signal. Left there, the post would end the thread's next
+  // wait.
+  signal_->Wait();
+}
+
+InputPacket Inbox::Ticket::Wait(Deadline deadline) {
+  const bool posted = signal_->WaitUntil(deadline);
+  if (!posted) {
+    const MutexLock lock(inbox_.mutex_);
+    if (std::erase(inbox_.tickets_, this) != 0) {
+      finished_ = true;
+      throw std::runtime_error("Response was not received in the given timespan.");
+    }
+  }
+  if (!posted) signal_->Wait();  // delivered in the last moment: the post is on its way
+  finished_ = true;
+  if (state_ == State::Aborted) throw std::runtime_error("ConnectionAborted");
+  return std::move(packet_);
+}
+
+void Inbox::Open() {
+  const MutexLock lock(mutex_);
+  open_ = true;
+  unclaimed_.clear();
+  unclaimedOrder_.clear();
+  unclaimedBytes_ = 0;
+}
+
+void Inbox::Close() {
+  std::vector<std::shared_ptr<Ticket::Signal>> signals;
+  {
+    const MutexLock lock(mutex_);
+    open_ = false;
+    for (Ticket* ticket : tickets_) {
+      ticket->state_ = Ticket::State::Aborted;
+      signals.push_back(ticket->signal_);
+    }
+    tickets_.clear();
+  }
+  for (const auto& signal : signals) signal->Post();
+}
+
+void Inbox::Deliver(InputPacket packet) {
+  std::shared_ptr<Ticket::Signal> signal;
+  {
+    const MutexLock lock(mutex_);
+    const auto found = std::find_if(tickets_.begin(), tickets_.end(), [&](const Ticket* ticket) {
+      return ticket->requestId_ == packet.GetRequestId();
+    });
+    if (found == tickets_.end()) {
+      Keep(std::move(packet));
+      return;
+    }
+    Ticket& ticket = **found;
+    *found = tickets_.back();
+    tickets_.pop_back();
+    ticket.packet_ = std::move(packet);
+    ticket.state_ = Ticket::State::Delivered;
+    signal = ticket.signal_;
+  }
+  signal->Post();
+}
+
+void Inbox::Keep(InputPacket packet) {
+  const std::uint32_t id = packet.GetRequestId().value();
+  if (const auto older = unclaimed_.find(id); older != unclaimed_.end()) TakeUnclaimed(older);
+  unclaimedBytes_ += packet.GetSize();
+  unclaimedOrder_.push_back(id);
+  unclaimed_.emplace(id, std::move(packet));
+  while (unclaimed_.size() > MostUnclaimed || unclaimedBytes_ > MostUnclaimedBytes) {
+    TakeUnclaimed(unclaimed_.find(unclaimedOrder_.front()));
+  }
+}
+
+InputPacket Inbox::TakeUnclaimed(std::map<std::uint32_t, InputPacket>::iterator position) {
+  InputPacket packet = std::move(position->second);
+  std::erase(unclaimedOrder_, position->first);
+  unclaimedBytes_ -= packet.GetSize();
+  unclaimed_.erase(position);
+  return packet;
+}
+
+std::size_t Inbox::GetUnclaimedCount() {
+  const MutexLock lock(mutex_);
+  return unclaimed_.size();
+}
+
+}  // namespace VELTRO::KELVO::ClientLib

@@ -1,0 +1,36 @@
+// One received frame: its type, its request id, its body.
+#pragma once
+
+#include <span>
+
+#include "rpc/MsgPack.h"
+#include "rpc/Packet.h"
+
+namespace VELTRO::KELVO::ClientLib {
+
+class InputPacket : public Packet {
+ public:
+  // An empty packet, to be assigned to.
+  InputPacket() : Packet(PacketType::Response) {}
+  // Copies the body; the request id, if there is one, is not yet taken from it.
+  InputPacket(const char* body, unsigned int bodyLength, PacketType type);
+
+  // Parses the whole frame of `length` bytes, header included, that starts at buffer[offset]. Throws
+  // std::runtime_error "Invalid packet!".
+  static InputPacket Allocate(const unsigned char* buffer, int offset, int length);
+
+  // The next object of the body. It refers to the packet's bytes, so the packet must outlive it. A body that
+  // is malformed, or claims more than it holds, is refused before anything is unpacked, with a
+  // std::runtime_error that begins "Invalid packet!".
+  msgpack::object_handle Unpack();
+
+  // What is left of the body.
+  std::span<const char> Rest() const;
+
+ private:
+  void TakeRequestId();
+
+  std::size_t position_ = 0;
+};
+
+}  // namespace VELTRO::KELVO::ClientLib

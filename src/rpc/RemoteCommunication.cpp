@@ -1,0 +1,165 @@
+#include "rpc/RemoteCommunication.h"
+
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <stdexcept>
+
+#include "rpc/Packet.h"
+#include "rpc/RpcClientConfiguration.h"
+
+namespace VELTRO::KELVO::ClientLib {
+
+namespace {
+
+constexpr std::size_t MostFrameBytes = 0x7FFFFFFF;
+
+// A half-open peer is noticed within about 25 s when idle and 30 s when it leaves data unacknowledged.
+constexpr int KeepAliveIdleSeconds = 10;
+constexpr int KeepAliveIntervalSeconds = 5;
+constexpr int KeepAliveProbes = 3;
+constexpr int UnacknowledgedDataMs = 30000;
+
+void SetOption(int socket, int level, int option, int value) {
+  // None is vital: a system that lacks one still makes a working connection.
+  static_cast<void>(setsockopt(socket, level, option, &value, sizeof value));
+}
+
+void SetOptions(int socket) {
+  SetOption(socket, IPPROTO_TCP, TCP_NODELAY, 1);
+  SetOption(socket, SOL_SOCKET, SO_KEEPALIVE, 1);
+  SetOption(socket, IPPROTO_TCP, TCP_KEEPIDLE, KeepAliveIdleSeconds);
+  SetOption(socket, IPPROTO_TCP, TCP_KEEPINTVL, KeepAliveIntervalSeconds);
+  SetOption(socket, IPPROTO_TCP, TCP_KEEPCNT, KeepAliveProbes);
+  SetOption(socket, IPPROTO_TCP, TCP_USER_TIMEOUT, UnacknowledgedDataMs);
+}
+
+// Waits until `socket` can be written to or is in error. False when the deadline comes first.
+bool WaitForOutput(int socket, Deadline deadline) {
+  pollfd entry{socket, POLLOUT, 0};
+  for (;;) {
+    const int ready = poll(&entry, 1, MillisecondsUntil(deadline));
+    if (ready > 0) return true;
+    if (ready == 0 || errno != EINTR) return false;
+  }
+}
+
+}  // namespace
+
+RemoteCommunication::RemoteCommunication(const Context& context)
+    : connectTimeout_(context.GetConfig().ReceiveTimeout), buffer_(context.GetConfig().ReceiveBufferSize) {
+  addressLength_ = context.GetConfig().Address.GetSockaddr(context.GetConfig().Port, address_);
+  socket_ = socket(address_.ss_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, IPPROTO_TCP);
+  if (socket_ < 0) throw std::runtime_error("Unable to create a connection.");
+  SetOptions(socket_);
+}
+
+RemoteCommunication::~RemoteCommunication() {
+  Disconnect();
+}
+
+void RemoteCommunication::Connect() {
+  if (IsConnected()) throw std::runtime_error("Already connected!");
+  const Deadline deadline = DeadlineAfter(connectTimeout_);
+  bool started = false;
+  {
+    const MutexLock lock(lifeMutex_);
+    if (!shutDown_ && socket_ >= 0) {
+      const auto* address = reinterpret_cast<const sockaddr*>(&address_);
+      started = connect(socket_, address, addressLength_) == 0 || errno == EINPROGRESS;
+    }
+  }
+  if (!started || !WaitForConnect(deadline)) {
+    Disconnect();
+    throw std::runtime_error("Unable to create a connection.");
+  }
+}
+
+bool RemoteCommunication::WaitForConnect(Deadline deadline) {
+  if (!WaitForOutput(socket_, deadline)) return false;
+  int error = 0;
+  socklen_t length = sizeof error;
+  if (getsockopt(socket_, SOL_SOCKET, SO_ERROR, &error, &length) != 0 || error != 0) return false;
+  const MutexLock lock(lifeMutex_);
+  if (shutDown_) return false;
+  // From here on the reading thread blocks in recv; sends never block, they say so themselves.
+  if (fcntl(socket_, F_SETFL, 0) != 0) return false;
+  connected_.store(true, std::memory_order_release);
+  return true;
+}
+
+void RemoteCommunication::Shutdown() {
+  connected_.store(false, std::memory_order_release);
+  const MutexLock lock(lifeMutex_);
+  shutDown_ = true;
+  if (socket_ >= 0) shutdown(socket_, SHUT_RDWR);
+}
+
+void RemoteCommunication::Disconnect() {
+  Shutdown();
+  const MutexLock sendLock(sendMutex_);
+  const MutexLock lock(lifeMutex_);
+  if (socket_ >= 0) close(socket_);
+  socket_ = -1;
+}
+
+void RemoteCommunication::Write(std::span<const unsigned char> frame, std::chrono::milliseconds timeout) {
+  const Deadline deadline = DeadlineAfter(timeout);
+  const MutexLock lock(sendMutex_);
+  const std::size_t whole = frame.size();
+  bool sound = IsConnected();
+  while (sound && !frame.empty()) {
+    const ssize_t sent = send(socket_, frame.data(), frame.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (sent >= 0) {
+      frame = frame.subspan(static_cast<std::size_t>(sent));
+    } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+      sound = WaitForOutput(socket_, deadline) && IsConnected();
+    } else {
+      sound = errno == EINTR;
+    }
+  }
+  if (sound) return;
+  if (!frame.empty() && frame.size() < whole) Shutdown();
+  throw std::runtime_error("Socket error, unable to send!");
+}
+
+int RemoteCommunication::Receive(std::size_t count) {
+  while (buffer_.Size() < count) {
+    const auto room = buffer_.Room(count);
+    const ssize_t received = recv(socket_, room.data(), room.size(), 0);
+    if (received < 0 && errno == EINTR) continue;
+    if (!IsConnected()) return -1;
+    if (received <= 0) return static_cast<int>(received);
+    buffer_.Add(static_cast<std::size_t>(received));
+    if (buffer_.Data()[0] != Packet::PacketStart) throw std::runtime_error("Invalid packet!");
+  }
+  return 1;
+}
+
+int RemoteCommunication::Read() {
+  buffer_.Drop(frameSize_);
+  frameSize_ = 0;
+  if (!IsConnected()) return -1;
+  // What is in the buffer already begins a frame, or is none.
+  if (buffer_.Size() > 0 && buffer_.Data()[0] != Packet::PacketStart)
+    throw std::runtime_error("Invalid packet!");
+  if (const int result = Receive(Packet::FullHeaderLen); result <= 0) return result;
+  const std::size_t size = Packet::FullHeaderLen + std::size_t{Packet::BodyLength(buffer_.Data())};
+  if (size > MostFrameBytes) return -1;
+  if (const int result = Receive(size); result <= 0) return result;
+  frameSize_ = size;
+  return static_cast<int>(size);
+}
+
+bool RemoteCommunication::IsDataPending() {
+  const MutexLock lock(lifeMutex_);
+  int bytes = 0;
+  return socket_ >= 0 && ioctl(socket_, FIONREAD, &bytes) == 0 && bytes > 0;
+}
+
+}  // namespace VELTRO::KELVO::ClientLib

@@ -1,0 +1,73 @@
+// The socket of one connection: connects, writes whole frames, reads whole frames.
+#pragma once
+
+#include <sys/socket.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <span>
+
+#include "common/Deadline.h"
+#include "common/Mutex.h"
+#include "rpc/Context.h"
+#include "rpc/ReceiveBuffer.h"
+
+namespace VELTRO::KELVO::ClientLib {
+
+// One thread reads; any thread may write, shut down and disconnect.
+class RemoteCommunication {
+ public:
+  // Creates the receive buffer and the socket. Throws std::runtime_error "\"GetSockaddr\" failed because
+  // there was no IPv4 or IPv6 address given." or "Unable to create a connection.".
+  explicit RemoteCommunication(const Context& context);
+  ~RemoteCommunication();
+  RemoteCommunication(const RemoteCommunication&) = delete;
+  RemoteCommunication& operator=(const RemoteCommunication&) = delete;
+
+  // Connects within the configured time-out. Throws std::runtime_error "Already connected!" or, with the
+  // socket closed, "Unable to create a connection.".
+  void Connect();
+  // Ends the connection without closing the descriptor, so that it stays ours while another thread may be
+  // using it: a blocked Read, Write or Connect returns. May be called in any state.
+  void Shutdown();
+  // Shuts down and closes the descriptor. Not while another thread may be reading.
+  void Disconnect();
+  bool IsConnected() const { return connected_.load(std::memory_order_acquire); }
+
+  // Sends a whole frame within `timeout`. Throws std::runtime_error "Socket error, unable to send!"; a frame
+  // of which a part is gone by then has broken the stream and ends the connection.
+  void Write(std::span<const unsigned char> frame, std::chrono::milliseconds timeout);
+
+  // Reads the next whole frame and returns its size; it stands at Frame() until the next Read. As much as has
+  // arrived is received at once, so most frames cost no system call. Returns 0 when the peer has closed and
+  // -1 on an error or after Shutdown. Throws std::runtime_error "Invalid packet!" when what arrives is no
+  // frame.
+  int Read();
+  const unsigned char* Frame() const { return buffer_.Data(); }
+
+  // Whether received data waits to be read.
+  bool IsDataPending();
+
+ private:
+  bool WaitForConnect(Deadline deadline);
+  // Receives until `count` bytes are there: a number above 0, or what Read returns instead.
+  int Receive(std::size_t count);
+
+  sockaddr_storage address_{};
+  socklen_t addressLength_ = 0;
+  const std::chrono::milliseconds connectTimeout_;
+  std::atomic<bool> connected_{false};
+  ReceiveBuffer buffer_;
+  std::size_t frameSize_ = 0;
+
+  Mutex sendMutex_;  // one frame at a time; held while a full socket is waited for
+  // Guards the life of the descriptor, and is never held while anything is waited for. The number itself
+  // changes under both mutexes, so either is enough to use it; the reading thread may use it until it
+  // disconnects.
+  Mutex lifeMutex_;
+  bool shutDown_ KELVO_GUARDED_BY(lifeMutex_) = false;
+  int socket_ = -1;
+};
+
+}  // namespace VELTRO::KELVO::ClientLib

@@ -1,0 +1,114 @@
+// What the API classes need of a connection: something that can call.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+#include "rpc/InputPacket.h"
+#include "rpc/OutputPacket.h"
+#include "rpc/RpcLogger.h"
+
+namespace VELTRO::KELVO::ClientLib {
+
+// One remote call: a method, its arguments to pack, its result to take.
+class RemoteCall {
+ public:
+  explicit RemoteCall(std::string_view method) : method_(method) {}
+  virtual ~RemoteCall() = default;
+
+  std::string_view GetMethod() const { return method_; }
+  // Packs the arguments as one array.
+  virtual void PackArguments(OutputPacket& packet) const = 0;
+  virtual void LogArguments(RpcLogger::Line& line) const = 0;
+  // Converts the result, which refers to the answer's bytes; throws msgpack::type_error when it is of another
+  // kind.
+  virtual void TakeResult(InputPacket& answer, msgpack::object_handle object) = 0;
+  virtual void LogResult(RpcLogger::Line& line) const = 0;
+
+ private:
+  const std::string_view method_;
+};
+
+// A result as it came, with the bytes that it refers to.
+struct RawResult {
+  InputPacket Answer;
+  msgpack::object_handle Object;
+};
+
+class RpcCaller {
+ public:
+  virtual ~RpcCaller() = default;
+
+  // Calls the card's method and returns its result, converted to `Result` (void: whatever came is ignored).
+  // For Result = msgpack::object the raw object is returned as a RawResult, for callers that convert it
+  // themselves. Throws RpcRemoteException for an error that the card reports, msgpack::type_error for a
+  // result of another kind, std::runtime_error for what can happen to the connection.
+  template <class Result = void, class... Args>
+  auto Call(std::string_view method, const Args&... args);
+
+  // How long a call waits for its answer.
+  virtual std::uint32_t GetTimeout() const = 0;
+  // Throws std::runtime_error "A callback must not wait for its own connection." on this connection's receive
+  // thread.
+  virtual void CheckMayWait() const = 0;
+  // A free line in the command log.
+  virtual void Log(const char* text) = 0;
+
+ protected:
+  virtual void Perform(RemoteCall& call) = 0;
+  // Lets another caller perform the call.
+  static void Forward(RpcCaller& to, RemoteCall& call) { to.Perform(call); }
+
+ private:
+  template <class Result, class... Args>
+  class TypedCall;
+};
+
+template <class Result, class... Args>
+class RpcCaller::TypedCall : public RemoteCall {
+  static constexpr bool IsRaw = std::is_same_v<Result, msgpack::object>;
+  using Stored = std::conditional_t<std::is_void_v<Result> || IsRaw, RawResult, Result>;
+
+ public:
+  TypedCall(std::string_view method, const Args&... args) : RemoteCall(method), arguments_(args...) {}
+
+  void PackArguments(OutputPacket& packet) const override {
+    msgpack::packer packer(packet);
+    packer.pack_array(sizeof...(Args));
+    std::apply([&](const auto&... argument) { (packer.pack(argument), ...); }, arguments_);
+  }
+  void LogArguments(RpcLogger::Line& line) const override {
+    std::apply([&](const auto&... argument) { (line.Append(argument), ...); }, arguments_);
+  }
+  void TakeResult(InputPacket& answer, msgpack::object_handle object) override {
+    if constexpr (std::is_void_v<Result> || IsRaw) {
+      result_ = {std::move(answer), std::move(object)};
+    } else {
+      object.get().convert(result_);
+    }
+  }
+  void LogResult(RpcLogger::Line& line) const override {
+    if constexpr (std::is_void_v<Result> || IsRaw) {
+      if (!result_.Object.get().is_nil()) line.Append(result_.Object.get());
+    } else {
+      line.Append(result_);
+    }
+  }
+  Stored GetResult() { return std::move(result_); }
+
+ private:
+  const std::tuple<const Args&...> arguments_;
+  Stored result_{};
+};
+
+template <class Result, class... Args>
+auto RpcCaller::Call(std::string_view method, const Args&... args) {
+  TypedCall<Result, Args...> call(method, args...);
+  Perform(call);
+  if constexpr (!std::is_void_v<Result>) return call.GetResult();
+}
+
+}  // namespace VELTRO::KELVO::ClientLib
