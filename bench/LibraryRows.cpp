@@ -1,7 +1,75 @@
 #include "LibraryRows.h"
 
+#include <stdexcept>
+
+#include "Measure.h"
+#include "ReferenceRows.h"
+#include "client/ClientAPI.h"
+
 namespace VELTRO::KELVO::Bench {
 
-void RegisterLibraryRows([[maybe_unused]] Harness& harness) {}
+namespace {
+
+using ClientLib::ClientAPI;
+using ClientLib::IPAddress;
+using ClientLib::ListEventKind;
+
+// A connection as an application has it: with its handshake, list events and time-out.
+class Client {
+ public:
+  explicit Client(std::uint16_t port) { client_.Connect(IPAddress::Resolve("127.0.0.1"), port, 1); }
+
+  // The same call that the reference makes.
+  void SmallCall() {
+    if (client_.Call<bool>("GetIsScanning", 0)) throw std::runtime_error("true instead of false");
+  }
+
+  void Request(const char* method, int argument) { client_.Call(method, argument); }
+
+  // From here on `receiver` gets every progress value, as a registered callback gets it.
+  template <class Receiver>
+  void SendProgressTo(Receiver& receiver) {
+    client_.GetListEvents().RegisterCallback(
+        ListEventKind::Progress,
+        [&receiver](std::int32_t, std::int32_t value) { receiver.OnProgress(value); });
+  }
+
+ private:
+  ClientAPI client_;
+};
+
+double CallLatency(RowContext& context) {
+  Client client(context.Port());
+  return MeasureCallLatency([&] { client.SmallCall(); });
+}
+
+double ParallelCalls(RowContext& context) {
+  Client client(context.Port());
+  return MeasureParallelCalls(context, [&] { client.SmallCall(); });
+}
+
+double NotificationRate(RowContext& context) {
+  ProgressCounter counter;
+  Client client(context.Port());
+  client.SendProgressTo(counter);
+  return MeasureNotificationRate(counter, [&](int count) { client.Request("StreamNotifications", count); });
+}
+
+double NotificationLatency(RowContext& context) {
+  ProgressStopwatch stopwatch;
+  Client client(context.Port());
+  client.SendProgressTo(stopwatch);
+  return MeasureNotificationLatency(stopwatch, [&] { client.Request("NotifyOnce", 0); });
+}
+
+}  // namespace
+
+void RegisterLibraryRows(Harness& harness) {
+  harness.AddLibraryRow("call latency, library", kCallLatency, AtMost(1.15), CallLatency);
+  harness.AddLibraryRow("calls from 8 threads, library", kParallelCalls, AtLeast(0.85), ParallelCalls);
+  harness.AddLibraryRow("notification rate, library", kNotificationRate, AtLeast(0.9), NotificationRate);
+  harness.AddLibraryRow("notification latency, library", kNotificationLatency, AtMost(1.15),
+                        NotificationLatency);
+}
 
 }  // namespace VELTRO::KELVO::Bench
