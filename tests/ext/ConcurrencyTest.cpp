@@ -1,0 +1,373 @@
+// Many threads, many connections, many descriptors, callbacks.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <filesystem>
+#include <random>
+#include <set>
+
+#include "support/FakeCard.h"
+#include "support/Process.h"
+
+namespace VELTRO::KELVO::Test {
+namespace {
+
+std::int32_t FirstArgument(const Request& request) {
+  return request.Arguments.get().via.array.ptr[0].as<std::int32_t>();
+}
+
+// The texts that a call may end with when its connection is ended under it.
+bool IsAnEnd(const std::string& text) {
+  static const std::set<std::string> ends = {"ConnectionAborted", "Connection not active!",
+                                             "Socket error, unable to send!",
+                                             "There is no connection corresponding to this handle."};
+  return ends.contains(text);
+}
+
+TEST(Threads, EachGetsItsOwnAnswer) {
+  constexpr int Callers = 16;
+  constexpr int Rounds = 100;
+  FakeCard card([](Peer& peer) {
+    std::mt19937 random(1);
+    if (!peer.Handshake()) return;
+    for (;;) {
+      std::vector<Request> requests(Callers);
+      for (Request& request : requests) {
+        if (!peer.Next(request)) return;
+      }
+      std::shuffle(requests.begin(), requests.end(), random);
+      std::string all;
+      for (const Request& request : requests) all += Response(request.Id, FirstArgument(request) * 10);
+      peer.Send(all);
+    }
+  });
+  Connection connection(card.Port());
+  std::atomic<int> right{0};
+  std::vector<std::thread> callers;
+  for (int caller = 0; caller < Callers; ++caller) {
+    callers.emplace_back([&, caller] {
+      for (int round = 0; round < Rounds; ++round) {
+        const int id = caller * Rounds + round;
+        std::int32_t status = -1;
+        right += vlListGetListStatus(connection, id, &status) == 0 && status == id * 10;
+      }
+    });
+  }
+  for (std::thread& caller : callers) caller.join();
+  EXPECT_EQ(right, Callers * Rounds);
+}
+
+TEST(Threads, DisconnectWhileEightCall) {
+  constexpr int Callers = 8;
+  constexpr int Rounds = 1000;
+  FakeCard card(FakeCard::Obliging());
+  for (int round = 0; round < Rounds; ++round) {
+    const std::int32_t handle = vlConnect("127.0.0.1", card.Port());
+    ASSERT_GT(handle, 0) << LastError();
+    std::atomic<int> started{0};
+    std::vector<std::thread> callers;
+    for (int caller = 0; caller < Callers; ++caller) {
+      callers.emplace_back([&, caller] {
+        for (;;) {
+          std::int32_t value = 0;
+          const int result = caller == 0 ? vlListWaitForListDone(handle, &value, -1)
+                                         : vlListExecute(handle, caller);
+          ++started;
+          if (result == 0) continue;
+          const std::string text = LastError();
+          EXPECT_TRUE(result == -1 && IsAnEnd(text)) << result << " " << text;
+          break;
+        }
+      });
+    }
+    while (started < round % 40) std::this_thread::yield();
+    const Stopwatch watch;
+    EXPECT_EQ(vlDisconnect(handle), 0);
+    for (std::thread& caller : callers) caller.join();
+    EXPECT_LT(watch.Milliseconds(), 5000);
+  }
+}
+
+TEST(Resources, AreAllGivenBack) {
+  FakeCard card([](Peer& peer) {
+    peer.Handshake();
+    peer.WaitForEnd();
+  });
+  const auto cycle = [&] {
+    Connection connection(card.Port());
+    ASSERT_GT(connection, 0) << LastError();
+    vlListAppendMarkAbs2D(vlListAllocate(connection), 1, 2);
+  };
+  for (int i = 0; i < 100; ++i) cycle();
+  // The card's own ends come and go a little later; the client's must be gone.
+  const auto sockets = [] { return OpenDescriptors(); };
+  std::size_t descriptors = sockets();
+  const std::size_t memory = ResidentBytes();
+  for (int i = 0; i < 1000; ++i) cycle();
+  for (int i = 0; i < 500 && sockets() > descriptors; ++i) usleep(10000);
+  EXPECT_LE(sockets(), descriptors);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  // A finished thread of the card stays until the card is destroyed; that much is not the client's.
+  EXPECT_LT(ResidentBytes(), memory + (16 << 20));
+#endif
+}
+
+TEST(Resources, ElevenHundredDescriptorsAreNoneTooMany) {
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  const rlim_t before = limit.rlim_cur;
+  limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, 4096);
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+  std::vector<int> opened;
+  while (opened.size() < 1100) opened.push_back(open("/dev/null", O_RDONLY | O_CLOEXEC));
+  ASSERT_GT(opened.back(), 1024);
+  {
+    FakeCard card(FakeCard::Obliging());
+    Connection connection(card.Port());
+    bool running = true;
+    EXPECT_EQ(vlListIsExecutionInProgress(connection, &running), 0) << LastError();
+    EXPECT_FALSE(running);
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+      const int descriptor = std::stoi(entry.path().filename());
+      if (descriptor <= opened.back() || fcntl(descriptor, F_GETFD) < 0) continue;
+      EXPECT_TRUE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC) << descriptor;
+    }
+  }
+  for (const int descriptor : opened) close(descriptor);
+  limit.rlim_cur = before;
+  setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+TEST(Resources, SignalsInterruptNothing) {
+  struct sigaction action {};
+  struct sigaction earlier {};
+  action.sa_handler = [](int) {};  // without SA_RESTART: system calls return EINTR
+  sigaction(SIGALRM, &action, &earlier);
+  const itimerval often{{0, 500}, {0, 500}};
+  const itimerval never{};
+  {
+    FakeCard card(FakeCard::Obliging());
+    setitimer(ITIMER_REAL, &often, nullptr);
+    Connection connection(card.Port());
+    const std::int64_t list = vlListAllocate(connection);
+    for (int i = 0; i < 100000; ++i) vlListAppendMarkAbs2D(list, i, i);
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(vlListSet(connection, 1, list, false, -1), 0) << LastError();
+    setitimer(ITIMER_REAL, &never, nullptr);
+  }
+  sigaction(SIGALRM, &earlier, nullptr);
+}
+
+// What callbacks, which are plain functions, share with their test.
+struct Shared {
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool done = false;
+  bool release = false;
+  std::int32_t other = -1;
+  std::int64_t list = -1;
+  std::vector<std::string> found;
+
+  void Finish() {
+    const std::lock_guard lock(mutex);
+    done = true;
+    changed.notify_all();
+  }
+  bool WaitUntilDone() {
+    std::unique_lock lock(mutex);
+    return changed.wait_for(lock, std::chrono::seconds(10), [&] { return done; });
+  }
+} shared;
+
+// A card that sends one progress event behind each answer.
+FakeCard::Script Notifying() {
+  return FakeCard::Answering(
+      [](const Request& request) { return Response(request.Id, false) + Notification(0x11, 5); });
+}
+
+void Check(const char* what, int result, const char* text) {
+  const std::string error = LastError();
+  if ((result == -1) != (*text != '\0') || error != text) shared.found.push_back(std::string(what) + ": " + error);
+}
+
+TEST(Callbacks, MayDoAllButWaitForThemselvesAndDisconnect) {
+  FakeCard card(Notifying());
+  Connection connection(card.Port());
+  Connection other(card.Port());
+  shared.done = false;
+  shared.found.clear();
+  shared.other = other;
+  shared.list = vlListAllocate(connection);
+  std::uint32_t id = 0;
+  ASSERT_EQ(vlListRegisterProgressCallback(
+                connection,
+                [](std::int32_t handle, std::int32_t value) {
+                  constexpr const char* Own = "A callback must not wait for its own connection.";
+                  bool running = false;
+                  std::int32_t event = 0;
+                  std::uint32_t another = 0;
+                  Check("value", value == 5 ? 0 : -2, "");
+                  Check("append", vlListAppendMarkAbs2D(shared.list, 1, 2), "");
+                  Check("call", vlListIsExecutionInProgress(handle, &running), Own);
+                  Check("upload", vlListSet(handle, 1, shared.list, false, -1), Own);
+                  Check("wait", vlListWaitForListDone(handle, &event, 10), Own);
+                  Check("other", vlListIsExecutionInProgress(shared.other, &running), "");
+                  Check("disconnect", vlDisconnect(handle), "A callback must not disconnect.");
+                  Check("disconnect other", vlDisconnect(shared.other), "A callback must not disconnect.");
+                  Check("register", vlListRegisterListIdleCallback(
+                                        handle, [](std::int32_t, std::int32_t) {}, &another), "");
+                  Check("unregister", vlListUnRegisterListIdleCallback(handle, another), "");
+                  shared.Finish();
+                },
+                &id),
+            0);
+  EXPECT_EQ(id, 2U);
+  EXPECT_EQ(vlListExecute(connection, 1), 0);
+  EXPECT_TRUE(shared.WaitUntilDone());
+  EXPECT_EQ(shared.found, std::vector<std::string>{});
+  EXPECT_EQ(vlListCommandCount(shared.list), 1);
+}
+
+TEST(Callbacks, KeepADisconnectUntilTheyReturn) {
+  FakeCard card(Notifying());
+  const std::int32_t handle = vlConnect("127.0.0.1", card.Port());
+  shared.done = shared.release = false;
+  std::uint32_t id = 0;
+  vlListRegisterProgressCallback(
+      handle,
+      [](std::int32_t, std::int32_t) {
+        shared.Finish();
+        std::unique_lock lock(shared.mutex);
+        shared.changed.wait(lock, [] { return shared.release; });
+        shared.found.push_back("returned");
+      },
+      &id);
+  EXPECT_EQ(vlListExecute(handle, 1), 0);
+  ASSERT_TRUE(shared.WaitUntilDone());
+  shared.found.clear();
+  std::thread releaser([] {
+    usleep(50000);
+    const std::lock_guard lock(shared.mutex);
+    shared.release = true;
+    shared.changed.notify_all();
+  });
+  EXPECT_EQ(vlDisconnect(handle), 0);
+  EXPECT_EQ(shared.found, std::vector<std::string>{"returned"});
+  releaser.join();
+}
+
+TEST(Waits, TellValueNothingAndFailureApart) {
+  FakeCard card(FakeCard::Answering([](const Request& request) {
+    const std::int32_t id = FirstArgument(request);
+    return Notification(0x11, 10) + Notification(0x11, 20) + Notification(0x02, id) + Notification(0x01, id) +
+           Response(request.Id, false);
+  }));
+  Connection connection(card.Port());
+  std::int32_t value = 77;
+  EXPECT_EQ(vlListWaitForProgress(connection, &value, 20), 1);
+  EXPECT_EQ(LastError(), "");
+  EXPECT_EQ(value, 77);
+  ASSERT_EQ(vlListExecute(connection, 9), 0);
+  EXPECT_EQ(vlListWaitForProgress(connection, &value, -1), 0);
+  EXPECT_EQ(value, 10);
+  EXPECT_EQ(vlListWaitForListDone(connection, &value, 0), 0);
+  EXPECT_EQ(value, 9);
+  EXPECT_EQ(vlListClearPendingEvents(connection), 0);
+  EXPECT_EQ(vlListWaitForListIdle(connection, &value, 0), 1);
+  std::thread interrupter([&] {
+    usleep(20000);
+    vlListInterruptWaitForListIdle(connection);
+  });
+  EXPECT_EQ(vlListWaitForListIdle(connection, &value, 10000), 1) << "interrupted";
+  interrupter.join();
+}
+
+TEST(Waits, FailAtOnceWhenTheConnectionIsLost) {
+  FakeCard card([](Peer& peer) {
+    Request request;
+    if (!peer.Handshake() || !peer.Next(request)) return;
+    peer.Send(Response(request.Id, false) + Notification(0x02, 3));
+    usleep(50000);
+  });
+  Connection connection(card.Port());
+  ASSERT_EQ(vlListExecute(connection, 3), 0);
+  const Stopwatch watch;
+  std::int32_t value = 0;
+  EXPECT_EQ(vlListWaitForListIdle(connection, &value, 10000), -1);
+  EXPECT_EQ(LastError(), "ConnectionAborted");
+  EXPECT_EQ(vlListWaitForListDone(connection, &value, 10000), 0) << "what has come is not lost";
+  EXPECT_EQ(vlListWaitForListDone(connection, &value, 10000), -1);
+  EXPECT_LT(watch.Milliseconds(), 2000);
+}
+
+TEST(Notifications, ThatMakeNoSenseEndTheConnectionWithALine) {
+  const struct {
+    std::string frame;
+    const char* text;
+  } cases[] = {
+      {Notification(0x33, 1), "RpcEventType::_from_integral: invalid argument"},
+      {FrameOf(0x02, std::make_tuple(0x11)), "Could not process event!"},
+      {FrameOf(0x02, std::make_tuple(0x02, "text")), "Could not process event!"},
+      {Notification(-4, 1),
+       "Invalid notification response. It contains neither result nor error nor progress."},
+      {FrameOf(0x02, std::vector<int>{}), "Received message too short."},
+      {FrameOf(0x02, std::make_tuple("text")), "std::bad_cast"},
+      {Frame(0x02, "\xDD\xFF\xFF\xFF\xFF"), "Invalid packet!"},
+      {Frame(0x01, "\xC0"), "Invalid packet!"},
+      {"\x93\x01", "Invalid packet!"},
+  };
+  for (const auto& one : cases) {
+    FakeCard card([&](Peer& peer) {
+      Request request;
+      if (!peer.Handshake() || !peer.Next(request)) return;
+      peer.Send(one.frame);
+      peer.WaitForEnd();
+    });
+    Connection connection(card.Port());
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(vlListExecute(connection, 1), -1);
+    EXPECT_EQ(LastError(), "ConnectionAborted") << one.text;
+    vlDisconnect(connection);
+    const std::string line = testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(line.starts_with("Exception occurred when trying to receive: " + std::string(one.text))) << line;
+    EXPECT_TRUE(line.ends_with("\n"));
+  }
+}
+
+TEST(Notifications, OfErrorsReachTheirCallbacks) {
+  FakeCard card([](Peer& peer) {
+    Request request;
+    const msgpack::type::nil_t nil;
+    if (!peer.Handshake() || !peer.Next(request)) return;
+    peer.Send(FrameOf(0x82, std::make_tuple("Scanner fault", nil, nil)) + Frame(0x02, "\x07") +
+              Response(request.Id, false));
+    peer.WaitForEnd();
+  });
+  Connection connection(card.Port());
+  shared.done = false;
+  shared.found.clear();
+  std::uint32_t id = 0;
+  EXPECT_EQ(vlListRegisterErrorEventCallback(
+                connection,
+                [](std::int32_t, std::int32_t code, const char* text, std::uint32_t length) {
+                  shared.found.push_back(std::to_string(code) + std::string(text, length));
+                  shared.Finish();
+                },
+                &id),
+            0);
+  EXPECT_EQ(vlListExecute(connection, 1), 0) << "a notification that is no array is dropped: " << LastError();
+  ASSERT_TRUE(shared.WaitUntilDone());
+  ASSERT_EQ(shared.found.size(), 1U);
+  EXPECT_TRUE(shared.found[0].starts_with("-1BeginException"));
+  EXPECT_NE(shared.found[0].find("Scanner fault"), std::string::npos);
+  EXPECT_EQ(vlListUnRegisterErrorEventCallback(connection, id), 0);
+}
+
+}  // namespace
+}  // namespace VELTRO::KELVO::Test

@@ -1,0 +1,209 @@
+// Every exported function keeps to the frame: with a handle that names nothing it returns -1 and leaves a text.
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "support/FakeCard.h"
+#include "support/Process.h"
+
+namespace VELTRO::KELVO::Test {
+namespace {
+
+// A function called with a handle, and whatever else it needs.
+struct Function {
+  const char* name;
+  std::function<std::int64_t(std::int32_t)> call;
+};
+
+template <class... Parameters, class... Arguments>
+auto With(std::int32_t (*function)(std::int32_t, Parameters...), Arguments... arguments) {
+  return [=](std::int32_t handle) -> std::int64_t { return function(handle, arguments...); };
+}
+
+std::int64_t ListOf(std::int32_t handle) { return static_cast<std::int64_t>(handle) * (std::int64_t{1} << 32) + 1; }
+
+template <class... Parameters, class... Arguments>
+auto WithList(std::int32_t (*function)(std::int64_t, Parameters...), Arguments... arguments) {
+  return [=](std::int32_t handle) -> std::int64_t { return function(ListOf(handle), arguments...); };
+}
+
+std::uint32_t number = 0;
+std::int32_t value = 0;
+bool flag = false;
+vlListExecutionStats stats;
+constexpr vlListEventCallback OnEvent = [](std::int32_t, std::int32_t) {};
+constexpr vlErrorEventCallback OnError = [](std::int32_t, std::int32_t, const char*, std::uint32_t) {};
+
+#define ENTRY(function, ...) {#function, With(function __VA_OPT__(, ) __VA_ARGS__)}
+#define LIST_ENTRY(function, ...) {#function, WithList(function __VA_OPT__(, ) __VA_ARGS__)}
+
+const Function onConnections[] = {
+    ENTRY(vlDisconnect),
+    ENTRY(vlGetTimeout, &number),
+    ENTRY(vlSetTimeout, 1U),
+    ENTRY(vlEnableCommandLogging, "/tmp/never", 0),
+    ENTRY(vlDisableCommandLogging),
+    {"vlListAllocate", [](std::int32_t handle) { return vlListAllocate(handle); }},
+    {"vlListSet", [](std::int32_t handle) { return vlListSet(handle, 1, ListOf(handle), false, -1); }},
+    {"vlListGet", [](std::int32_t handle) { return vlListGet(handle, 1, ListOf(handle)); }},
+    ENTRY(vlListDelete, 1, false),
+    ENTRY(vlListGetStoredListIDs, &value, 1U, &number),
+    ENTRY(vlListExecute, 1),
+    ENTRY(vlListAbortExecution),
+    ENTRY(vlListIsExecutionInProgress, &flag),
+    ENTRY(vlListGetListStatus, 1, &value),
+    ENTRY(vlListGetLastExecutionStats, &stats),
+    ENTRY(vlListWaitForProgress, &value, 0),
+    ENTRY(vlListWaitForListDone, &value, 0),
+    ENTRY(vlListWaitForListIdle, &value, 0),
+    ENTRY(vlListInterruptWaitForProgress),
+    ENTRY(vlListInterruptWaitForListDone),
+    ENTRY(vlListInterruptWaitForListIdle),
+    ENTRY(vlListRegisterProgressCallback, OnEvent, &number),
+    ENTRY(vlListRegisterListDoneCallback, OnEvent, &number),
+    ENTRY(vlListRegisterListIdleCallback, OnEvent, &number),
+    ENTRY(vlListRegisterErrorEventCallback, OnError, &number),
+    ENTRY(vlListUnRegisterProgressCallback, 2U),
+    ENTRY(vlListUnRegisterListDoneCallback, 2U),
+    ENTRY(vlListUnRegisterListIdleCallback, 2U),
+    ENTRY(vlListUnRegisterErrorEventCallback, 2U),
+    ENTRY(vlListClearPendingEvents),
+};
+
+const Function onLists[] = {
+    LIST_ENTRY(vlListReleaseHandle),
+    LIST_ENTRY(vlListDeleteHandle),
+    LIST_ENTRY(vlListClear),
+    LIST_ENTRY(vlListCommandCount),
+    LIST_ENTRY(vlListAppendJumpAbs2D, 1.0, 2.0),
+    LIST_ENTRY(vlListAppendJumpRel2D, 1.0, 2.0),
+    LIST_ENTRY(vlListAppendJumpAbs3D, 1.0, 2.0, 3.0),
+    LIST_ENTRY(vlListAppendJumpRel3D, 1.0, 2.0, 3.0),
+    LIST_ENTRY(vlListAppendMarkAbs2D, 1.0, 2.0),
+    LIST_ENTRY(vlListAppendMarkRel2D, 1.0, 2.0),
+    LIST_ENTRY(vlListAppendMarkAbs3D, 1.0, 2.0, 3.0),
+    LIST_ENTRY(vlListAppendMarkRel3D, 1.0, 2.0, 3.0),
+    LIST_ENTRY(vlListAppendJumpSpeed, 1.0),
+    LIST_ENTRY(vlListAppendMarkSpeed, 1.0),
+    LIST_ENTRY(vlListAppendJumpDelay, 1.0),
+    LIST_ENTRY(vlListAppendMarkDelay, 1.0),
+    LIST_ENTRY(vlListAppendPolyDelay, 1.0),
+    LIST_ENTRY(vlListAppendLaserOnDelay, 1.0),
+    LIST_ENTRY(vlListAppendLaserOffDelay, 1.0),
+    LIST_ENTRY(vlListAppendSleep, 1.0),
+    LIST_ENTRY(vlListAppendLaserOn),
+    LIST_ENTRY(vlListAppendLaserOff),
+    LIST_ENTRY(vlListAppendProgress, 1),
+    LIST_ENTRY(vlListAppendLoopStart, 1),
+    LIST_ENTRY(vlListAppendLoopEnd),
+    LIST_ENTRY(vlListAppendLoopBreak),
+};
+
+template <std::size_t N>
+void ExpectRefusals(const Function (&functions)[N], std::int32_t handle, const std::string& text) {
+  for (const auto& [name, call] : functions) {
+    EXPECT_EQ(call(handle), -1) << name;
+    EXPECT_EQ(LastError(), text) << name;
+  }
+}
+
+TEST(Frame, RefusesHandlesThatNameNothing) {
+  const std::string negative = "Illegal handle.";
+  const std::string unknown = "There is no connection corresponding to this handle.";
+  ExpectRefusals(onConnections, -1, negative);
+  ExpectRefusals(onConnections, 99999, unknown);
+  ExpectRefusals(onLists, -1, negative);
+  ExpectRefusals(onLists, 99999, unknown);
+}
+
+TEST(Frame, RefusesListsThatDoNotExist) {
+  FakeCard card(FakeCard::Obliging());
+  Connection connection(card.Port());
+  for (const auto& [name, call] : onLists) {
+    const bool lenient = std::string(name) == "vlListReleaseHandle";
+    EXPECT_EQ(call(connection), lenient ? 0 : -1) << name;
+    EXPECT_EQ(LastError(), lenient ? "" : "List does not exist.") << name;
+  }
+}
+
+TEST(Frame, RefusesNullPointers) {
+  FakeCard card(FakeCard::Obliging());
+  Connection connection(card.Port());
+  const Function functions[] = {
+      ENTRY(vlIsConnected, nullptr),
+      ENTRY(vlGetTimeout, nullptr),
+      ENTRY(vlEnableCommandLogging, nullptr, 0),
+      ENTRY(vlListGetStoredListIDs, nullptr, 1U, &number),
+      ENTRY(vlListGetStoredListIDs, &value, 1U, nullptr),
+      ENTRY(vlListIsExecutionInProgress, nullptr),
+      ENTRY(vlListGetListStatus, 1, nullptr),
+      ENTRY(vlListGetLastExecutionStats, nullptr),
+      ENTRY(vlListWaitForProgress, nullptr, 0),
+      ENTRY(vlListRegisterProgressCallback, nullptr, &number),
+      ENTRY(vlListRegisterErrorEventCallback, OnError, nullptr),
+  };
+  for (const auto& [name, call] : functions) {
+    EXPECT_EQ(call(connection), -1) << name;
+    EXPECT_TRUE(LastError().starts_with("A null pointer was passed for '")) << name;
+  }
+}
+
+TEST(Frame, ASuccessErasesTheErrorBefore) {
+  FakeCard card(FakeCard::Obliging());
+  Connection connection(card.Port());
+  EXPECT_EQ(vlListAllocate(-1), -1);
+  EXPECT_EQ(vlGetLastErrorLen(), 15 + 2);
+  EXPECT_EQ(vlListAllocate(connection) & 0xFFFFFFFF, 1);
+  EXPECT_EQ(vlGetLastErrorLen(), 2);
+}
+
+TEST(Lists, AreNumberedAndNeverNumberedAgain) {
+  FakeCard card(FakeCard::Obliging());
+  Connection connection(card.Port());
+  const std::int64_t first = vlListAllocate(connection);
+  EXPECT_EQ(first >> 32, connection);
+  EXPECT_EQ(vlListReleaseHandle(first), 0);
+  const std::int64_t second = vlListAllocate(connection);
+  EXPECT_EQ(second, first + 1);
+  EXPECT_EQ(vlListDeleteHandle(second), 0);
+  EXPECT_EQ(vlListDeleteHandle(second), -1);
+  EXPECT_EQ(vlListReleaseHandle(second), 0);
+}
+
+TEST(Lists, MayBeReleasedWhileOthersAppend) {
+  FakeCard card(FakeCard::Obliging());
+  Connection connection(card.Port());
+  for (int round = 0; round < 50; ++round) {
+    const std::int64_t list = vlListAllocate(connection);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 2; ++i) {
+      threads.emplace_back([list] {
+        while (vlListAppendMarkAbs2D(list, 1, 2) == 0) continue;
+        EXPECT_EQ(LastError(), "List does not exist.");
+      });
+    }
+    while (vlListCommandCount(list) < 1000) std::this_thread::yield();
+    EXPECT_EQ(vlListReleaseHandle(list), 0);
+    for (std::thread& thread : threads) thread.join();
+  }
+}
+
+TEST(Lists, KeepTheirLoops) {
+  FakeCard card(FakeCard::Obliging());
+  Connection connection(card.Port());
+  const std::int64_t list = vlListAllocate(connection);
+  EXPECT_EQ(vlListAppendLoopBreak(list), -1);
+  EXPECT_EQ(LastError(), "No loop opened!");
+  EXPECT_EQ(vlListAppendLoopStart(list, 3), 0);
+  EXPECT_EQ(vlListAppendLoopBreak(list), 0);
+  EXPECT_EQ(vlListSet(connection, 1, list, false, -1), -1);
+  EXPECT_EQ(LastError(), "There are open loops inside the list!");
+  EXPECT_EQ(vlListAppendLoopEnd(list), 0);
+  EXPECT_EQ(vlListSet(connection, 1, list, false, -1), 0) << LastError();
+  EXPECT_EQ(vlListCommandCount(list), 3);
+  EXPECT_EQ(vlListClear(list), 0);
+  EXPECT_EQ(vlListCommandCount(list), 0);
+}
+
+}  // namespace
+}  // namespace VELTRO::KELVO::Test

@@ -1,0 +1,100 @@
+// A card that does what a test tells it to: a scripted peer on loopback. It packs and frames by itself, with nothing of
+// the library, so that both ends cannot be wrong together.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "rpc/MsgPack.h"
+
+namespace VELTRO::KELVO::Test {
+
+struct Request {
+  std::uint32_t Id = 0;
+  std::string Method;
+  msgpack::object_handle Arguments;
+};
+
+std::string Frame(unsigned char type, std::string_view body);
+
+// A frame whose body is these objects, one behind the other.
+template <class... Objects>
+std::string FrameOf(unsigned char type, const Objects&... objects) {
+  msgpack::sbuffer body;
+  (msgpack::pack(body, objects), ...);
+  return Frame(type, {body.data(), body.size()});
+}
+
+template <class Result>
+std::string Response(std::uint32_t id, const Result& result) {
+  return FrameOf(0x01, id, result);
+}
+std::string ErrorResponse(std::uint32_t id, const std::string& text);
+std::string Notification(std::int32_t kind, std::int32_t value);
+
+// One connection, seen from the card.
+class Peer {
+ public:
+  explicit Peer(int socket) : socket_(socket) {}
+  ~Peer();
+  Peer(const Peer&) = delete;
+  Peer& operator=(const Peer&) = delete;
+
+  // Waits for the next request; false when the client has gone.
+  bool Next(Request& request);
+  // False when the client has gone.
+  bool Send(std::string_view bytes);
+  // Answers the calls that follow a connect.
+  bool Handshake();
+  // Waits until the client closes, without reading.
+  void WaitForEnd();
+  void Close();
+  // Ends the connection without a goodbye.
+  void Reset();
+  void ShutDown();
+
+ private:
+  bool Fill(std::size_t count);
+
+  std::atomic<int> socket_;
+  std::string received_;
+};
+
+class FakeCard {
+ public:
+  using Script = std::function<void(Peer&)>;
+
+  // Runs `script` for each connection, on a thread of its own.
+  explicit FakeCard(Script script);
+  ~FakeCard();
+  FakeCard(const FakeCard&) = delete;
+  FakeCard& operator=(const FakeCard&) = delete;
+
+  int Port() const { return port_; }
+
+  // After the handshake, answers every request with `answer`; an empty answer is not sent.
+  static Script Answering(std::function<std::string(const Request&)> answer);
+  // The same, each with false.
+  static Script Obliging();
+
+ private:
+  void Accept();
+
+  const Script script_;
+  int listener_ = -1;
+  int port_ = 0;
+  std::atomic<bool> stopping_{false};
+  std::mutex mutex_;
+  std::list<Peer> peers_;
+  std::vector<std::thread> threads_;
+  std::thread acceptor_;
+};
+
+}  // namespace VELTRO::KELVO::Test

@@ -1,0 +1,45 @@
+// What the process under test holds: descriptors, threads, memory. And clocks for tests.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+
+#include "kelvo/kelvo.h"
+
+namespace VELTRO::KELVO::Test {
+
+std::size_t OpenDescriptors();
+std::size_t Threads();
+std::size_t ResidentBytes();
+
+// The calling thread's last error, which it clears.
+std::string LastError();
+
+// Milliseconds since it was made.
+class Stopwatch {
+ public:
+  double Milliseconds() const {
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start_).count();
+  }
+
+ private:
+  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+// A connection that is made when it is declared and ended with it; the handle is -1 when it failed.
+class Connection {
+ public:
+  explicit Connection(int port) : handle_(vlConnect("127.0.0.1", port)) {}
+  ~Connection() {
+    if (handle_ > 0) vlDisconnect(handle_);
+  }
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  operator std::int32_t() const { return handle_; }
+
+ private:
+  std::int32_t handle_;
+};
+
+}  // namespace VELTRO::KELVO::Test
