@@ -26,8 +26,8 @@ TEST(Connect, TellsTheCardItsVersionAndReadsTheCardsTexts) {
     Connection connection(card.Port());
     ASSERT_GT(connection, 0) << LastError();
   }
-  EXPECT_EQ(calls, (std::vector<std::string>{"SetClientLibVersion[\"3.10.3.3013\"]", "GetFirmwareProductVersion[]",
-                                             "GetCardSerialNumber[]"}));
+  EXPECT_EQ(calls, (std::vector<std::string>{"SetClientLibVersion[\"3.10.3.3013\"]",
+                                             "GetFirmwareProductVersion[]", "GetCardSerialNumber[]"}));
 }
 
 TEST(Connect, FailsWithAText) {
@@ -123,7 +123,8 @@ TEST(Calls, EndWhenTheCardStopsReading) {
   std::string text;
   const Stopwatch watch;
   // Pieces go out until the sockets' buffers are full; then one is stuck.
-  for (int i = 0; i < 20 && text != "Socket error, unable to send!" && text != "Connection not active!"; ++i) {
+  for (int i = 0; i < 20 && text != "Socket error, unable to send!" && text != "Connection not active!";
+       ++i) {
     ASSERT_EQ(vlListSet(connection, 1, list, false, -1), -1);
     text = LastError();
   }
@@ -160,8 +161,9 @@ TEST(Calls, EndAtOnceWhereverTheCardCloses) {
 TEST(Calls, RefuseAnswersOfAnotherKindAndGoOn) {
   std::string bytes;
   FakeCard card(FakeCard::Answering([&](const Request& request) {
-    return request.Method == "GetListStatus" ? Frame(0x01, std::string(1, static_cast<char>(request.Id)) + bytes)
-                                             : Response(request.Id, false);
+    return request.Method == "GetListStatus"
+               ? Frame(0x01, std::string(1, static_cast<char>(request.Id)) + bytes)
+               : Response(request.Id, false);
   }));
   Connection connection(card.Port());
   const std::string nested = std::string(20000, '\xDD') + "\xFF\xFF\xFF\xFF";
@@ -232,7 +234,8 @@ TEST(Calls, LeaveAtOnceWhileAnEarlierOneIsUnanswered) {
 
 TEST(Log, HoldsTheVersionsThenTheCalls) {
   FakeCard card(FakeCard::Answering([](const Request& request) {
-    return request.Method == "ExecuteList" ? ErrorResponse(request.Id, "No such list") : Response(request.Id, true);
+    return request.Method == "ExecuteList" ? ErrorResponse(request.Id, "No such list")
+                                           : Response(request.Id, true);
   }));
   Connection connection(card.Port());
   const std::string path = testing::TempDir() + "kelvo-command.log";

@@ -1,4 +1,5 @@
-// Every exported function keeps to the frame: with a handle that names nothing it returns -1 and leaves a text.
+// Every exported function keeps to the frame: with a handle that names nothing it returns -1 and leaves a
+// text.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -20,7 +21,9 @@ auto With(std::int32_t (*function)(std::int32_t, Parameters...), Arguments... ar
   return [=](std::int32_t handle) -> std::int64_t { return function(handle, arguments...); };
 }
 
-std::int64_t ListOf(std::int32_t handle) { return static_cast<std::int64_t>(handle) * (std::int64_t{1} << 32) + 1; }
+std::int64_t ListOf(std::int32_t handle) {
+  return static_cast<std::int64_t>(handle) * (std::int64_t{1} << 32) + 1;
+}
 
 template <class... Parameters, class... Arguments>
 auto WithList(std::int32_t (*function)(std::int64_t, Parameters...), Arguments... arguments) {
@@ -34,8 +37,10 @@ vlListExecutionStats stats;
 constexpr vlListEventCallback OnEvent = [](std::int32_t, std::int32_t) {};
 constexpr vlErrorEventCallback OnError = [](std::int32_t, std::int32_t, const char*, std::uint32_t) {};
 
-#define ENTRY(function, ...) {#function, With(function __VA_OPT__(, ) __VA_ARGS__)}
-#define LIST_ENTRY(function, ...) {#function, WithList(function __VA_OPT__(, ) __VA_ARGS__)}
+#define ENTRY(function, ...) \
+  { #function, With(function __VA_OPT__(, ) __VA_ARGS__) }
+#define LIST_ENTRY(function, ...) \
+  { #function, WithList(function __VA_OPT__(, ) __VA_ARGS__) }
 
 const Function onConnections[] = {
     ENTRY(vlDisconnect),

@@ -26,7 +26,9 @@ std::string Notification(std::int32_t kind, std::int32_t value) {
   return FrameOf(0x02, std::make_tuple(kind, value));
 }
 
-Peer::~Peer() { Close(); }
+Peer::~Peer() {
+  Close();
+}
 
 void Peer::Close() {
   const int socket = socket_.exchange(-1);

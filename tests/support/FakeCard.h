@@ -1,5 +1,5 @@
-// A card that does what a test tells it to: a scripted peer on loopback. It packs and frames by itself, with nothing of
-// the library, so that both ends cannot be wrong together.
+// A card that does what a test tells it to: a scripted peer on loopback. It packs and frames by itself, with
+// nothing of the library, so that both ends cannot be wrong together.
 #pragma once
 
 #include <atomic>

@@ -18,9 +18,13 @@ std::size_t CountEntries(const char* directory) {
 
 }  // namespace
 
-std::size_t OpenDescriptors() { return CountEntries("/proc/self/fd"); }
+std::size_t OpenDescriptors() {
+  return CountEntries("/proc/self/fd");
+}
 
-std::size_t Threads() { return CountEntries("/proc/self/task"); }
+std::size_t Threads() {
+  return CountEntries("/proc/self/task");
+}
 
 std::size_t ResidentBytes() {
   std::ifstream file("/proc/self/statm");

@@ -9,6 +9,13 @@
 
 namespace VELTRO::KELVO::Test {
 
+// Sanitizers keep memory of their own: figures of it mean nothing under them.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool Sanitized = true;
+#else
+inline constexpr bool Sanitized = false;
+#endif
+
 std::size_t OpenDescriptors();
 std::size_t Threads();
 std::size_t ResidentBytes();

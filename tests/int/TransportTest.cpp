@@ -1,0 +1,233 @@
+// The connection from the inside: connecting, waiting, reading, ending, each with time-outs of the test's
+// own.
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "client/ClientAPI.h"
+#include "rpc/RpcClient.h"
+#include "support/FakeCard.h"
+#include "support/Process.h"
+
+namespace VELTRO::KELVO::Test {
+namespace {
+
+using namespace ClientLib;
+
+const IPAddress Loopback = IPAddress::Resolve("127.0.0.1");
+
+RpcClientConfiguration Configuration(int port) {
+  RpcClientConfiguration configuration;
+  configuration.Address = Loopback;
+  configuration.Port = port;
+  configuration.ReceiveTimeout = std::chrono::milliseconds(5000);
+  return configuration;
+}
+
+template <class Function>
+std::string TextOf(Function&& function) {
+  try {
+    function();
+  } catch (const std::exception& error) {
+    return error.what();
+  }
+  return "no exception";
+}
+
+// A listener whose backlog is full: a connect to it gets no answer at all.
+class BlackHole {
+ public:
+  BlackHole() {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    auto* generic = reinterpret_cast<sockaddr*>(&address);
+    EXPECT_EQ(bind(listener_, generic, length), 0);
+    EXPECT_EQ(listen(listener_, 0), 0);
+    getsockname(listener_, generic, &length);
+    EXPECT_EQ(connect(filler_, generic, length), 0);
+    port = ntohs(address.sin_port);
+  }
+  ~BlackHole() {
+    close(filler_);
+    close(listener_);
+  }
+  int port = 0;
+
+ private:
+  const int listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const int filler_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+};
+
+TEST(Adapter, GivesUpConnectingAfterItsTimeout) {
+  BlackHole hole;
+  ClientAdapter adapter;
+  const Stopwatch watch;
+  EXPECT_EQ(TextOf([&] { adapter.Connect(Loopback, hole.port, 200, 1); }),
+            "Error: Cannot open connection to 127.0.0.1/" + std::to_string(hole.port) + ".");
+  EXPECT_GE(watch.Milliseconds(), 199);
+  EXPECT_LT(watch.Milliseconds(), 2000);
+}
+
+TEST(Adapter, DisconnectsAtOnceWhileConnecting) {
+  BlackHole hole;
+  for (int delay = 0; delay < 5; ++delay) {
+    ClientAdapter adapter;
+    const Stopwatch watch;
+    std::thread connecting(
+        [&] { EXPECT_NE(TextOf([&] { adapter.Connect(Loopback, hole.port, 10000, 1); }), "no exception"); });
+    usleep(static_cast<useconds_t>(delay) * 10000);
+    // The first rounds may come before the connect has begun: asked again, it ends all the same.
+    std::atomic<bool> ended{false};
+    std::thread ending([&] {
+      while (!ended) {
+        adapter.Disconnect();
+        usleep(1000);
+      }
+    });
+    connecting.join();
+    ended = true;
+    ending.join();
+    EXPECT_LT(watch.Milliseconds(), 2000);
+  }
+}
+
+TEST(Adapter, RefusesToConnectTwiceAndGoesOn) {
+  FakeCard card(FakeCard::Obliging());
+  ClientAPI client;
+  client.Connect(Loopback, card.Port(), 7);
+  EXPECT_EQ(client.GetConnectionId(), 7);
+  EXPECT_EQ(TextOf([&] { client.Connect(Loopback, card.Port(), 8); }),
+            "Cannot connect to 127.0.0.1/" + std::to_string(card.Port()) + ": Already connected.");
+  EXPECT_FALSE(client.Call<bool>("IsExecutionInProgress"));
+  EXPECT_EQ(client.GetConnectionId(), 7);
+  client.Disconnect();
+  EXPECT_EQ(TextOf([&] { client.Call("Anything"); }), "Connection not active!");
+  client.Connect(Loopback, card.Port(), 9);
+  EXPECT_FALSE(client.Call<bool>("IsExecutionInProgress")) << "a new connection of the same adapter";
+}
+
+TEST(Client, SaysWhatIsWrong) {
+  FakeCard card(FakeCard::Obliging());
+  RpcClient client(Configuration(card.Port()));
+  EXPECT_EQ(TextOf([&] { client.Call("Anything"); }), "Connection not active!");
+  EXPECT_EQ(TextOf([&] { client.EnableLogging("/tmp/never", false, true, 0); }),
+            "Connection must be enabled to start logging!");
+  client.Start();
+  EXPECT_EQ(TextOf([&] { client.Start(); }), "Client is already started!");
+  RpcClient refused(Configuration(1));
+  EXPECT_EQ(TextOf([&] { refused.Start(); }), "Unable to connect to 127.0.0.1:1.");
+  RpcClientConfiguration nowhere;
+  RpcClient lost(nowhere);
+  EXPECT_EQ(TextOf([&] { lost.Start(); }),
+            "\"GetSockaddr\" failed because there was no IPv4 or IPv6 address given.");
+  EXPECT_EQ(TextOf([] { ClientTransport transport(nullptr); }), "Instance must not be null!");
+}
+
+TEST(Client, NumbersItsRequestsAlsoThoseThatFail) {
+  std::vector<std::uint32_t> ids;
+  FakeCard card([&](Peer& peer) {
+    for (Request request; peer.Next(request);) {
+      ids.push_back(request.Id);
+      peer.Send(Response(request.Id, "text"));
+    }
+  });
+  RpcClient client(Configuration(card.Port()));
+  EXPECT_NE(TextOf([&] { client.Call("Refused"); }), "no exception");
+  client.Start();
+  client.Call("A");
+  EXPECT_EQ(TextOf([&] { client.Call<int>("B"); }), "std::bad_cast");
+  EXPECT_EQ(client.Call<std::string>("C"), "text");
+  const auto raw = client.Call<msgpack::object>("D");
+  EXPECT_EQ(raw.Object.get().as<std::string>(), "text");
+  client.Stop();
+  EXPECT_EQ(ids, (std::vector<std::uint32_t>{1, 2, 3, 4}));
+}
+
+TEST(Client, ReadsFramesHoweverTheyArrive) {
+  constexpr int Frames = 3000;
+  for (const std::size_t piece : {std::size_t{1}, std::size_t{7}, std::size_t{4096}, std::size_t{1} << 22}) {
+    FakeCard card([&](Peer& peer) {
+      Request request;
+      if (!peer.Next(request)) return;
+      std::string all;
+      for (int i = 0; i < Frames; ++i) all += Notification(0x11, i);
+      all += Response(request.Id, std::string(piece < 4096 ? 10 : 5 << 20, 'x'));
+      all += Notification(0x11, Frames);
+      for (std::string_view rest = all; !rest.empty(); rest.remove_prefix(std::min(piece, rest.size()))) {
+        if (!peer.Send(rest.substr(0, piece))) return;
+      }
+      peer.Next(request);
+      peer.Send(Response(request.Id, true));
+    });
+    auto configuration = Configuration(card.Port());
+    int next = 0;
+    configuration.NotificationCallback = [&](const RpcClientEvent& event) {
+      next += event.Arguments.front().as<int>() == next;
+    };
+    RpcClient client(configuration);
+    client.Start();
+    const auto text = client.Call<std::string>("Text");
+    EXPECT_EQ(text.find_first_not_of('x'), std::string::npos);
+    EXPECT_TRUE(client.Call<bool>("Last"));
+    EXPECT_EQ(next, Frames + 1) << "in pieces of " << piece;
+  }
+}
+
+TEST(Client, WithoutACallbackDropsNotificationsAndLogsSo) {
+  FakeCard card([](Peer& peer) {
+    for (Request request; peer.Next(request);) {
+      peer.Send(Notification(0x11, 1) + Frame(0x02, "\x07") + Response(request.Id, false));
+    }
+  });
+  auto configuration = Configuration(card.Port());
+  configuration.LoggingEnabled = true;
+  configuration.LogFile = testing::TempDir() + "kelvo-transport.log";
+  RpcClient client(configuration);
+  client.Start();
+  EXPECT_FALSE(client.Call<bool>("Anything"));
+  client.Stop();
+  std::ifstream file(configuration.LogFile);
+  const std::string log{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_NE(log.find("\tReceived notification but no callback registered.\n"), std::string::npos) << log;
+  EXPECT_NE(log.find("\tReceived invalid notification message!\n"), std::string::npos);
+}
+
+TEST(Transport, KeepsALateAnswerForWhoeverAsks) {
+  FakeCard card([](Peer& peer) {
+    Request late;
+    Request next;
+    if (!peer.Next(late) || !peer.Next(next)) return;
+    peer.Send(Response(late.Id, 41) + Response(next.Id, 42));
+    peer.WaitForEnd();
+  });
+  struct Settings : Context {
+    const RpcClientConfiguration& GetConfig() const override { return configuration; }
+    RpcClientConfiguration configuration;
+  } context;
+  context.configuration = Configuration(card.Port());
+  ClientTransport transport(&context);
+  ASSERT_TRUE(transport.Run());
+  const auto request = [](std::uint32_t id) { return FrameOf(0x00, id, "Method", std::vector<int>{}); };
+  const auto exchange = [&](std::uint32_t id, int timeout) {
+    const std::string frame = request(id);
+    return transport.Exchange(id, {reinterpret_cast<const unsigned char*>(frame.data()), frame.size()},
+                              std::chrono::milliseconds(timeout));
+  };
+  EXPECT_EQ(TextOf([&] { exchange(5, 20); }), "Response was not received in the given timespan.");
+  EXPECT_EQ(exchange(6, 5000).Unpack().get().as<int>(), 42);
+  EXPECT_EQ(transport.Read(5, std::chrono::milliseconds(0)).Unpack().get().as<int>(), 41);
+  EXPECT_EQ(TextOf([&] { transport.Read(5, std::chrono::milliseconds(0)); }),
+            "Response was not received in the given timespan.");
+  transport.StopRunning();
+  EXPECT_EQ(TextOf([&] { transport.checkActive(); }), "ConnectionAborted");
+}
+
+}  // namespace
+}  // namespace VELTRO::KELVO::Test
