@@ -168,7 +168,7 @@ static void DrawFrame(DataMatrix* symbol) {
 }
 
 bool EncodeDataMatrix(const char* text, DataMatrix* symbol) {
-  uint8_t words[kMostDataWords + kMostCheckWords];
+  uint8_t words[kMostDataWords + kMostCheckWords] = {0};
   const int count = EncodeText(text, words);
   if (count < 0) return false;
 

@@ -118,8 +118,18 @@ void CommandList::Append(const CommandView& command) {
 }
 
 void CommandList::Append(const CommandList& other) {
-  const CommandList source = other;  // which may be this list itself
-  source.ForEach([this](const CommandView& command) { Append(command); });
+  const std::size_t bytes = other.packed_.Size();
+  if (bytes == 0) return;
+  places_.reserve((count_ + other.count_) / Stride + 1);
+  std::size_t place = packed_.Size();
+  unsigned char* at = packed_.Extend(bytes);
+  // Looked up only now: the other list may be this one, which has just moved.
+  std::memcpy(at, other.packed_.Bytes().data(), bytes);
+  while (place < packed_.Size()) {
+    if (count_ % Stride == 0) places_.push_back(place);
+    ReadAt(place);
+    ++count_;
+  }
 }
 
 void CommandList::AppendJumpAbs(Point2D p) {

@@ -30,7 +30,7 @@ Packet& Packet::operator=(Packet&& other) noexcept {
 void Packet::Reserve(std::size_t capacity) {
   void* grown = std::realloc(storage_.get(), capacity);
   if (grown == nullptr) throw std::bad_alloc();
-  storage_.release();
+  static_cast<void>(storage_.release());  // realloc has taken it
   storage_.reset(static_cast<unsigned char*>(grown));
   capacity_ = capacity;
 }

@@ -169,6 +169,7 @@ struct Shared {
   std::condition_variable changed;
   bool done = false;
   bool release = false;
+  int port = 0;
   std::int32_t other = -1;
   std::int64_t list = -1;
   std::vector<std::string> found;
@@ -203,6 +204,7 @@ TEST(Callbacks, MayDoAllButWaitForThemselvesAndDisconnect) {
   shared.done = false;
   shared.found.clear();
   shared.other = other;
+  shared.port = card.Port();
   shared.list = vlListAllocate(connection);
   std::uint32_t id = 0;
   ASSERT_EQ(vlListRegisterProgressCallback(
@@ -218,6 +220,7 @@ TEST(Callbacks, MayDoAllButWaitForThemselvesAndDisconnect) {
                   Check("upload", vlListSet(handle, 1, shared.list, false, -1), Own);
                   Check("wait", vlListWaitForListDone(handle, &event, 10), Own);
                   Check("other", vlListIsExecutionInProgress(shared.other, &running), "");
+                  Check("connect", vlConnect("127.0.0.1", shared.port) > 0 ? 0 : -1, "");
                   Check("disconnect", vlDisconnect(handle), "A callback must not disconnect.");
                   Check("disconnect other", vlDisconnect(shared.other), "A callback must not disconnect.");
                   Check("register",

@@ -1,8 +1,10 @@
 // Connections through the exported functions, against a card that misbehaves on purpose.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <fstream>
+#include <functional>
 
 #include "support/FakeCard.h"
 #include "support/Process.h"
@@ -133,6 +135,50 @@ TEST(Calls, EndWhenTheCardStopsReading) {
   bool connected = true;
   EXPECT_EQ(vlIsConnected(connection, &connected), 0);
   EXPECT_FALSE(connected) << "half a frame has broken the stream";
+}
+
+TEST(Calls, EndAtOnceWhenTheConnectionIsEnded) {
+  std::atomic<bool> reached{false};
+  FakeCard card([&](Peer& peer) {
+    Request request;
+    if (!peer.Handshake() || !peer.Next(request)) return;
+    reached = true;  // and never answers, nor reads on
+    peer.WaitForEnd();
+  });
+  const struct {
+    const char* state;
+    std::function<int(std::int32_t handle, std::int64_t list)> call;
+  } cases[] = {
+      {"waiting for an answer", [](std::int32_t handle, std::int64_t) { return vlListExecute(handle, 1); }},
+      {"sending to a card that does not read",
+       [](std::int32_t handle, std::int64_t list) {
+         int result = 0;
+         std::vector<std::thread> uploads;
+         for (int i = 0; i < 8; ++i)
+           uploads.emplace_back([&] { result = vlListSet(handle, 1, list, false, -1); });
+         for (std::thread& upload : uploads) upload.join();
+         return result;
+       }},
+      {"waiting for an event",
+       [&](std::int32_t handle, std::int64_t) {
+         std::int32_t value = 0;
+         reached = true;
+         return vlListWaitForListDone(handle, &value, 600000);
+       }},
+  };
+  for (const auto& one : cases) {
+    reached = false;
+    const std::int32_t handle = vlConnect("127.0.0.1", card.Port());
+    const std::int64_t list = vlListAllocate(handle);
+    for (int i = 0; i < 200000; ++i) vlListAppendMarkAbs2D(list, i, i);
+    std::thread calling([&] { EXPECT_EQ(one.call(handle, list), -1) << one.state; });
+    while (!reached) std::this_thread::yield();
+    usleep(20000);  // into the middle of it; earlier or later the outcome is the same
+    const Stopwatch watch;
+    EXPECT_EQ(vlDisconnect(handle), 0);
+    calling.join();
+    EXPECT_LT(watch.Milliseconds(), Prompt) << one.state;
+  }
 }
 
 TEST(Calls, EndAtOnceWhereverTheCardCloses) {
