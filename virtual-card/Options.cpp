@@ -1,0 +1,87 @@
+#include "Options.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+#include "server/Session.h"
+
+namespace VELTRO::KELVO::VirtualCard {
+
+namespace {
+
+constexpr int WrongUsage = 2;
+
+constexpr const char* Description =
+    "A KELVO controller card in software: takes connections, keeps command lists, runs them on a simulated\n"
+    "clock and draws what the laser marked.\n";
+
+std::string Footer() {
+  return "Units: positions in field units (drawn as millimetres), speeds in field units per microsecond,\n"
+         "delays and durations in microseconds.\n"
+         "A request may have up to " +
+         std::to_string(Session::MostBodyBytes >> 20) +
+         " MiB; a connection that sends a longer one is closed.\n"
+         "Ctrl-C or SIGTERM ends the program.";
+}
+
+// A positive, finite number, or nothing.
+std::optional<double> ParsePositive(const std::string& text) {
+  double value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return std::isfinite(value) && value > 0 ? std::optional(value) : std::nullopt;
+}
+
+// Gives a number option that does not depend on the locale; `word`, if any, stands for infinity.
+CLI::Option* AddPositive(CLI::App& app, const char* name, double& value, const char* help,
+                         const std::string& word = {}) {
+  const auto parse = [&value, word](const CLI::results_t& results) {
+    const auto number = !word.empty() && results[0] == word
+                            ? std::optional(std::numeric_limits<double>::infinity())
+                            : ParsePositive(results[0]);
+    if (number) value = *number;
+    return number.has_value();
+  };
+  return app.add_option(name, parse, help);
+}
+
+}  // namespace
+
+std::optional<Options> ParseOptions(int count, const char* const* arguments, int& exitCode) {
+  Options options;
+  CLI::App app(Description, "kelvo-virtual-card");
+  app.footer(Footer());
+  app.add_option("--address", options.Address, "IPv4 or IPv6 address to listen on")->capture_default_str();
+  app.add_option("--port", options.Port, "TCP port to listen on; 0 takes a free one")
+      ->check(CLI::Range(0, 65535))
+      ->capture_default_str();
+  app.add_option("--firmware", options.Firmware, "Firmware version that the card tells")
+      ->capture_default_str();
+  app.add_option("--serial", options.Serial, "Serial number that the card tells")->capture_default_str();
+  AddPositive(app, "--speed", options.Speed,
+              "Times real time at which lists run, or 'max' for no waiting at all", "max")
+      ->type_name("FACTOR")
+      ->default_str("1");
+  app.add_option("--svg", options.SvgFile, "Draw what the laser marked into this file after each run")
+      ->type_name("FILE");
+  AddPositive(app, "--beam", options.Beam, "Width of the laser's beam in the drawing, in field units")
+      ->type_name("WIDTH")
+      ->default_str("0.1");
+  app.add_flag("--svg-all-runs", options.DrawAllRuns, "Draw all runs into one picture, not the latest alone");
+  app.add_option("--queue", options.Queue,
+                 "Bytes of notifications that may wait for a client that does not read them; when there are "
+                 "more, its connection is closed")
+      ->capture_default_str();
+  app.add_flag("--verbose", options.Verbose, "Write every call to stderr");
+  try {
+    app.parse(count, arguments);
+  } catch (const CLI::ParseError& error) {
+    exitCode = app.exit(error) == 0 ? 0 : WrongUsage;
+    return std::nullopt;
+  }
+  return options;
+}
+
+}  // namespace VELTRO::KELVO::VirtualCard

@@ -1,0 +1,27 @@
+// The command line.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace VELTRO::KELVO::VirtualCard {
+
+struct Options {
+  std::string Address = "127.0.0.1";
+  int Port = 49374;
+  std::string Firmware = "Virtual 3.10";
+  std::string Serial = "12345";
+  double Speed = 1;     // simulated time per real time; infinite: no waiting
+  std::string SvgFile;  // empty: none
+  double Beam = 0.1;    // field units
+  bool DrawAllRuns = false;
+  std::size_t Queue = 16 << 20;  // bytes of notifications that wait for one client at most
+  bool Verbose = false;
+};
+
+// Reads the command line. Nothing when the program is to end at once with `exitCode`: help was asked for (0),
+// or an option is wrong (2) and stderr says which.
+std::optional<Options> ParseOptions(int count, const char* const* arguments, int& exitCode);
+
+}  // namespace VELTRO::KELVO::VirtualCard

@@ -1,0 +1,37 @@
+#include "card/Notifier.h"
+#include "rpc/MsgPack.h"
+#include "rpc/OutputPacket.h"
+#include "rpc/RpcEvents.h"
+#include "rpc/RpcRemoteException.h"
+
+namespace VELTRO::KELVO::VirtualCard {
+
+using ClientLib::OutputPacket;
+using ClientLib::RpcEventType;
+
+void Notifier::NotifyEvent(std::int32_t event, std::int32_t value) {
+  OutputPacket packet = OutputPacket::AllocateNotification();
+  msgpack::packer packer(packet);
+  packer.pack_array(2).pack(event).pack(value);
+  Notify(packet.Close());
+}
+
+void Notifier::NotifyProgress(std::int32_t value) {
+  NotifyEvent(RpcEventType::Progress, value);
+}
+
+void Notifier::NotifyListDone(std::int32_t listId) {
+  NotifyEvent(RpcEventType::ListDone, listId);
+}
+
+void Notifier::NotifyListIdle(std::int32_t listId) {
+  NotifyEvent(RpcEventType::ListIdle, listId);
+}
+
+void Notifier::NotifyError(const std::string& text) {
+  OutputPacket packet = OutputPacket::AllocateErrorNotification();
+  ClientLib::RpcRemoteException(text).Pack(packet);
+  Notify(packet.Close());
+}
+
+}  // namespace VELTRO::KELVO::VirtualCard

@@ -1,0 +1,44 @@
+#include "drawing/Plotter.h"
+
+#include <exception>
+#include <utility>
+
+#include "Log.h"
+#include "drawing/SvgWriter.h"
+
+namespace VELTRO::KELVO::VirtualCard {
+
+using ClientLib::Point2D;
+
+Plotter::Plotter(PlotterSettings settings) : settings_(std::move(settings)) {
+  if (IsWanted()) WriteSvg(drawing_, settings_.Beam, settings_.File);
+}
+
+Plotter::~Plotter() {
+  if (unwritten_) EndRun();
+}
+
+void Plotter::BeginRun() {
+  if (!settings_.AllRuns) drawing_.Clear();
+}
+
+void Plotter::AddSegment(Drawing::Kind kind, Point2D from, Point2D to) {
+  if (IsWanted()) drawing_.AddSegment(kind, from, to);
+}
+
+void Plotter::AddDot(Point2D at) {
+  if (IsWanted()) drawing_.AddDot(at);
+}
+
+void Plotter::EndRun() {
+  if (!IsWanted()) return;
+  try {
+    unwritten_ = true;
+    WriteSvg(drawing_, settings_.Beam, settings_.File);
+    unwritten_ = false;
+  } catch (const std::exception& error) {
+    LogLine(error.what());
+  }
+}
+
+}  // namespace VELTRO::KELVO::VirtualCard

@@ -1,0 +1,24 @@
+#include "execution/CommandTable.h"
+#include "lists/CommandCodes.h"
+
+namespace VELTRO::KELVO::VirtualCard {
+
+using ClientLib::CommandCode;
+using ClientLib::Point2D;
+using ClientLib::Point3D;
+
+std::span<const CommandRow> MotionCommands() {
+  static constexpr CommandRow Rows[] = {
+      {CommandCode::JUMP_ABS, [](Run& run, Point2D p) { run.Galvos.Jump(run.Galvos.To(p)); }},
+      {CommandCode::JUMP_REL, [](Run& run, Point2D p) { run.Galvos.Jump(run.Galvos.By(p)); }},
+      {CommandCode::JUMP_3D_ABS, [](Run& run, Point3D p) { run.Galvos.Jump(run.Galvos.To(p)); }},
+      {CommandCode::JUMP_3D_REL, [](Run& run, Point3D p) { run.Galvos.Jump(run.Galvos.By(p)); }},
+      {CommandCode::MARK_ABS, [](Run& run, Point2D p) { run.Galvos.Mark(run.Galvos.To(p)); }},
+      {CommandCode::MARK_REL, [](Run& run, Point2D p) { run.Galvos.Mark(run.Galvos.By(p)); }},
+      {CommandCode::MARK_3D_ABS, [](Run& run, Point3D p) { run.Galvos.Mark(run.Galvos.To(p)); }},
+      {CommandCode::MARK_3D_REL, [](Run& run, Point3D p) { run.Galvos.Mark(run.Galvos.By(p)); }},
+  };
+  return Rows;
+}
+
+}  // namespace VELTRO::KELVO::VirtualCard

@@ -1,0 +1,76 @@
+// kelvo-virtual-card: a controller card in software.
+#include <sys/resource.h>
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+
+#include "Log.h"
+#include "Options.h"
+#include "card/Card.h"
+#include "server/Server.h"
+
+namespace VELTRO::KELVO::VirtualCard {
+
+namespace {
+
+sigset_t StopSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  return signals;
+}
+
+void WaitForStop(const sigset_t& signals) {
+  int signal = 0;
+  sigwait(&signals, &signal);
+  // A second one ends the program at once, should the first not.
+  pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+}
+
+// Every connection takes a descriptor, and the usual limit is an old one.
+void AllowManyDescriptors() {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+  limit.rlim_cur = limit.rlim_max;
+  setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+void Serve(const Options& options, const sigset_t& stopSignals) {
+  Server server(ClientLib::IPAddress::Resolve(options.Address.c_str()), options.Port,
+                {options.Queue, options.Verbose});
+  Card card({{options.Firmware, options.Serial},
+             options.Speed,
+             {options.SvgFile, options.Beam, options.DrawAllRuns}},
+            server);
+  server.Start(card);
+  std::printf("Listening on %s\n", server.GetPlace().c_str());
+  std::fflush(stdout);
+  WaitForStop(stopSignals);
+  card.Execution.Stop();  // first, so that clients are told and no call waits for the end of a run
+  server.Stop();
+}
+
+}  // namespace
+
+}  // namespace VELTRO::KELVO::VirtualCard
+
+int main(int count, char** arguments) {
+  using namespace VELTRO::KELVO::VirtualCard;
+  int exitCode = 0;
+  const auto options = ParseOptions(count, arguments, exitCode);
+  if (!options) return exitCode;
+  // Before there is any thread, so that all of them leave these signals to the main one.
+  const sigset_t stopSignals = StopSignals();
+  pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
+  std::signal(SIGPIPE, SIG_IGN);  // a reader of our output that goes away must not end the card
+  AllowManyDescriptors();
+  try {
+    Serve(*options, stopSignals);
+    return 0;
+  } catch (const std::exception& error) {
+    LogLine(error.what());
+    return 1;
+  }
+}

@@ -1,0 +1,45 @@
+#include "methods/MethodTable.h"
+
+#include <unordered_map>
+
+namespace VELTRO::KELVO::VirtualCard {
+
+namespace {
+
+using Table = std::unordered_map<std::string_view, const Method*>;
+
+const Table& AllMethods() {
+  static const Table table = [] {
+    Table all;
+    for (const auto area : {CardMethods(), ListMethods()}) {
+      for (const Method& method : area) all.emplace(method.GetName(), &method);
+    }
+    return all;
+  }();
+  return table;
+}
+
+std::string Quoted(std::string_view name) {
+  return "'" + std::string(name) + "'";
+}
+
+}  // namespace
+
+void Method::CheckCount(std::string_view name, std::size_t wanted, std::size_t given) {
+  if (given == wanted) return;
+  throw std::runtime_error("Method " + Quoted(name) + " takes " + std::to_string(wanted) + " arguments, " +
+                           std::to_string(given) + " were given.");
+}
+
+void Method::RefuseType(std::string_view name, std::size_t index) {
+  throw std::runtime_error("Method " + Quoted(name) + ": argument " + std::to_string(index) +
+                           " is of the wrong type.");
+}
+
+const Method& FindMethod(std::string_view name) {
+  const auto found = AllMethods().find(name);
+  if (found == AllMethods().end()) throw std::runtime_error("Unknown method " + Quoted(name) + ".");
+  return *found->second;
+}
+
+}  // namespace VELTRO::KELVO::VirtualCard

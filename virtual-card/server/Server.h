@@ -1,0 +1,57 @@
+// Takes connections and tells all of them what the card has to say.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "card/Card.h"
+#include "card/Notifier.h"
+#include "common/IPAddress.h"
+#include "common/Mutex.h"
+#include "server/Session.h"
+#include "server/Socket.h"
+
+namespace VELTRO::KELVO::VirtualCard {
+
+class Server : public Notifier {
+ public:
+  // Listens from here on. Throws as Listen does.
+  Server(const ClientLib::IPAddress& address, int port, const SessionSettings& settings);
+  ~Server() override { Stop(); }
+  Server(const Server&) = delete;
+  Server& operator=(const Server&) = delete;
+
+  // Serves the card, which outlives the server's Stop, in a thread of the server's own. Once.
+  void Start(Card& card);
+  // Ends every connection. The card must not be running a list any more, or a call may wait for its end.
+  void Stop();
+
+  // Where it listens.
+  std::string GetPlace() const { return PlaceOf(listener_); }
+
+  void Notify(std::span<const unsigned char> frame) override;
+
+ private:
+  void Work(Card& card);
+  // Waits until there is something to do; returns whether connections may be waiting.
+  bool WaitForWork(bool mayAccept);
+  // Returns whether there are descriptors left for more.
+  bool AcceptAll(Card& card);
+  void RemoveFinished();
+
+  const SessionSettings settings_;
+  const Descriptor listener_;
+  Wake wake_;
+  std::atomic<bool> stopping_{false};
+
+  // Sessions are added and removed by the server's thread only.
+  ClientLib::Mutex mutex_;
+  std::vector<std::unique_ptr<Session>> sessions_ KELVO_GUARDED_BY(mutex_);
+
+  std::thread thread_;
+};
+
+}  // namespace VELTRO::KELVO::VirtualCard

@@ -1,0 +1,106 @@
+#include "server/Socket.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+namespace VELTRO::KELVO::VirtualCard {
+
+using ClientLib::IPAddress;
+
+namespace {
+
+std::string Place(const IPAddress& address, int port) {
+  const bool is6 = address.GetFamily() == IPAddress::Family::IPv6;
+  return (is6 ? "[" + address.ToString() + "]" : address.ToString()) + ":" + std::to_string(port);
+}
+
+std::string Place(const sockaddr_storage& storage) {
+  // The port is at the same offset in both families.
+  const auto port = ntohs(reinterpret_cast<const sockaddr_in&>(storage).sin_port);
+  return Place(IPAddress::FromSockaddr(reinterpret_cast<const sockaddr&>(storage)), port);
+}
+
+void SetOption(int socket, int level, int option, int value) {
+  // None is vital: a system that lacks one still makes a working connection.
+  static_cast<void>(setsockopt(socket, level, option, &value, sizeof value));
+}
+
+bool IsExhaustion(int error) {
+  return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
+}
+
+}  // namespace
+
+Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
+  std::swap(number_, other.number_);
+  return *this;
+}
+
+void Descriptor::Close() {
+  if (IsOpen()) close(number_);
+  number_ = -1;
+}
+
+Wake::Wake() : event_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+  if (!event_.IsOpen()) throw std::system_error(errno, std::generic_category(), "eventfd");
+}
+
+void Wake::Signal() {
+  const std::uint64_t one = 1;
+  static_cast<void>(!write(event_.Get(), &one, sizeof one));  // fails only when it is signalled anyway
+}
+
+void Wake::Clear() {
+  std::uint64_t count = 0;
+  static_cast<void>(!read(event_.Get(), &count, sizeof count));
+}
+
+Descriptor Listen(const IPAddress& address, int port) {
+  sockaddr_storage storage{};
+  const socklen_t length = address.GetSockaddr(port, storage);
+  Descriptor listener(socket(storage.ss_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, IPPROTO_TCP));
+  // A port whose connections are still being wound down by the system can be used again.
+  if (listener.IsOpen()) SetOption(listener.Get(), SOL_SOCKET, SO_REUSEADDR, 1);
+  if (!listener.IsOpen() || bind(listener.Get(), reinterpret_cast<const sockaddr*>(&storage), length) != 0 ||
+      listen(listener.Get(), SOMAXCONN) != 0) {
+    throw std::runtime_error("Cannot listen on " + Place(address, port) + ": " + std::strerror(errno) + ".");
+  }
+  return listener;
+}
+
+std::string PlaceOf(const Descriptor& socket) {
+  sockaddr_storage storage{};
+  socklen_t length = sizeof storage;
+  getsockname(socket.Get(), reinterpret_cast<sockaddr*>(&storage), &length);
+  return Place(storage);
+}
+
+Descriptor Accept(const Descriptor& listener, std::string& peer, bool& exhausted) {
+  sockaddr_storage storage{};
+  for (;;) {
+    socklen_t length = sizeof storage;
+    Descriptor socket(accept4(listener.Get(), reinterpret_cast<sockaddr*>(&storage), &length, SOCK_CLOEXEC));
+    exhausted = !socket.IsOpen() && IsExhaustion(errno);
+    if (socket.IsOpen()) {
+      SetOption(socket.Get(), IPPROTO_TCP, TCP_NODELAY, 1);
+      SetOption(socket.Get(), SOL_SOCKET, SO_KEEPALIVE, 1);
+      peer = Place(storage);
+      return socket;
+    }
+    // A connection that was given up while it waited is no reason to look no further.
+    if (errno != EINTR && errno != ECONNABORTED) return socket;
+  }
+}
+
+}  // namespace VELTRO::KELVO::VirtualCard
