@@ -133,23 +133,42 @@ static bool TakeListDone(int32_t handle, ProgressBar* bar, int32_t timeoutMs) {
   return true;
 }
 
+/* Whether the card has gone idle after the job's list. */
+static bool TakeListIdle(int32_t handle, ProgressBar* bar) {
+  int32_t idleList = 0;
+  const int32_t result = vlListWaitForListIdle(handle, &idleList, 0);
+  return EventTaken(bar, "vlListWaitForListIdle", result) && idleList == kListId;
+}
+
 /* Waits for progress while there is some to come, then for the end of the list. Looks for the end before that
- * too: the list may be ended by somebody else. */
+ * too: the list may be aborted by somebody else, or run into an error; the card is idle then without the list
+ * being done. */
 static JobEnd FollowJob(int32_t handle, ProgressBar* bar) {
   const int64_t deadline = NowMs() + kJobTimeoutMs;
   while (NowMs() < deadline) {
     if (stopSignal != 0) return kJobStopped;
     const bool allShown = bar->shown >= 100;
     if (!allShown) TakeProgress(handle, bar, kWaitMs);
-    if (TakeListDone(handle, bar, allShown ? kWaitMs : 0)) {
+    const bool isIdle = TakeListIdle(handle, bar); /* comes after list done, so it is looked for before */
+    if (TakeListDone(handle, bar, allShown && !isIdle ? kWaitMs : 0)) {
       return bar->shown >= 100 ? kJobComplete : kJobEndedEarly;
     }
+    if (isIdle) return kJobEndedEarly;
   }
   return kJobTimedOut;
 }
 
+/* Shows what goes wrong on the card while the list runs. Called on the connection's receive thread. */
+static void ShowError(int32_t handle, int32_t code, const char* message, uint32_t length) {
+  (void)handle;
+  (void)code;
+  fprintf(stderr, "\nThe card reports:\n%.*s\n", (int)length, message);
+}
+
 static JobEnd RunJob(int32_t handle) {
   ProgressBar bar = NewProgressBar();
+  uint32_t callbackId = 0;
+  CALL(vlListRegisterErrorEventCallback, handle, ShowError, &callbackId);
   CatchStopSignals();
   CALL(vlListClearPendingEvents, handle); /* events of an earlier run are not ours */
   CALL(vlListExecute, handle, kListId);

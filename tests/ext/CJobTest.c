@@ -9,7 +9,6 @@
  *   kill        the card dies in the middle of a list
  *   idle        1000 idle connections at once
  * Exit status 0 if all is as it should be. */
-#define _GNU_SOURCE
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
