@@ -38,19 +38,19 @@ void ClientTransport::checkActive() const {
 }
 
 bool ClientTransport::Run() {
+  SetFinished(false);
   try {
     communication_.Connect();
     const MutexLock lock(threadMutex_);
     if (stopped_) throw std::runtime_error("ConnectionAborted");
     inbox_.Open();
     running_.store(true, std::memory_order_release);
-    SetFinished(false);
     thread_ = std::thread([this] { receiver(); });
     return true;
   } catch (const std::exception& error) {
     running_.store(false, std::memory_order_release);
-    SetFinished(true);
     communication_.Disconnect();
+    SetFinished(true);
     const auto& configuration = context_.GetConfig();
     // Deliberately nothing between the port and what follows it.
     logger_.Write(("Unable to connect to " + configuration.Address.ToString() + ":" +
@@ -73,7 +73,8 @@ void ClientTransport::StopRunning() {
   if (thread.joinable()) {
     thread.join();
   } else {
-    // Another thread is joining, or none was started: return, like that one, when nobody reads any more.
+    // Another thread is joining, or none was started, or it is being started: go on when nobody uses the
+    // socket any more.
     MutexLock lock(finishedMutex_);
     while (!finished_) finishedChanged_.Wait(lock);
   }

@@ -80,7 +80,7 @@ class ClientTransport {
 
   Mutex finishedMutex_;
   CondVar finishedChanged_;
-  bool finished_ KELVO_GUARDED_BY(finishedMutex_) = true;  // no receive thread runs, or it is just leaving
+  bool finished_ KELVO_GUARDED_BY(finishedMutex_) = true;  // nobody connects or receives, or is just leaving
 };
 
 }  // namespace VELTRO::KELVO::ClientLib
