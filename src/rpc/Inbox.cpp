@@ -109,17 +109,14 @@ void Inbox::Open() {
 }
 
 void Inbox::Close() {
-  std::vector<std::shared_ptr<Ticket::Signal>> signals;
-  {
-    const MutexLock lock(mutex_);
-    open_ = false;
-    for (Ticket* ticket : tickets_) {
-      ticket->state_ = Ticket::State::Aborted;
-      signals.push_back(ticket->signal_);
-    }
-    tickets_.clear();
+  const MutexLock lock(mutex_);
+  open_ = false;
+  for (Ticket* ticket : tickets_) {
+    ticket->state_ = Ticket::State::Aborted;
+    const auto signal = ticket->signal_;  // the ticket may be gone as soon as it is posted
+    signal->Post();
   }
-  for (const auto& signal : signals) signal->Post();
+  tickets_.clear();
 }
 
 void Inbox::Deliver(InputPacket packet) {
