@@ -1,7 +1,6 @@
 #include "capi/APIContext.h"
 
 #include <cstdlib>
-#include <limits>
 #include <stdexcept>
 #include <utility>
 
@@ -39,7 +38,7 @@ void APIContext::EndAtExit() {
 int APIContext::CreateNew() {
   const MutexLock lock(mutex_);
   for (int tries = 0; tries < MostCandidates; ++tries) {
-    lastHandle_ = lastHandle_ == std::numeric_limits<int>::max() ? 1 : lastHandle_ + 1;
+    lastHandle_ = lastHandle_ == mostHandle_ ? 1 : lastHandle_ + 1;
     if (contexts_.contains(lastHandle_)) continue;
     if (!contexts_.emplace(lastHandle_, std::make_shared<ConnectionContext>(lastHandle_)).second) {
       throw std::runtime_error("Handle already occupied.");

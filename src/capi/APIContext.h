@@ -1,7 +1,7 @@
 // The process-wide table of connection handles.
 #pragma once
 
-#include <cstdint>
+#include <limits>
 #include <memory>
 #include <unordered_map>
 
@@ -15,8 +15,9 @@ class APIContext {
   // The instance, created on first use. The end of the process ends its connections.
   static APIContext& getInstance();
 
-  // `lastHandle`: the handle issued last.
-  explicit APIContext(int lastHandle = 0) : lastHandle_(lastHandle) {}
+  // `lastHandle`: the handle issued last. `mostHandle`: the one after which they begin again with 1.
+  explicit APIContext(int lastHandle = 0, int mostHandle = std::numeric_limits<int>::max())
+      : mostHandle_(mostHandle), lastHandle_(lastHandle) {}
 
   // Makes a connection context and returns its handle, 1 or more. Throws std::runtime_error "Maximum number
   // of handles created. Disconnect has to be called to remove previous connections.".
@@ -35,6 +36,7 @@ class APIContext {
  private:
   static void EndAtExit();
 
+  const int mostHandle_;
   Mutex mutex_;
   std::unordered_map<int, std::shared_ptr<ConnectionContext>> contexts_ KELVO_GUARDED_BY(mutex_);
   int lastHandle_ KELVO_GUARDED_BY(mutex_);

@@ -22,6 +22,9 @@ class KelvoErrorHandler {
   std::string_view Get() const noexcept { return current_; }
 
  private:
+  // No error, and no memory either.
+  void Release() noexcept;
+
   std::string buffer_;
   std::string_view current_;
 };

@@ -52,10 +52,8 @@ int32_t vlListReleaseHandle(int64_t list) {
 }
 
 int32_t vlListDeleteHandle(int64_t list) {
-  return OnConnection(ListTable::ConnectionOf(list), [&](ConnectionContext& connection) {
-    connection.Lists.Get(list);  // deliberately unlike vlListReleaseHandle
-    connection.Lists.Release(list);
-  });
+  return OnConnection(ListTable::ConnectionOf(list),
+                      [&](ConnectionContext& connection) { connection.Lists.Delete(list); });
 }
 
 int32_t vlListClear(int64_t list) {

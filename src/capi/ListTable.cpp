@@ -44,4 +44,8 @@ bool ListTable::Release(std::int64_t list) {
   return true;
 }
 
+void ListTable::Delete(std::int64_t list) {
+  if (!Release(list)) ThrowMissing();
+}
+
 }  // namespace VELTRO::KELVO::ClientLib

@@ -43,6 +43,8 @@ class ListTable {
   std::shared_ptr<Entry> Get(std::int64_t list);
   // Removes the list; false when there is none.
   bool Release(std::int64_t list);
+  // The same, but throws std::runtime_error "List does not exist." when there is none.
+  void Delete(std::int64_t list);
 
  private:
   [[noreturn]] static void ThrowMissing();

@@ -5,7 +5,7 @@
 // declares a class `Polarity` with the constants Polarity::ActiveHigh, ..., a name per value, a value per
 // name and a checked conversion from an integer. The constants are written as in an `enum`; each one's
 // definition text is kept and its name cut out of it at first use. Several constants may share a value; its
-// name is then the first's.
+// name is then the first's. The tables are never destroyed: receive threads read them while the process ends.
 #pragma once
 
 #include <algorithm>
@@ -74,16 +74,16 @@ std::vector<std::string_view> CutNames(std::span<const char* const> definitions)
       return definitions;                                                                                  \
     }                                                                                                      \
     static std::span<const std::string_view> _names() {                                                    \
-      static const std::vector<std::string_view> names =                                                   \
-          ::VELTRO::KELVO::ClientLib::Reflection::CutNames(_definitions());                                \
+      static const auto& names = *new std::vector<std::string_view>(                                       \
+          ::VELTRO::KELVO::ClientLib::Reflection::CutNames(_definitions()));                               \
       return names;                                                                                        \
     }                                                                                                      \
     static std::span<const EnumName> _values() {                                                           \
-      static const auto values = [] {                                                                      \
+      static const auto& values = *[] {                                                                    \
         const ::VELTRO::KELVO::ClientLib::Reflection::SwallowAssignment<_enumerated> all[] = {             \
             KELVO_FOR_EACH(KELVO_ENUM_VALUE, __VA_ARGS__)};                                                \
-        std::vector<EnumName> result;                                                                      \
-        for (const auto& one : all) result.push_back(one.value);                                           \
+        auto* const result = new std::vector<EnumName>;                                                    \
+        for (const auto& one : all) result->push_back(one.value);                                          \
         return result;                                                                                     \
       }();                                                                                                 \
       return values;                                                                                       \

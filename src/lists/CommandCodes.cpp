@@ -20,9 +20,10 @@ void AddMnemonics(Map& map, auto add) {
   for (std::size_t i = 0; i < names.size(); ++i) add(map, names[i], values[i]._to_integral());
 }
 
+// Never destroyed, like the enumerations' own tables.
 template <class Map>
-Map MakeMap(auto add) {
-  Map map;
+const Map& MakeMap(auto add) {
+  auto& map = *new Map;
   AddMnemonics<Map, CommandCodeAcronym>(map, add);
   AddMnemonics<Map, CommandCodeAcronym2>(map, add);
   return map;
@@ -32,7 +33,7 @@ Map MakeMap(auto add) {
 
 std::optional<std::string_view> MnemonicOf(std::int32_t code) {
   using Map = std::unordered_map<std::int32_t, std::string_view>;
-  static const Map map = MakeMap<Map>(
+  static const Map& map = MakeMap<Map>(
       [](Map& all, std::string_view mnemonic, std::int32_t value) { all.emplace(value, mnemonic); });
   const auto found = map.find(code);
   return found == map.end() ? std::nullopt : std::optional(found->second);
@@ -40,7 +41,7 @@ std::optional<std::string_view> MnemonicOf(std::int32_t code) {
 
 std::optional<std::int32_t> CodeOf(std::string_view mnemonic) {
   using Map = std::unordered_map<std::string_view, std::int32_t>;
-  static const Map map =
+  static const Map& map =
       MakeMap<Map>([](Map& all, std::string_view name, std::int32_t value) { all.emplace(name, value); });
   const auto found = map.find(mnemonic);
   return found == map.end() ? std::nullopt : std::optional(found->second);

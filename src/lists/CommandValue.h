@@ -104,6 +104,7 @@ consteval std::uint8_t ScalarTypeByte() {
   } else if constexpr (std::is_same_v<T, std::uint8_t> || std::is_same_v<T, char>) {
     return CommandValueType::Byte;
   } else if constexpr (std::is_arithmetic_v<T>) {
+    static_assert(std::is_floating_point_v<T> ? sizeof(T) == 8 : sizeof(T) > 1, "no card knows such a value");
     return static_cast<std::uint8_t>(CommandValueFlags::ValueType | std::countr_zero(sizeof(T)) |
                                      (std::is_floating_point_v<T>
                                           ? CommandValueFlags::FloatingPoint

@@ -42,8 +42,16 @@ class Inbox::Ticket::Signal {
 };
 
 std::shared_ptr<Inbox::Ticket::Signal> Inbox::Ticket::SignalOfThisThread() {
-  thread_local const auto signal = std::make_shared<Signal>();
-  return signal;
+  // Destructors of an application's static and thread-local objects make calls, too, and may run when the
+  // thread's own is gone.
+  thread_local bool gone = false;
+  if (gone) return std::make_shared<Signal>();
+  struct Owner {
+    const std::shared_ptr<Signal> signal = std::make_shared<Signal>();
+    ~Owner() { gone = true; }
+  };
+  thread_local const Owner owner;
+  return owner.signal;
 }
 
 Inbox::Ticket::Ticket(Inbox& inbox, std::uint32_t requestId, bool takeKept)
@@ -101,17 +109,14 @@ void Inbox::Open() {
 }
 
 void Inbox::Close() {
-  std::vector<std::shared_ptr<Ticket::Signal>> signals;
-  {
-    const MutexLock lock(mutex_);
-    open_ = false;
-    for (Ticket* ticket : tickets_) {
-      ticket->state_ = Ticket::State::Aborted;
-      signals.push_back(ticket->signal_);
-    }
-    tickets_.clear();
+  const MutexLock lock(mutex_);
+  open_ = false;
+  for (Ticket* ticket : tickets_) {
+    ticket->state_ = Ticket::State::Aborted;
+    const auto signal = ticket->signal_;  // the ticket may be gone as soon as it is posted
+    signal->Post();
   }
-  for (const auto& signal : signals) signal->Post();
+  tickets_.clear();
 }
 
 void Inbox::Deliver(InputPacket packet) {
