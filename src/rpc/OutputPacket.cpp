@@ -63,6 +63,7 @@ OutputPacket OutputPacket::AllocateErrorNotification() {
 }
 
 void OutputPacket::write(const char* bytes, std::size_t count) {
+  if (count == 0) return;  // `bytes` may be null then, as in an empty list, and memcpy must not get that
   if (count > capacity_ - length_) {
     std::size_t capacity = capacity_ == 0 ? FirstCapacity : capacity_;
     while (capacity < length_ + count) capacity *= 2;
