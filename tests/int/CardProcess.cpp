@@ -1,6 +1,7 @@
 #include "int/CardProcess.h"
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -98,6 +99,12 @@ CardProcess::CardProcess(std::vector<std::string> arguments)
   }
   address_ = line.substr(head.size(), colon - head.size());
   port_ = std::stoi(line.substr(colon + 1));
+}
+
+CardProcess::~CardProcess() {
+  if (!IsRunning()) return;
+  Signal(SIGTERM);
+  EXPECT_EQ(WaitForExit(), 0) << ReadErrors();
 }
 
 }  // namespace VELTRO::KELVO::Test

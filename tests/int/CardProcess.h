@@ -19,6 +19,7 @@ class ChildProcess {
   // The next line of stdout, or "" when none comes in time or the output has ended.
   std::string ReadLine();
   void Signal(int signal);
+  bool IsRunning() const { return pid_ > 0; }
   // Waits for the end and returns the exit code; -1 when it does not come in time, or came by a signal.
   int WaitForExit();
   // All that it wrote to stderr.
@@ -30,10 +31,12 @@ class ChildProcess {
   int errors_ = -1;
 };
 
-// The virtual card on a free port.
+// The virtual card on a free port. At the end it is asked to end, and the test fails unless it does so in
+// order.
 class CardProcess : public ChildProcess {
  public:
   explicit CardProcess(std::vector<std::string> arguments = {});
+  ~CardProcess();
   const std::string& GetAddress() const { return address_; }
   int GetPort() const { return port_; }
 
