@@ -63,6 +63,7 @@ OutputPacket OutputPacket::AllocateErrorNotification() {
 }
 
 void OutputPacket::write(const char* bytes, std::size_t count) {
+  if (count == 0) return;  // nothing may well stand nowhere, which memcpy does not allow
   if (count > capacity_ - length_) {
     std::size_t capacity = capacity_ == 0 ? FirstCapacity : capacity_;
     while (capacity < length_ + count) capacity *= 2;
