@@ -40,6 +40,10 @@ std::size_t Command::GetValueCount() const {
 }
 
 unsigned char* Command::Extend(std::size_t count) {
+  // Received that way: there is no room for the count, nor anything that a value could stand behind.
+  if (!payload_.empty() && payload_.size() < HeaderBytes) {
+    throw std::runtime_error("Command payload is malformed.");
+  }
   const std::size_t begin = payload_.empty() ? HeaderBytes : payload_.size();
   const std::size_t end = begin + count;
   room_.Extend(end);

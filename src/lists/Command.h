@@ -67,7 +67,8 @@ class Command {
   std::size_t GetValueCount() const;
 
   // Appends one value. T is bool, a 16-, 32- or 64-bit integer, double, a point, or a span of const bytes,
-  // 16-bit unsigned integers, doubles or points. Throws as PayloadRoom does, and leaves the command as it
+  // 16-bit unsigned integers, doubles or points. Throws as PayloadRoom does, or std::runtime_error "Command
+  // payload is malformed." for one that was received without a whole header, and leaves the command as it
   // was.
   template <class T>
   void Add(const T& value);
