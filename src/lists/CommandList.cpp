@@ -1,5 +1,6 @@
 #include "lists/CommandList.h"
 
+#include <functional>
 #include <stdexcept>
 
 #include "lists/CommandCodes.h"
@@ -113,8 +114,15 @@ void CommandList::Clear() {
 }
 
 void CommandList::Append(const CommandView& command) {
+  // A command of this very list moves when the block grows for its copy.
+  const auto own = packed_.Bytes();
+  const std::less<const unsigned char*> before;
+  const unsigned char* payload = command.Payload.data();
+  const bool isOwn = !before(payload, own.data()) && before(payload, own.data() + own.size());
+  const auto place = isOwn ? payload - own.data() : 0;
   unsigned char* at = AppendEnvelope(command.Code, command.Payload.size());
-  if (!command.Payload.empty()) std::memcpy(at, command.Payload.data(), command.Payload.size());
+  if (isOwn) payload = packed_.Bytes().data() + place;
+  if (!command.Payload.empty()) std::memcpy(at, payload, command.Payload.size());
 }
 
 void CommandList::Append(const CommandList& other) {

@@ -31,7 +31,7 @@ class CommandList {
 
   // Empties commands and labels.
   void Clear();
-  // Appends one command as it stands.
+  // Appends one command as it stands; it may lie in this list.
   void Append(const CommandView& command);
   // Appends the commands of another list.
   void Append(const CommandList& other);
