@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <stdexcept>
 
 namespace VELTRO::KELVO::Test {
@@ -12,7 +13,7 @@ using namespace ClientLib;
 
 namespace {
 
-constexpr std::chrono::seconds Patience{20};
+constexpr int PatienceMs = 20000;
 
 RpcClientConfiguration MakeConfiguration(const CardProcess& card, const char* address,
                                          std::function<void(const RpcClientEvent&)> callback) {
@@ -44,6 +45,7 @@ CardClient::CardClient(const CardProcess& card, const char* address)
     : rpc_(MakeConfiguration(card, address, [this](const RpcClientEvent& event) { Keep(event); })),
       lists_(rpc_, listEvents_) {
   rpc_.Start();
+  rpc_.Call("SetClientLibVersion", std::string("1.0"));  // from here on the card knows of it
 }
 
 void CardClient::Keep(const RpcClientEvent& event) {
@@ -55,7 +57,7 @@ void CardClient::Keep(const RpcClientEvent& event) {
 std::vector<std::string> CardClient::EventsUpTo(const std::string& last) {
   std::unique_lock lock(mutex_);
   std::size_t seen = 0;  // that many are not it
-  const bool came = changed_.wait_for(lock, Patience, [&] {
+  const bool came = changed_.wait_for(lock, std::chrono::milliseconds(PatienceMs), [&] {
     while (seen < events_.size() && !events_[seen].starts_with(last)) ++seen;
     return seen < events_.size();
   });
@@ -85,18 +87,29 @@ RawConnection::~RawConnection() {
   close(socket_);
 }
 
-void RawConnection::Send(std::span<const unsigned char> bytes) {
+void RawConnection::Send(std::string_view bytes) {
   // What the card does not take any more is of no interest.
   static_cast<void>(!send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL));
 }
 
-bool RawConnection::IsEnded() {
-  for (char bytes[65536];;) {
+std::string RawConnection::Receive(std::size_t count) {
+  std::string bytes(count, '\0');
+  std::size_t there = 0;
+  while (there < count) {
     pollfd entry{socket_, POLLIN, 0};
-    const auto patience = std::chrono::duration_cast<std::chrono::milliseconds>(Patience);
-    if (poll(&entry, 1, static_cast<int>(patience.count())) != 1) return false;
-    if (recv(socket_, bytes, sizeof bytes, 0) <= 0) return true;
+    if (poll(&entry, 1, PatienceMs) != 1) break;
+    const ssize_t received = recv(socket_, bytes.data() + there, count - there, 0);
+    if (received <= 0) break;
+    there += static_cast<std::size_t>(received);
   }
+  bytes.resize(there);
+  return bytes;
+}
+
+bool RawConnection::IsEnded() {
+  while (!Receive(65536).empty()) continue;
+  char byte = 0;
+  return recv(socket_, &byte, 1, MSG_DONTWAIT) == 0 || errno != EAGAIN;
 }
 
 }  // namespace VELTRO::KELVO::Test

@@ -3,8 +3,8 @@
 
 #include <condition_variable>
 #include <mutex>
-#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "int/CardProcess.h"
@@ -55,7 +55,9 @@ class RawConnection {
   RawConnection(const RawConnection&) = delete;
   RawConnection& operator=(const RawConnection&) = delete;
 
-  void Send(std::span<const unsigned char> bytes);
+  void Send(std::string_view bytes);
+  // The next `count` bytes that the card sends, or fewer when it sends no more.
+  std::string Receive(std::size_t count);
   // Whether the card ends the connection within reasonable time; reads what it sends until then.
   bool IsEnded();
 

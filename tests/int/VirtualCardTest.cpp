@@ -17,13 +17,22 @@ namespace VELTRO::KELVO::Test {
 namespace {
 
 using namespace ClientLib;
-using Build = std::function<void(CommandList&)>;
 using Events = std::vector<std::string>;
 using Clock = std::chrono::steady_clock;
+using C = CommandCode;
+using F = CommandCode2;
 
-CommandList Make(const Build& build) {
+template <class... Values>
+CommandList One(std::int32_t code, const Values&... values) {
   CommandList list;
-  build(list);
+  list.Append(code, values...);
+  return list;
+}
+
+template <class... Parts>
+CommandList Join(const Parts&... parts) {
+  CommandList list;
+  (list.Append(parts), ...);
   return list;
 }
 
@@ -54,138 +63,65 @@ std::string ContentOf(const std::string& file) {
 
 // ---- Runs ----
 
-struct TimingCase {
+CommandList Loop(std::int32_t count, std::int32_t depth, const CommandList& body) {
+  return Join(One(F::LOOP_START, count, depth), body, One(F::LOOP_END, depth));
+}
+
+CommandList Sleep(double duration) {
+  return One(C::SLEEP, duration);
+}
+
+CommandList DeepLoop(std::int32_t depth) {
+  CommandList list;
+  for (std::int32_t i = 1; i <= depth; ++i) list.Append(F::LOOP_START, 1, i);
+  list.AppendSleep(1);
+  for (std::int32_t i = depth; i >= 1; --i) list.Append(F::LOOP_END, i);
+  return list;
+}
+
+const CommandList Mark = One(C::MARK_REL, Point2D{{1, 0}});  // 500 us with these parameters
+const CommandList Jump = One(C::JUMP_REL, Point2D{{1, 0}});  // 50 us and the jump delay
+const CommandList Parameters =
+    Join(One(C::JUMP_SPEED, 0.02), One(C::MARK_SPEED, 0.002), One(C::JUMP_DELAY, 100.0),
+         One(C::MARK_DELAY, 30.0), One(C::POLY_DELAY, 7.0));
+
+const struct TimingCase {
   const char* Name;
   double Microseconds;
   int MacroVectors;
   int MicroVectors;
-  Build Commands;
-};
-
-void SetDelays(CommandList& l) {
-  l.AppendJumpSpeed(0.02);
-  l.AppendMarkSpeed(0.002);
-  l.AppendJumpDelay(100);
-  l.AppendMarkDelay(30);
-  l.AppendPolyDelay(7);
-}
-
-const TimingCase TimingCases[] = {
-    {"empty list", 0, 0, 0, [](auto&) {}},
+  CommandList Commands;
+} TimingCases[] = {
+    {"empty list", 0, 0, 0, {}},
     {"default speeds: 5 / 0.01, then 5 / 0.001", 500 + 5000, 2, 550,
-     [](auto& l) {
-       l.AppendJumpAbs(Point2D{{3, 4}});
-       l.AppendMarkRel(Point2D{{0, 5}});
-     }},
-    {"a motion of 15 us takes two ticks", 15, 1, 2,
-     [](auto& l) {
-       l.AppendJumpAbs(Point2D{{0.15, 0}});
-     }},
-    {"rounding makes no further tick", 300, 1, 30,
-     [](auto& l) {
-       l.AppendMarkAbs(Point2D{{0.1 + 0.2, 0}});
-     }},
+     Join(One(C::JUMP_ABS, Point2D{{3, 4}}), One(C::MARK_REL, Point2D{{0, 5}}))},
+    {"a motion of 15 us takes two ticks", 15, 1, 2, One(C::JUMP_ABS, Point2D{{0.15, 0}})},
+    {"rounding makes no further tick", 300, 1, 30, One(C::MARK_ABS, Point2D{{0.1 + 0.2, 0}})},
     {"three dimensions; 2D commands keep z", 300 + 300 + 400, 3, 100,
-     [](auto& l) {
-       l.AppendJumpAbs(Point3D{{1, 2, 2}});
-       l.AppendJumpRel(Point3D{{0, 0, 3}});
-       l.AppendJumpAbs(Point2D{{1, 6}});
-     }},
-    {"jump delay also behind a jump to the same place", 500 + 100 + 100, 2, 50,
-     [](auto& l) {
-       SetDelays(l);
-       l.AppendJumpAbs(Point2D{{10, 0}});
-       l.AppendJumpAbs(Point2D{{10, 0}});
-     }},
+     Join(One(C::JUMP_3D_ABS, Point3D{{1, 2, 2}}), One(C::JUMP_3D_REL, Point3D{{0, 0, 3}}),
+          One(C::JUMP_ABS, Point2D{{1, 6}}))},
+    {"marks in three dimensions", 3000 + 1000, 2, 400,
+     Join(One(C::MARK_3D_REL, Point3D{{1, 2, 2}}), One(C::MARK_3D_ABS, Point3D{{1, 2, 1}}))},
+    {"jump delay also behind a jump to the same place", 50 + 100 + 100, 2, 5,
+     Join(Parameters, Jump, One(C::JUMP_REL, Point2D{}))},
     {"poly delays between marks, mark delay before the jump", 3 * 500 + 2 * 7 + 30 + 50 + 100, 4, 155,
-     [](auto& l) {
-       SetDelays(l);
-       for (int i = 0; i < 3; ++i) l.AppendMarkRel(Point2D{{1, 0}});
-       l.AppendJumpRel(Point2D{{1, 0}});
-     }},
+     Join(Parameters, Mark, Mark, Mark, Jump)},
     {"what does not move keeps marks together; the end of the list ends them", 2 * 500 + 7 + 30, 2, 100,
-     [](auto& l) {
-       SetDelays(l);
-       l.AppendMarkRel(Point2D{{1, 0}});
-       l.AppendProgress(1);
-       l.Append(CommandCode::NOOP);
-       l.AppendLoopStart(1);
-       l.AppendMarkRel(Point2D{{1, 0}});
-       l.AppendLoopEnd();
-     }},
-    {"a sleep ends marks", 500 + 30 + 1000 + 500 + 30, 2, 100,
-     [](auto& l) {
-       SetDelays(l);
-       l.AppendMarkRel(Point2D{{1, 0}});
-       l.AppendSleep(1000);
-       l.AppendMarkRel(Point2D{{1, 0}});
-     }},
-    {"a laser delay longer than the mark delay is waited for", 500 + 90, 1, 50,
-     [](auto& l) {
-       SetDelays(l);
-       l.AppendLaserOffDelay(90);
-       l.AppendMarkRel(Point2D{{1, 0}});
-     }},
+     Join(Parameters, Mark, One(C::PROGRESS_ID, 1), One(C::NOOP), Loop(1, 1, Mark))},
+    {"a sleep ends marks", 500 + 30 + 1000 + 500 + 30, 2, 100, Join(Parameters, Mark, Sleep(1000), Mark)},
+    {"a laser-off delay longer than the mark delay is waited for, a laser-on delay is not", 500 + 90, 1, 50,
+     Join(Parameters, One(C::LON_DELAY, 40.0), One(C::LOFF_DELAY, 90.0), Mark)},
     {"a laser that is on before the first mark takes time once", 40 + 500 + 7 + 500 + 30, 2, 100,
-     [](auto& l) {
-       SetDelays(l);
-       l.AppendLaserOnDelay(-40);
-       l.AppendMarkRel(Point2D{{1, 0}});
-       l.AppendMarkRel(Point2D{{1, 0}});
-     }},
-    {"a positive laser-on delay takes no time", 500 + 30, 1, 50,
-     [](auto& l) {
-       SetDelays(l);
-       l.AppendLaserOnDelay(40);
-       l.AppendMarkRel(Point2D{{1, 0}});
-     }},
+     Join(Parameters, One(C::LON_DELAY, -40.0), Mark, Mark)},
     {"laser switched on: its delays do not count", 500 + 30 + 50 + 100, 2, 55,
-     [](auto& l) {
-       SetDelays(l);
-       l.AppendLaserOnDelay(-40);
-       l.AppendLaserOffDelay(90);
-       l.AppendLaserOn();
-       l.AppendMarkRel(Point2D{{1, 0}});
-       l.AppendJumpRel(Point2D{{1, 0}});
-       l.AppendLaserOff();
-     }},
-    {"nested loops: 3 * (1 + 2 * 10)", 63, 0, 0,
-     [](auto& l) {
-       l.AppendLoopStart(3);
-       l.AppendSleep(1);
-       l.AppendLoopStart(2);
-       l.AppendSleep(10);
-       l.AppendLoopEnd();
-       l.AppendLoopEnd();
-     }},
+     Join(Parameters, One(C::LON_DELAY, -40.0), One(C::LOFF_DELAY, 90.0), One(C::LASER_ON), Mark, Jump,
+          One(C::LASER_OFF))},
+    {"nested loops", 3 * (1 + 2 * 10), 0, 0, Loop(3, 1, Join(Sleep(1), Loop(2, 2, Sleep(10))))},
     {"loops of no passes are skipped, with all that is in them", 5, 0, 0,
-     [](auto& l) {
-       for (const int count : {0, -1}) {
-         l.AppendLoopStart(count);
-         l.AppendLoopStart(2);
-         l.AppendSleep(1000);
-         l.AppendLoopEnd();
-         l.AppendLoopEnd();
-       }
-       l.AppendSleep(5);
-     }},
+     Join(Loop(0, 1, Loop(2, 2, Sleep(99))), Loop(-1, 1, Loop(2, 2, Sleep(99))), Sleep(5))},
     {"a break leaves the innermost loop only", 2 * (1 + 10), 0, 0,
-     [](auto& l) {
-       l.AppendLoopStart(2);
-       l.AppendSleep(1);
-       l.AppendLoopStart(1000000);
-       l.AppendSleep(10);
-       l.AppendLoopBreak();
-       l.AppendSleep(100);
-       l.AppendLoopEnd();
-       l.AppendLoopEnd();
-     }},
-    {"loops as deep as one likes", 1, 0, 0,
-     [](auto& l) {
-       for (int i = 0; i < 100000; ++i) l.AppendLoopStart(1);
-       l.AppendSleep(1);
-       for (int i = 0; i < 100000; ++i) l.AppendLoopEnd();
-     }},
+     Loop(2, 1, Join(Sleep(1), Loop(1000000, 2, Join(Sleep(10), One(F::LOOP_BREAK), Sleep(99)))))},
+    {"loops as deep as one likes", 1, 0, 0, DeepLoop(100000)},
 };
 
 TEST(VirtualCardRun, TakesTheTimeThatItsCommandsTake) {
@@ -194,8 +130,8 @@ TEST(VirtualCardRun, TakesTheTimeThatItsCommandsTake) {
   // The galvos stay where a run leaves them: each case begins with a return to the origin, in no time.
   for (const TimingCase& test : TimingCases) {
     SCOPED_TRACE(test.Name);
-    client.Execute(1, Make([](auto& l) { l.AppendJumpAbs(Point3D{}); }));
-    EXPECT_EQ(client.Execute(7, Make(test.Commands)).back(), "idle 7");
+    client.Execute(1, One(C::JUMP_3D_ABS, Point3D{}));
+    EXPECT_EQ(client.Execute(7, test.Commands).back(), "idle 7");
     const ListExecutionStats stats = client.Lists().GetLastExecutionStats();
     EXPECT_NEAR(stats.ExecutionTime, test.Microseconds, 1e-6);
     EXPECT_EQ(stats.MacroVectors, test.MacroVectors);
@@ -210,18 +146,12 @@ TEST(VirtualCardRun, TellsEveryClientInOrderAndKeepsThePosition) {
   const CardProcess card({"--speed", "max"});
   CardClient first(card);
   CardClient second(card);
-  const CommandList list = Make([](auto& l) {
-    l.AppendLoopStart(2);
-    l.AppendProgress(10);
-    l.AppendJumpRel(Point2D{{1, 0}});
-    l.AppendProgress(-2147483647);
-    l.AppendLoopEnd();
-  });
+  const CommandList list = Loop(2, 1, Join(One(C::PROGRESS_ID, 10), Jump, One(C::PROGRESS_ID, -2147483647)));
   const Events expected{
       "progress 10", "progress -2147483647", "progress 10", "progress -2147483647", "done 7", "idle 7"};
   EXPECT_EQ(first.Execute(7, list), expected);
   EXPECT_EQ(second.EventsUpTo("idle"), expected);
-  second.Execute(8, Make([](auto& l) { l.AppendJumpAbs(Point2D{}); }));
+  second.Execute(8, One(C::JUMP_ABS, Point2D{}));
   EXPECT_DOUBLE_EQ(first.Lists().GetLastExecutionStats().ExecutionTime, 200);
 }
 
@@ -229,12 +159,8 @@ TEST(VirtualCardRun, FollowsRealTimeAtTheGivenSpeed) {
   const CardProcess card({"--speed", "10"});
   CardClient client(card);
   const auto start = Clock::now();
-  client.Execute(7, Make([](auto& l) {
-                   l.AppendLoopStart(1000);
-                   l.AppendSleep(2000);
-                   l.AppendLoopEnd();
-                 }));
-  EXPECT_GE(SecondsSince(start), 0.199);
+  client.Execute(7, Loop(1000, 1, Sleep(2000)));
+  EXPECT_GE(SecondsSince(start), 0.2);
   EXPECT_LT(SecondsSince(start), 2);
 }
 
@@ -242,19 +168,13 @@ TEST(VirtualCardRun, IsAbortedAtOnceHoweverLongItWouldTake) {
   const CardProcess card;
   CardClient client(card);
   CardClient other(card);
-  const Build lists[] = {
-      [](CommandList& l) { l.AppendSleep(3.6e9); },
-      [](CommandList& l) {
-        l.AppendMarkAbs(Point2D{{1e300, 0}});
-      },
-      [](CommandList& l) {
-        l.AppendLoopStart(2147483647);
-        l.AppendLoopEnd();
-      },
+  const CommandList lists[] = {
+      Sleep(3.6e9),
+      One(C::MARK_ABS, Point2D{{1e300, 0}}),
+      Loop(2147483647, 1, {}),
   };
-  for (const Build& build : lists) {
-    CommandList list = Make([](auto& l) { l.AppendProgress(1); });
-    list.Append(Make(build));
+  for (const CommandList& endless : lists) {
+    CommandList list = Join(One(C::PROGRESS_ID, 1), endless);
     client.Lists().Set(7, list, false, -1);
     client.Lists().Execute(7);
     client.EventsUpTo("progress");
@@ -272,68 +192,46 @@ TEST(VirtualCardRun, IsAbortedAtOnceHoweverLongItWouldTake) {
   }
   EXPECT_LT(client.Lists().GetLastExecutionStats().ExecutionTime, 20e6);
   client.Lists().AbortExecution();  // nothing runs: nothing happens
-  EXPECT_EQ(client.Execute(8, Make([](auto& l) { l.AppendProgress(2); })).front(), "progress 2");
+  EXPECT_EQ(client.Execute(8, One(C::PROGRESS_ID, 2)).front(), "progress 2");
 }
 
 TEST(VirtualCardRun, EndsWithAnErrorThatNamesTheCommand) {
   const double nan = std::nan("");
+  const Point2D far{{1.7e308, 0}};
   const unsigned char shortPayload[] = {1, 0, 0, 9, 0x2B, 0, 0};
   const struct {
     const char* Error;
-    Build Commands;
+    CommandList Commands;
   } cases[] = {
-      {"command 1 (ARCA): not supported by the virtual card.",
-       [](auto& l) { l.Append(CommandCode::MARK_ARC_ABS, Point2D{}, 1.0); }},
-      {"command 1 (code 7654321): not supported by the virtual card.", [](auto& l) { l.Append(7654321); }},
-      {"command 1 (JS): The speed must be positive and finite.", [](auto& l) { l.AppendJumpSpeed(0); }},
-      {"command 1 (MS): The speed must be positive and finite.", [&](auto& l) { l.AppendMarkSpeed(nan); }},
-      {"command 1 (JD): The delay must be finite and not negative.", [](auto& l) { l.AppendJumpDelay(-1); }},
-      {"command 1 (LN): The delay must be finite.", [](auto& l) { l.AppendLaserOnDelay(INFINITY); }},
-      {"command 1 (SL): The duration must be finite and not negative.", [](auto& l) { l.AppendSleep(-1); }},
-      {"command 1 (MA): The target is not finite.",
-       [&](auto& l) {
-         l.AppendMarkAbs(Point2D{{nan, 0}});
-       }},
+      {"command 1 (ARCA): not supported by the virtual card.", One(C::MARK_ARC_ABS, Point2D{}, 1.0)},
+      {"command 1 (code 7654321): not supported by the virtual card.", One(7654321)},
+      {"command 1 (JS): The speed must be positive and finite.", One(C::JUMP_SPEED, 0.0)},
+      {"command 1 (MS): The speed must be positive and finite.", One(C::MARK_SPEED, nan)},
+      {"command 1 (JD): The delay must be finite and not negative.", One(C::JUMP_DELAY, -1.0)},
+      {"command 1 (LN): The delay must be finite.", One(C::LON_DELAY, double{INFINITY})},
+      {"command 1 (SL): The duration must be finite and not negative.", Sleep(-1)},
+      {"command 1 (MA): The target is not finite.", One(C::MARK_ABS, Point2D{{nan, 0}})},
       {"command 3 (JR): The target is not finite.",
-       [](auto& l) {
-         l.AppendJumpSpeed(1e10);
-         l.AppendJumpAbs(Point2D{{1.7e308, 0}});
-         l.AppendJumpRel(Point2D{{1.7e308, 0}});
-       }},
-      {"command 2 (SL): The run takes too long.",
-       [](auto& l) {
-         l.AppendSleep(1.7e308);
-         l.AppendSleep(1.7e308);
-       }},
-      {"command 1 (SL): Command payload is malformed.",
-       [&](auto& l) {
-         l.Append(CommandView{CommandCode::SLEEP, shortPayload});
-       }},
-      {"command 1 (SL): Command has no further value.", [](auto& l) { l.Append(CommandCode::SLEEP); }},
-      {"command 1 (SL): Command has too many values.",
-       [](auto& l) { l.Append(CommandCode::SLEEP, 1.0, 1.0); }},
-      {"command 1 (PI): Command value is of type Double, not Int32.",
-       [](auto& l) { l.Append(CommandCode::PROGRESS_ID, 1.0); }},
-      {"command 1 (LOB): No loop is open here.", [](auto& l) { l.Append(CommandCode2::LOOP_BREAK); }},
+       Join(One(C::JUMP_SPEED, 1e10), One(C::JUMP_ABS, far), One(C::JUMP_REL, far))},
+      {"command 2 (SL): The run takes too long.", Join(Sleep(1.7e308), Sleep(1.7e308))},
+      {"command 1 (SL): Command payload is malformed.", Join(CommandView{C::SLEEP, shortPayload})},
+      {"command 1 (SL): Command has no further value.", One(C::SLEEP)},
+      {"command 1 (SL): Command has too many values.", One(C::SLEEP, 1.0, 1.0)},
+      {"command 1 (PI): Command value is of type Double, not Int32.", One(C::PROGRESS_ID, 1.0)},
+      {"command 1 (LOB): No loop is open here.", One(F::LOOP_BREAK)},
       // Loops are looked at before anything runs.
-      {"command 1 (LOS): The loop has no end.", [](auto& l) { l.Append(CommandCode2::LOOP_START, 1, 1); }},
-      {"command 1 (LOE): No loop is open here.", [](auto& l) { l.Append(CommandCode2::LOOP_END, 1); }},
+      {"command 1 (LOS): The loop has no end.", One(F::LOOP_START, 1, 1)},
+      {"command 1 (LOE): No loop is open here.", One(F::LOOP_END, 1)},
       {"command 2 (LOE): It ends loop depth 2, but depth 1 is open here.",
-       [](auto& l) {
-         l.Append(CommandCode2::LOOP_START, 1, 1);
-         l.Append(CommandCode2::LOOP_END, 2);
-       }},
-      {"command 1 (LOS): Command has no further value.",
-       [](auto& l) { l.Append(CommandCode2::LOOP_START, 1); }},
+       Join(One(F::LOOP_START, 1, 1), One(F::LOOP_END, 2))},
+      {"command 1 (LOS): Command has no further value.", One(F::LOOP_START, 1)},
   };
   const CardProcess card({"--speed", "max"});
   CardClient client(card);
   for (const auto& test : cases) {
     SCOPED_TRACE(test.Error);
-    client.Execute(1, Make([](auto& l) { l.AppendJumpAbs(Point2D{}); }));
-    CommandList list = Make([](auto& l) { l.AppendProgress(5); });
-    list.Append(Make(test.Commands));
-    Events events = client.Execute(7, list);
+    client.Execute(1, One(C::JUMP_ABS, Point2D{}));
+    Events events = client.Execute(7, Join(One(C::PROGRESS_ID, 5), test.Commands));
     if (events.front() == "progress 5") events.erase(events.begin());
     EXPECT_EQ(events, (Events{"error List 7, " + std::string(test.Error), "idle 7"}));
   }
@@ -358,7 +256,7 @@ TEST(VirtualCardLists, ComeBackAsTheyWereSent) {
   EXPECT_EQ(back.GetListField(), 42);
   EXPECT_TRUE(back.ToString() == list.ToString());
 
-  CommandList tail = Make([](auto& l) { l.AppendProgress(-1); });
+  CommandList tail = One(C::PROGRESS_ID, -1);
   client.Lists().Set(7, tail, true, -1);
   client.Lists().Set(8, tail, true, -1);  // appending makes a list, too
   const CommandList longer = client.Lists().Get(7);
@@ -434,18 +332,46 @@ TEST(VirtualCardConnections, AreClosedWhenTheySendGarbageAndOthersLiveOn) {
   for (const auto& test : cases) {
     SCOPED_TRACE(test.Name);
     RawConnection bad(card);
-    bad.Send({reinterpret_cast<const unsigned char*>(test.Bytes.data()), test.Bytes.size()});
+    bad.Send(test.Bytes);
     EXPECT_TRUE(bad.IsEnded());
     EXPECT_EQ(other.Rpc().Call<std::string>("GetFirmwareProductVersion"), "Test 1.0");
   }
   EXPECT_EQ(other.Rpc().Call<std::string>("GetCardSerialNumber"), "777");
 }
 
+// Library and card share their packet classes: without these bytes, both could be wrong together.
+TEST(VirtualCardConnections, SpeakTheseBytes) {
+  const CardProcess card({"--speed", "max"});
+  RawConnection raw(card);
+  const struct {
+    std::string Request, Answer;
+  } cases[] = {
+      {Frame(0x94, 0, "\x05\xADGetListStatus\x91\x07"), Frame(0x94, 1, std::string("\x05\x00", 2))},
+      {Frame(0x94, 0,
+             "\xCC\x80\xA3"
+             "Fly\x90"),
+       Frame(0x94, '\x81', "\xCC\x80\x93\xB5Unknown method 'Fly'.\xC0\xC0")},
+      // List 7: PI 300.
+      {Frame(0x94, 0,
+             std::string("\x06\xA7SetList\x93\x07\x92\xFF\x92\x01\xC4\x09\x01\0\0\x05\x22\x2C\x01\0\0\xC2",
+                         27)),
+       Frame(0x94, 1, "\x06\xC0")},
+      {Frame(0x94, 0, "\x07\xB5IsExecutionInProgress\x90"), Frame(0x94, 1, "\x07\xC2")},
+  };
+  for (const auto& test : cases) {
+    raw.Send(test.Request);
+    EXPECT_EQ(raw.Receive(test.Answer.size()), test.Answer);
+  }
+  CardClient(card).Lists().Execute(7);
+  const std::string told = Frame(0x94, 2, "\x92\x11\xCD\x01\x2C") + Frame(0x94, 2, "\x92\x02\x07") +
+                           Frame(0x94, 2, "\x92\x01\x07");
+  EXPECT_EQ(raw.Receive(told.size()), told);
+}
+
 TEST(VirtualCardConnections, MayBeHundreds) {
   const CardProcess card({"--speed", "max"});
   std::vector<std::unique_ptr<CardClient>> clients;
   for (int i = 0; i < 300; ++i) clients.push_back(std::make_unique<CardClient>(card));
-  for (const auto& client : clients) client->Rpc().Call("SetClientLibVersion", std::string("1.0"));
   clients[0]->Execute(7, CommandList());
   for (std::size_t i = 1; i < clients.size(); ++i) {
     EXPECT_EQ(clients[i]->EventsUpTo("idle"), (Events{"done 7", "idle 7"}));
@@ -458,20 +384,23 @@ TEST(VirtualCardConnections, ThatDoNotReadHoldUpNobody) {
   CommandList large;
   for (int i = 0; i < 30000; ++i) large.AppendMarkAbs(Point2D{{1, 2}});
   client.Lists().Set(1, large, false, -1);
-  // Asks for much and reads nothing of it, so that its socket is full, and then gets notifications, too.
+  // Both ask for much more than their sockets hold and read nothing of it.
+  RawConnection late(card);
   RawConnection slow(card);
   for (unsigned id = 0; id < 60; ++id) {
     OutputPacket request = OutputPacket::AllocateRequest(id);
     msgpack::packer(request).pack("GetList").pack(std::array{1});
-    slow.Send(request.Close());
+    const auto frame = request.Close();
+    for (RawConnection* raw : {&late, &slow}) {
+      raw->Send({reinterpret_cast<const char*>(frame.data()), frame.size()});
+    }
   }
+  // One reads in the end, and gets everything.
+  constexpr std::size_t answerBytes = 6 + 1 + 3 + 1 + 30000 * 27;
+  EXPECT_EQ(late.Receive(60 * answerBytes).size(), 60 * answerBytes);
   const auto start = Clock::now();
-  const CommandList chatty = Make([](auto& l) {
-    l.AppendLoopStart(20000);
-    l.AppendProgress(1000000);
-    l.AppendLoopEnd();
-  });
-  // Until the slow one's socket has filled up, it is sent notifications like everybody.
+  const CommandList chatty = Loop(20000, 1, One(C::PROGRESS_ID, 1000000));
+  // Notifications now pile up behind the answers that the other one does not read.
   bool overflowed = false;
   while (!overflowed && SecondsSince(start) < 20) {
     EXPECT_EQ(client.Execute(7, chatty).size(), 20002U);
@@ -489,21 +418,12 @@ TEST(VirtualCardPicture, ShowsWhatTheLaserMarked) {
   const CardProcess card({"--speed", "max", "--svg", file, "--beam", "0.2"});
   EXPECT_NE(ContentOf(file).find("</svg>"), std::string::npos) << "there is a picture before the first run";
   CardClient client(card);
-  client.Execute(7, Make([](auto& l) {
-                   l.AppendJumpAbs(Point2D{{-10, 5}});
-                   l.AppendMarkAbs(Point2D{{30, 5}});
-                   l.AppendProgress(50);
-                   l.AppendMarkRel(Point2D{{0.1, 0.2}});
-                   l.AppendMarkRel(Point2D{{0.2, 0.1}});
-                   l.AppendJumpAbs(Point2D{{0, 0}});
-                   l.AppendLaserOn();
-                   l.AppendSleep(10);
-                   l.AppendLaserOff();
-                   l.AppendJumpAbs(Point2D{{10, 20}});
-                   l.AppendLaserOn();
-                   l.AppendJumpAbs(Point2D{{20, 20}});
-                   l.AppendMarkAbs(Point2D{{20, -2.5e-7}});
-                 }));
+  client.Execute(7, Join(One(C::JUMP_ABS, Point2D{{-10, 5}}), One(C::MARK_ABS, Point2D{{30, 5}}),
+                         One(C::PROGRESS_ID, 50), One(C::MARK_REL, Point2D{{0.1, 0.2}}),
+                         One(C::MARK_REL, Point2D{{0.2, 0.1}}), One(C::JUMP_ABS, Point2D{}), One(C::LASER_ON),
+                         Sleep(10), One(C::LASER_OFF), One(C::JUMP_ABS, Point2D{{10, 20}}), One(C::LASER_ON),
+                         One(C::JUMP_ABS, Point2D{{20, 20}}), One(C::MARK_ABS, Point2D{{20, -2.5e-7}}),
+                         One(C::LASER_OFF)));
   const std::string picture = ContentOf(file);
   for (const char* part : {
            // 40.3 x 20 and 5 % of the larger side all around; y points up, so the picture begins at its top.
@@ -517,9 +437,10 @@ TEST(VirtualCardPicture, ShowsWhatTheLaserMarked) {
        }) {
     EXPECT_NE(picture.find(part), std::string::npos) << part << " is not in\n" << picture;
   }
+  EXPECT_EQ(picture.find("<circle"), picture.rfind("<circle")) << "a laser that moved made no dot";
   EXPECT_EQ(directory.CountFiles(), 1U);
 
-  client.Execute(8, Make([](auto& l) { l.AppendMarkRel(Point2D{{1, 0}}); }));
+  client.Execute(8, One(C::MARK_REL, Point2D{{1, 0}}));
   EXPECT_EQ(ContentOf(file).find("30.1,5.2"), std::string::npos) << "a picture is of one run";
 }
 
@@ -528,11 +449,8 @@ TEST(VirtualCardPicture, EndsWhereAnAbortedRunEnded) {
   const std::string file = directory.File("run.svg");
   const CardProcess card({"--svg", file});
   CardClient client(card);
-  CommandList list = Make([](auto& l) {
-    l.AppendMarkAbs(Point2D{{1, 0}});
-    l.AppendProgress(1);
-    l.AppendMarkAbs(Point2D{{1e6, 0}});
-  });
+  CommandList list =
+      Join(One(C::MARK_ABS, Point2D{{1, 0}}), One(C::PROGRESS_ID, 1), One(C::MARK_ABS, Point2D{{1e6, 0}}));
   client.Lists().Set(7, list, false, -1);
   client.Lists().Execute(7);
   client.EventsUpTo("progress");
@@ -553,11 +471,7 @@ TEST(VirtualCardProgram, EndsInOrderOnASignal) {
     const TemporaryDirectory directory;
     CardProcess card({"--svg", directory.File("run.svg")});
     CardClient client(card);
-    CommandList list = Make([](auto& l) {
-      l.AppendMarkAbs(Point2D{{0.5, 0}});
-      l.AppendProgress(1);
-      l.AppendSleep(3.6e9);
-    });
+    CommandList list = Join(One(C::MARK_ABS, Point2D{{0.5, 0}}), One(C::PROGRESS_ID, 1), Sleep(3.6e9));
     client.Lists().Set(7, list, false, -1);
     client.Lists().Execute(7);
     client.EventsUpTo("progress");

@@ -81,13 +81,22 @@ bool Server::AcceptAll(Card& card) {
     Descriptor socket = Accept(listener_, peer, exhausted);
     if (!socket.IsOpen()) return !exhausted;
     try {
-      auto session = std::make_unique<Session>(std::move(socket), peer, card, wake_, settings_);
-      const MutexLock lock(mutex_);
-      sessions_.push_back(std::move(session));
+      Add(std::make_unique<Session>(std::move(socket), peer, card, wake_, settings_));
     } catch (const std::exception& error) {  // no thread or no memory for it
       LogLine(peer + " refused: " + error.what());
       return false;
     }
+  }
+}
+
+void Server::Add(std::unique_ptr<Session> session) {
+  const MutexLock lock(mutex_);
+  sessions_.push_back(std::move(session));
+  try {
+    sessions_.back()->Start();
+  } catch (...) {
+    sessions_.pop_back();
+    throw;
   }
 }
 

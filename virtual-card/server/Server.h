@@ -40,6 +40,7 @@ class Server : public Notifier {
   bool WaitForWork(bool mayAccept);
   // Returns whether there are descriptors left for more.
   bool AcceptAll(Card& card);
+  void Add(std::unique_ptr<Session> session);
   void RemoveFinished();
 
   const SessionSettings settings_;

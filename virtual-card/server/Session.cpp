@@ -42,12 +42,15 @@ Session::Session(Descriptor socket, std::string peer, Card& card, Wake& wake, co
       card_(card),
       wake_(wake),
       settings_(settings),
-      input_(FirstInputBytes),
-      thread_([this] { Work(); }) {}
+      input_(FirstInputBytes) {}
 
 Session::~Session() {
   Shutdown();
-  thread_.join();
+  if (thread_.joinable()) thread_.join();
+}
+
+void Session::Start() {
+  thread_ = std::thread([this] { Work(); });
 }
 
 void Session::Work() {

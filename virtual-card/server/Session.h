@@ -37,6 +37,9 @@ class Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
+  // Starts the thread: once, when notifications reach the session, or it would miss those of a run that its
+  // first request starts. Throws std::system_error.
+  void Start();
   // Sends the notification or queues it. A client that leaves too many of them unread is disconnected.
   void Notify(std::span<const unsigned char> frame);
   // Sends what waits, as far as the socket takes it.
