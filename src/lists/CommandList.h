@@ -129,6 +129,7 @@ void CommandList::Append(std::int32_t code, const Values&... values) {
 void CommandList::msgpack_pack(auto& packer) const {
   const std::size_t begin = PlaceOf(first_);
   const auto commands = packed_.Bytes().subspan(begin, PlaceOf(last_) - begin);
+  if (commands.size() > UINT32_MAX) throw msgpack::container_size_overflow("container size overflow");
   packer.pack_array(static_cast<std::uint32_t>(last_ - first_ + 1));
   packer.pack_int32(listField_);
   // They are MessagePack already: what pack_bin_body does is write bytes as they are.
