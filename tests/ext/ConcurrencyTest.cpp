@@ -95,29 +95,6 @@ TEST(Threads, DisconnectWhileEightCall) {
   }
 }
 
-TEST(Resources, AreAllGivenBack) {
-  FakeCard card([](Peer& peer) {
-    peer.Handshake();
-    peer.WaitForEnd();
-  });
-  const auto cycle = [&] {
-    Connection connection(card.Port());
-    ASSERT_GT(connection, 0) << LastError();
-    vlListAppendMarkAbs2D(vlListAllocate(connection), 1, 2);
-  };
-  for (int i = 0; i < 100; ++i) cycle();
-  // The card's own ends come and go a little later; the client's must be gone.
-  const std::size_t descriptors = OpenDescriptors();
-  const std::size_t threads = Threads();
-  const std::size_t memory = ResidentBytes();
-  for (int i = 0; i < 1000; ++i) cycle();
-  const auto more = [&] { return OpenDescriptors() > descriptors || Threads() > threads; };
-  for (int i = 0; i < 500 && more(); ++i) usleep(10000);
-  EXPECT_FALSE(more());
-  // A finished thread of the card stays until the card is destroyed; that much is not the client's.
-  EXPECT_TRUE(Sanitized || ResidentBytes() < memory + (16 << 20)) << ResidentBytes() - memory;
-}
-
 TEST(Resources, ElevenHundredDescriptorsAreNoneTooMany) {
   rlimit limit{};
   getrlimit(RLIMIT_NOFILE, &limit);
