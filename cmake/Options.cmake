@@ -12,4 +12,11 @@ target_compile_definitions(kelvo_options INTERFACE _GNU_SOURCE)
 if(KELVO_SANITIZE)
   add_compile_options(-fsanitize=${KELVO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
   add_link_options(-fsanitize=${KELVO_SANITIZE})
+  # clang puts the runtime into the program: one in C has to bring what the C++ in a shared library asks for.
+  add_link_options("$<$<LINK_LANG_AND_ID:C,Clang>:-fsanitize-link-c++-runtime;-lstdc++>")
+endif()
+
+# The library reports its coverage to the fuzzers; only they link the driver that listens to it.
+if(KELVO_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
