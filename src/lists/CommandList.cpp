@@ -95,6 +95,7 @@ CommandView CommandList::ReadAt(std::size_t& place) const {
 }
 
 std::size_t CommandList::PlaceOf(std::size_t i) const {
+  if (i > count_) throw std::out_of_range("Command index out of range.");
   if (i == count_) return packed_.Size();
   std::size_t place = places_[i / Stride];
   for (std::size_t steps = i % Stride; steps > 0; --steps) ReadAt(place);
@@ -102,8 +103,8 @@ std::size_t CommandList::PlaceOf(std::size_t i) const {
 }
 
 CommandView CommandList::At(std::size_t i) const {
-  if (i >= count_) throw std::out_of_range("Command index out of range.");
   std::size_t place = PlaceOf(i);
+  if (i == count_) throw std::out_of_range("Command index out of range.");
   return ReadAt(place);
 }
 

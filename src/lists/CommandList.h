@@ -73,7 +73,7 @@ class CommandList {
   // Open loops: 0 when every loop is closed.
   std::int32_t GetLoopDepth() const { return loopDepth_; }
 
-  // Commands [first, last) are what the list is packed as.
+  // Commands [first, last) are what the list is packed as, up to the number of commands.
   void SetRange(std::size_t first, std::size_t last);
   // The end of the longest run of commands from `first` on that fits one upload: each counts its payload and
   // 4 bytes, MaxPacketSize in all. Throws std::runtime_error when not even one does.

@@ -142,8 +142,8 @@ void AppendValues(std::string& text, std::span<const unsigned char> payload) {
     if (shown) {
       AppendValue(text, reader);
     } else {
-      text += "Unsupported value";
       reader.SkipNext();
+      text += "Unsupported value";
     }
   }
 }

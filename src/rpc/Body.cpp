@@ -11,21 +11,19 @@ namespace {
   throw std::runtime_error(std::string("Invalid packet! ") + reason);
 }
 
-// Every element, key and value takes at least one byte of the body. So the sum of all claimed counts cannot
-// exceed the body's length, and checking that as they come bounds what nested claims can make the parser do.
+// Looks at nothing but the nesting: what is cut short or claims more than it holds, the parser itself refuses.
 class Walk : public msgpack::null_visitor {
  public:
-  Walk(std::size_t bytes, std::uint32_t depth) : left_(bytes), depthLeft_(depth) {}
+  explicit Walk(std::uint32_t depth) : depthLeft_(depth) {}
 
-  bool start_array(std::uint32_t count) { return Enter(count); }
+  bool start_array(std::uint32_t) { return Enter(); }
   bool end_array() { return Leave(); }
-  bool start_map(std::uint32_t pairs) { return Enter(2 * static_cast<std::uint64_t>(pairs)); }
+  bool start_map(std::uint32_t) { return Enter(); }
   bool end_map() { return Leave(); }
 
  private:
-  bool Enter(std::uint64_t count) {
-    if (count > left_ || depthLeft_ == 0) return false;
-    left_ -= count;
+  bool Enter() {
+    if (depthLeft_ == 0) return false;
     --depthLeft_;
     return true;
   }
@@ -34,7 +32,6 @@ class Walk : public msgpack::null_visitor {
     return true;
   }
 
-  std::uint64_t left_;
   std::uint32_t depthLeft_;
 };
 
@@ -81,10 +78,10 @@ std::uint32_t TakeRequestId(std::span<const char> bytes, std::size_t& position) 
 
 std::size_t Check(std::span<const char> bytes, std::uint32_t depth) {
   if (bytes.empty()) Refuse("The body holds no object.");
-  Walk walk(bytes.size(), depth);
+  Walk walk(depth);
   std::size_t offset = 0;
   if (!msgpack::parse(bytes.data(), bytes.size(), offset, walk)) {
-    Refuse("The body is cut short, malformed, or claims more than it holds.");
+    Refuse("The body is cut short, malformed, too deeply nested, or claims more than it holds.");
   }
   return offset;
 }
