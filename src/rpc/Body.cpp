@@ -11,7 +11,8 @@ namespace {
   throw std::runtime_error(std::string("Invalid packet! ") + reason);
 }
 
-// Looks at nothing but the nesting: what is cut short or claims more than it holds, the parser itself refuses.
+// Looks at nothing but the nesting: what is cut short or claims more than it holds, the parser itself
+// refuses.
 class Walk : public msgpack::null_visitor {
  public:
   explicit Walk(std::uint32_t depth) : depthLeft_(depth) {}
