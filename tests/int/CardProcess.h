@@ -1,48 +1,76 @@
-// Programs of ours as child processes: the virtual card on a port of its own.
+// The virtual card as a child process, on a port of its own.
 #pragma once
 
-#include <sys/types.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
 #include <string>
 #include <vector>
 
 namespace VELTRO::KELVO::Test {
 
-// A running program whose output is read through a pipe. It is ended with the object.
-class ChildProcess {
+// It ends with the object, and the test fails unless it ends in order then. It never outlives the test.
+class CardProcess {
  public:
-  ChildProcess(const char* program, std::vector<std::string> arguments);
-  ~ChildProcess();
-  ChildProcess(const ChildProcess&) = delete;
-  ChildProcess& operator=(const ChildProcess&) = delete;
+  // Takes a free port when the arguments name none.
+  explicit CardProcess(std::vector<std::string> arguments = {}) {
+    if (std::ranges::find(arguments, "--port") == arguments.end()) {
+      arguments.insert(arguments.end(), {"--port", "0"});
+    }
+    arguments.insert(arguments.begin(), VIRTUAL_CARD_PROGRAM);
+    std::vector<char*> argv;
+    for (std::string& argument : arguments) argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    int ends[2];
+    EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    pid_ = fork();
+    if (pid_ == 0) {
+      prctl(PR_SET_PDEATHSIG, SIGKILL);
+      alarm(200);  // seconds, so that a card that hangs fails its test
+      dup2(ends[1], STDOUT_FILENO);
+      dup2(ends[1], STDERR_FILENO);
+      execv(argv[0], argv.data());
+      _exit(127);
+    }
+    close(ends[1]);
+    output_ = fdopen(ends[0], "r");
+    firstLine_ = ReadLine();
+  }
+  ~CardProcess() {
+    if (pid_ > 0) {
+      EXPECT_EQ(End(SIGTERM), 0) << firstLine_;
+    }
+    fclose(output_);
+  }
+  CardProcess(const CardProcess&) = delete;
+  CardProcess& operator=(const CardProcess&) = delete;
 
-  // The next line of stdout, or "" when none comes in time or the output has ended.
-  std::string ReadLine();
-  void Signal(int signal);
-  bool IsRunning() const { return pid_ > 0; }
-  // Waits for the end and returns the exit code; -1 when it does not come in time, or came by a signal.
-  int WaitForExit();
-  // All that it wrote to stderr.
-  std::string ReadErrors() const;
+  const std::string& GetFirstLine() const { return firstLine_; }
+  int GetPort() const { return std::stoi(firstLine_.substr(firstLine_.rfind(':') + 1)); }
+  // Sends the signal, 0 for none, and waits. The exit code; -1 when it did not end by itself.
+  int End(int signal) {
+    int status = 0;
+    kill(pid_, signal);
+    waitpid(pid_, &status, 0);
+    pid_ = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  // The next line that it writes, to stdout or stderr; "" when it has ended.
+  std::string ReadLine() {
+    char line[1000] = "";
+    return fgets(line, sizeof line, output_) != nullptr ? line : "";
+  }
 
  private:
   pid_t pid_ = -1;
-  int output_ = -1;
-  int errors_ = -1;
-};
-
-// The virtual card on a free port. At the end it is asked to end, and the test fails unless it does so in
-// order.
-class CardProcess : public ChildProcess {
- public:
-  explicit CardProcess(std::vector<std::string> arguments = {});
-  ~CardProcess();
-  const std::string& GetAddress() const { return address_; }
-  int GetPort() const { return port_; }
-
- private:
-  std::string address_;
-  int port_ = 0;
+  std::FILE* output_ = nullptr;
+  std::string firstLine_;
 };
 
 }  // namespace VELTRO::KELVO::Test

@@ -39,7 +39,7 @@ std::string Response(std::uint32_t id, const Result& result) {
 std::string ErrorResponse(std::uint32_t id, const std::string& text);
 std::string Notification(std::int32_t kind, std::int32_t value);
 
-// One connection, seen from the card.
+// One connection, seen from the card; or from a client that cares for bytes only.
 class Peer {
  public:
   explicit Peer(int socket) : socket_(socket) {}
@@ -47,6 +47,8 @@ class Peer {
   Peer(const Peer&) = delete;
   Peer& operator=(const Peer&) = delete;
 
+  // Waits until that many bytes have come and keeps them; false when the other side has gone before.
+  bool Fill(std::size_t count);
   // Waits for the next request; false when the client has gone.
   bool Next(Request& request);
   // False when the client has gone.
@@ -61,8 +63,6 @@ class Peer {
   void ShutDown();
 
  private:
-  bool Fill(std::size_t count);
-
   std::atomic<int> socket_;
   std::string received_;
 };
