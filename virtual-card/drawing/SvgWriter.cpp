@@ -4,10 +4,10 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -41,7 +41,7 @@ class Output {
     if (std::fclose(file_.release()) != 0) Fail();
   }
   [[noreturn]] void Fail() const {
-    throw std::runtime_error("Cannot write '" + name_ + "': " + std::strerror(errno) + ".");
+    throw std::runtime_error("Cannot write '" + name_ + "': " + std::generic_category().message(errno) + ".");
   }
 
  private:
@@ -69,7 +69,7 @@ void WriteStrokes(Output& out, const Drawing& drawing, Drawing::Kind kind) {
   for (const Drawing::Stroke& stroke : drawing.GetStrokes()) {
     if (stroke.StrokeKind != kind) continue;
     out << "<polyline points='";
-    std::string_view separator = "";
+    std::string_view separator;
     for (const Point2D& point : drawing.PointsOf(stroke)) {
       out << separator << point.X() << "," << point.Y();
       separator = " ";

@@ -9,7 +9,6 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -74,7 +73,8 @@ Descriptor Listen(const IPAddress& address, int port) {
   if (listener.IsOpen()) SetOption(listener.Get(), SOL_SOCKET, SO_REUSEADDR, 1);
   if (!listener.IsOpen() || bind(listener.Get(), reinterpret_cast<const sockaddr*>(&storage), length) != 0 ||
       listen(listener.Get(), SOMAXCONN) != 0) {
-    throw std::runtime_error("Cannot listen on " + Place(address, port) + ": " + std::strerror(errno) + ".");
+    throw std::runtime_error("Cannot listen on " + Place(address, port) + ": " +
+                             std::generic_category().message(errno) + ".");
   }
   return listener;
 }
