@@ -7,6 +7,9 @@ namespace VELTRO::KELVO::ClientLib::Body {
 
 namespace {
 
+constexpr const char* Malformed =
+    "The body is cut short, malformed, too deeply nested, or claims more than it holds.";
+
 [[noreturn]] void Refuse(const char* reason) {
   throw std::runtime_error(std::string("Invalid packet! ") + reason);
 }
@@ -65,6 +68,19 @@ bool Refer(msgpack::type::object_type, std::size_t, void*) {
   return true;
 }
 
+// A body this short is not walked first: whatever it claims within the limits below is a matter of kilobytes, and
+// most notifications are shorter than the walk is long.
+constexpr std::size_t SmallBytes = 64;
+
+msgpack::object UnpackSmall(std::span<const char> bytes, msgpack::zone& zone) {
+  const std::size_t most = bytes.size();  // a byte, at least, each
+  try {
+    return msgpack::unpack(zone, bytes.data(), most, &Refer, nullptr, {most, most, most, most, most, most});
+  } catch (const msgpack::unpack_error&) {
+    Refuse(Malformed);
+  }
+}
+
 }  // namespace
 
 std::uint32_t TakeRequestId(std::span<const char> bytes, std::size_t& position) {
@@ -82,7 +98,7 @@ std::size_t Check(std::span<const char> bytes, std::uint32_t depth) {
   Walk walk(depth);
   std::size_t offset = 0;
   if (!msgpack::parse(bytes.data(), bytes.size(), offset, walk)) {
-    Refuse("The body is cut short, malformed, too deeply nested, or claims more than it holds.");
+    Refuse(Malformed);
   }
   return offset;
 }
@@ -93,6 +109,7 @@ msgpack::object_handle Unpack(std::span<const char> bytes, std::size_t& used, st
 }
 
 msgpack::object Unpack(std::span<const char> bytes, msgpack::zone& zone, std::uint32_t depth) {
+  if (bytes.size() <= SmallBytes && depth >= SmallBytes) return UnpackSmall(bytes, zone);
   const std::size_t used = Check(bytes, depth);
   return msgpack::unpack(zone, bytes.data(), used, &Refer);
 }
