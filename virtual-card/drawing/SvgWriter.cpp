@@ -69,7 +69,7 @@ void WriteStrokes(Output& out, const Drawing& drawing, Drawing::Kind kind) {
   for (const Drawing::Stroke& stroke : drawing.GetStrokes()) {
     if (stroke.StrokeKind != kind) continue;
     out << "<polyline points='";
-    std::string_view separator;
+    const char* separator = "";
     for (const Point2D& point : drawing.PointsOf(stroke)) {
       out << separator << point.X() << "," << point.Y();
       separator = " ";
