@@ -9,15 +9,17 @@ KELVO_EXTERN_C_BEGIN
 /* The TCP port on which a card listens. */
 #define KELVO_DEFAULT_PORT 49374
 
-/* Connects to the card at `host` (an IPv4 or IPv6 address, or a name for the system's resolver, of whose
- * answers the first IPv4 or IPv6 one is taken) and TCP port `port` (1 to 65535), tells it the library's
- * version and reads its firmware version and serial number. A link-local IPv6 address carries its interface,
- * as in "fe80::1%eth0". Returns the new handle (1 or more), or -1: "Invalid IP address or unable to resolve
- * host name with DNS." "Error: Cannot open connection to ADDRESS/PORT."    refused, unreachable, or no answer
- * within 17000 ms "Port must be between 1 and 65535." "Maximum number of handles created. Disconnect has to
- * be called to remove previous connections." or what the first calls to the card can fail with (kelvo.h, 5).
- * A failed connect uses up a handle number; a name that cannot be resolved does not. Remote. Inside a
- * callback it makes a connection of its own and works. */
+/* Connects to the card at `host` (an IPv4 or IPv6 address, or a name for the system's resolver, of whose answers the
+ * first IPv4 or IPv6 one is taken) and TCP port `port` (1 to 65535), tells it the library's version and reads its
+ * firmware version and serial number. A link-local IPv6 address carries its interface, as in "fe80::1%eth0".
+ * Returns the new handle (1 or more), or -1:
+ *   - "Invalid IP address or unable to resolve host name with DNS."
+ *   - "Port must be between 1 and 65535."
+ *   - "Error: Cannot open connection to ADDRESS/PORT.": refused, unreachable, or no answer within 17000 ms
+ *   - "Maximum number of handles created. Disconnect has to be called to remove previous connections."
+ *   - what the first calls to the card can fail with (kelvo.h, 5)
+ * A failed connect uses up a handle number; a name that cannot be resolved does not. Remote. Works inside a callback,
+ * too: it makes a connection of its own. */
 KELVO_API int32_t vlConnect(const char* host, int32_t port);
 
 /* Ends the connection `handle`: running calls and waits on it return with "ConnectionAborted", its lists are

@@ -1,5 +1,5 @@
-/* Command lists: build them, upload them to the card, run them and follow their progress. Conventions:
- * kelvo.h.
+/* Command lists: build them, upload them to the card, run them and follow their progress.
+ * Conventions: kelvo.h.
  *
  * A list lives in the application's memory under a list handle (int64_t) and on the card under a list id
  * (int32_t) that the application chooses. Functions that build a list are local and take the list handle;
@@ -156,12 +156,12 @@ KELVO_API int32_t vlListGetLastExecutionStats(int32_t handle, vlListExecutionSta
 /* As `timeout_ms` of a wait: the connection's time-out. Any negative number means the same. */
 #define KELVO_CONNECTION_TIMEOUT (-1)
 
-/* Waits until a progress value is there, takes the oldest and writes it to `*value`. `timeout_ms` is in
- * milliseconds (0 only looks, negative: the connection's time-out). Returns 0   a value was taken 1   none
- * came in time, or the wait was interrupted; `*value` is untouched and there is no last error -1   failure: a
- * bad handle, "Connection not active!" or "ConnectionAborted" at once when the connection is down and no
- * value is left, "A callback must not wait for its own connection." Waits for the connection, never for an
- * answer. */
+/* Waits until a progress value is there, takes the oldest and writes it to `*value`. `timeout_ms` is in milliseconds
+ * (0 only looks, negative: the connection's time-out). Waits for the connection, never for an answer. Returns
+ *   -  0: a value was taken
+ *   -  1: none came in time, or the wait was interrupted; `*value` is untouched and there is no last error
+ *   - -1: a bad handle; "Connection not active!" or "ConnectionAborted", at once, when the connection is down and no
+ *         value is left; "A callback must not wait for its own connection." */
 KELVO_API int32_t vlListWaitForProgress(int32_t handle, int32_t* value, int32_t timeout_ms);
 /* The same for the list done events: `*list_id` is the list that ended. */
 KELVO_API int32_t vlListWaitForListDone(int32_t handle, int32_t* list_id, int32_t timeout_ms);

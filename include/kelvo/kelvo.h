@@ -4,31 +4,32 @@
  *
  *  1. Result. A function returns 0 on success and -1 on failure. A function that returns a handle, a count or
  *     a length returns that instead of 0, and -1 on failure all the same. No function throws.
- *  2. Last error. A failure leaves its text as the calling thread's last error (vlGetLastError). Every
- * function but vlGetLastError and vlGetLastErrorLen clears it on entry, so it always belongs to the latest
- * call. An exception that is no standard exception is recorded as "Unexpected error!".
+ *  2. Last error. A failure leaves its text as the calling thread's last error (vlGetLastError). Every function
+ *     but vlGetLastError and vlGetLastErrorLen clears it on entry, so it always belongs to the latest call. An
+ *     exception that is no standard exception is recorded as "Unexpected error!".
  *  3. Connection handles are 1 or more and name one connection to one card. They rise and are not used again
  *     before the counter has come round. A negative one fails with "Illegal handle.", one that is not in use
  *     with "There is no connection corresponding to this handle.".
- *  4. List handles hold their connection's handle in the upper 32 bits and live until they are released or
- * the connection is disconnected. Functions that take one fail as in 3, or with "List does not exist.".
+ *  4. List handles hold their connection's handle in the upper 32 bits and live until they are released or the
+ *     connection is disconnected. Functions that take one fail as in 3, or with "List does not exist.".
  *  5. A function marked "Remote." talks to the card and waits for its answer, up to the connection's time-out
  *     (17000 ms unless vlSetTimeout changed it). It can fail with
- *       "Connection not active!"                             the connection is down, or was never up
- *       "ConnectionAborted"                                  it went down during the call, or vlDisconnect
- * ran "Response was not received in the given timespan."   the card did not answer in time "Socket error,
- * unable to send!"                      the request could not be sent in time or at all "std::bad_cast" the
- * answer is not of the promised kind a text between lines of dashes                       the card refused;
- * its own words stand inside "Invalid packet!" and a reason                       the answer's body is
- * malformed A function marked "Local." does none of that and never waits for the card.
+ *       - "Connection not active!": the connection is down, or was never up
+ *       - "ConnectionAborted": it went down during the call, or vlDisconnect ran
+ *       - "Response was not received in the given timespan.": the card did not answer in time
+ *       - "Socket error, unable to send!": the request could not be sent in time, or at all
+ *       - "std::bad_cast": the answer is not of the promised kind
+ *       - "Invalid packet!" and a reason: the answer is malformed
+ *       - a text between lines of dashes: the card refused; its own words stand inside
+ *     A function marked "Local." does none of that and never waits for the card.
  *  6. Threads. Any function may be called from any thread at any time, also on one connection at once. A call
  *     that races with vlDisconnect on its connection returns with its result or with one of the texts above.
  *  7. Callbacks run on the connection's own receive thread. Inside one, every local function works, and so do
- *     remote functions on *other* connections. A remote function or a wait on the same connection fails at
- * once with "A callback must not wait for its own connection.", and vlDisconnect of any connection with "A
- * callback must not disconnect.". A callback that blocks keeps its connection from receiving. An exception
- * that leaves a callback ends its connection. A callback that is running while it is unregistered, by another
- * thread, may still be finishing when the unregistering call returns.
+ *     remote functions on *other* connections. A remote function or a wait on the same connection fails at once
+ *     with "A callback must not wait for its own connection.", and vlDisconnect of any connection with
+ *     "A callback must not disconnect.". A callback that blocks keeps its connection from receiving. An
+ *     exception that leaves a callback ends its connection. A callback that is running while it is unregistered,
+ *     by another thread, may still be finishing when the unregistering call returns.
  *  8. Pointers. Texts are zero-terminated. A null pointer where one is not allowed fails with
  *     "A null pointer was passed for 'NAME'.". Outputs are written on success only.
  *  9. Units are the card's own: coordinates in field units, speeds in field units per microsecond, delays and

@@ -18,6 +18,8 @@ void Connect(int handle, const IPAddress& address, int port) {
   const auto connection = APIContext::getInstance().Share(handle);
   try {
     connection->Client.Connect(address, port, handle);
+    // Disconnected from elsewhere before it was connected: the handle names nothing any more.
+    if (!APIContext::getInstance().Find(handle)) throw std::runtime_error("ConnectionAborted");
   } catch (...) {
     APIContext::getInstance().Remove(handle);
     throw;

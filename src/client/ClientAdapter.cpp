@@ -58,9 +58,10 @@ void ClientAdapter::Close() {
   const auto client = GetClient();
   if (!client) return;
   client->Stop();
-  listEvents_.ConnectionLost();
   const MutexLock lock(mutex_);
-  if (client_ == client) client_.reset();
+  if (client_ != client) return;  // connected anew meanwhile
+  listEvents_.ConnectionLost();
+  client_.reset();
   firmwareVersion_.clear();
   serialNumber_.clear();
 }

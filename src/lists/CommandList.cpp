@@ -234,11 +234,19 @@ std::size_t CommandList::FindChunkEnd(std::size_t first) const {
 }
 
 std::string CommandList::ToString() const {
+  return TextOf(0, packed_.Size());
+}
+
+std::string CommandList::RangeToString() const {
+  return last_ == 0 ? ToString() : TextOf(PlaceOf(first_), PlaceOf(last_));
+}
+
+std::string CommandList::TextOf(std::size_t place, std::size_t end) const {
   std::string text = "[ ";
-  ForEach([&](const CommandView& command) {
-    if (text.size() > 2) text += ", ";
-    text += command.ToString();
-  });
+  for (const std::size_t begin = place; place < end;) {
+    if (place > begin) text += ", ";
+    text += ReadAt(place).ToString();
+  }
   return text + " ]";
 }
 

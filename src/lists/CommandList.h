@@ -80,6 +80,8 @@ class CommandList {
   std::size_t FindChunkEnd(std::size_t first) const;
 
   std::string ToString() const;
+  // The text of the commands that the list is packed as: of one piece of an upload, not of the whole for each piece.
+  std::string RangeToString() const;
 
   void msgpack_pack(auto& packer) const;
   void msgpack_unpack(const msgpack::object& object);
@@ -93,6 +95,7 @@ class CommandList {
   static std::size_t PutEnvelope(unsigned char* at, std::int32_t code, std::size_t payloadSize);
   unsigned char* AppendEnvelope(std::int32_t code, std::size_t payloadSize);
   std::size_t PlaceOf(std::size_t i) const;
+  std::string TextOf(std::size_t place, std::size_t end) const;
   // The command at `place` in the block; moves `place` behind it.
   CommandView ReadAt(std::size_t& place) const;
 
@@ -104,6 +107,11 @@ class CommandList {
   std::size_t first_ = 0;
   std::size_t last_ = 0;
 };
+
+// A list in the command log: what of it travels, or all of a list that was received.
+inline std::string LogText(const CommandList& list) {
+  return list.RangeToString();
+}
 
 template <class F>
 void CommandList::ForEach(F&& f) const {

@@ -115,9 +115,10 @@ bool ClientTransport::Abandon() {
 InputPacket ClientTransport::Exchange(std::uint32_t requestId, std::span<const unsigned char> frame,
                                       std::chrono::milliseconds timeout) {
   checkActive();
+  const Deadline deadline = DeadlineAfter(timeout);  // for sending and waiting together
   Inbox::Ticket ticket(inbox_, requestId, false);
-  communication_.Write(frame, timeout);
-  return ticket.Wait(DeadlineAfter(timeout));
+  communication_.Write(frame, deadline);
+  return ticket.Wait(deadline);
 }
 
 InputPacket ClientTransport::Read(std::uint32_t requestId, std::chrono::milliseconds timeout) {

@@ -100,19 +100,47 @@ void RemoteCommunication::Shutdown() {
   if (socket_ >= 0) shutdown(socket_, SHUT_RDWR);
 }
 
+// The turn to send, taken before `deadline` or not at all.
+class RemoteCommunication::SendTurn {
+ public:
+  SendTurn(RemoteCommunication& owner, Deadline deadline) : owner_(owner) {
+    MutexLock lock(owner_.sendMutex_);
+    while (owner_.sending_ && std::chrono::steady_clock::now() < deadline) {
+      owner_.sendEnded_.WaitUntil(lock, deadline);
+    }
+    taken_ = !owner_.sending_;
+    owner_.sending_ = true;
+  }
+  ~SendTurn() {
+    if (!taken_) return;
+    {
+      const MutexLock lock(owner_.sendMutex_);
+      owner_.sending_ = false;
+    }
+    owner_.sendEnded_.NotifyOne();
+  }
+  SendTurn(const SendTurn&) = delete;
+  SendTurn& operator=(const SendTurn&) = delete;
+
+  bool IsTaken() const { return taken_; }
+
+ private:
+  RemoteCommunication& owner_;
+  bool taken_ = false;
+};
+
 void RemoteCommunication::Disconnect() {
-  Shutdown();
-  const MutexLock sendLock(sendMutex_);
+  Shutdown();  // whoever sends stops, so the turn comes soon
+  const SendTurn turn(*this, Deadline::max());
   const MutexLock lock(lifeMutex_);
   if (socket_ >= 0) close(socket_);
   socket_ = -1;
 }
 
-void RemoteCommunication::Write(std::span<const unsigned char> frame, std::chrono::milliseconds timeout) {
-  const Deadline deadline = DeadlineAfter(timeout);
-  const MutexLock lock(sendMutex_);
+void RemoteCommunication::Write(std::span<const unsigned char> frame, Deadline deadline) {
+  const SendTurn turn(*this, deadline);
   const std::size_t whole = frame.size();
-  bool sound = IsConnected();
+  bool sound = turn.IsTaken() && IsConnected();
   while (sound && !frame.empty()) {
     const ssize_t sent = send(socket_, frame.data(), frame.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
     if (sent >= 0) {

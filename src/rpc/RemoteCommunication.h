@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdint>
 #include <span>
 
 #include "common/Deadline.h"
@@ -35,9 +34,9 @@ class RemoteCommunication {
   void Disconnect();
   bool IsConnected() const { return connected_.load(std::memory_order_acquire); }
 
-  // Sends a whole frame within `timeout`. Throws std::runtime_error "Socket error, unable to send!"; a frame
-  // of which a part is gone by then has broken the stream and ends the connection.
-  void Write(std::span<const unsigned char> frame, std::chrono::milliseconds timeout);
+  // Sends a whole frame before `deadline`. Throws std::runtime_error "Socket error, unable to send!"; a frame of
+  // which a part is gone by then has broken the stream and ends the connection.
+  void Write(std::span<const unsigned char> frame, Deadline deadline);
 
   // Reads the next whole frame and returns its size; it stands at Frame() until the next Read. As much as has
   // arrived is received at once, so most frames cost no system call. Returns 0 when the peer has closed and
@@ -61,10 +60,15 @@ class RemoteCommunication {
   ReceiveBuffer buffer_;
   std::size_t frameSize_ = 0;
 
-  Mutex sendMutex_;  // one frame at a time; held while a full socket is waited for
-  // Guards the life of the descriptor, and is never held while anything is waited for. The number itself
-  // changes under both mutexes, so either is enough to use it; the reading thread may use it until it
-  // disconnects.
+  // One frame at a time: who sends has the turn, also while it waits for room in the socket.
+  class SendTurn;
+  Mutex sendMutex_;
+  CondVar sendEnded_;
+  bool sending_ KELVO_GUARDED_BY(sendMutex_) = false;
+
+  // Guards the life of the descriptor, and is never held while anything is waited for. The number itself changes
+  // with the turn to send and under this mutex, so either is enough to use it; the reading thread may use it until
+  // it disconnects.
   Mutex lifeMutex_;
   bool shutDown_ KELVO_GUARDED_BY(lifeMutex_) = false;
   int socket_ = -1;

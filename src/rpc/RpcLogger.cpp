@@ -76,8 +76,9 @@ void RpcLogger::Enable(const std::string& path, bool timestampInName, bool repla
   }
   file_.reset(std::fopen(name.c_str(), replace ? "we" : "ae"));
   if (!file_) {
+    const int reason = errno;
     throw std::runtime_error("Unable to open log file '" + name +
-                             "': " + std::generic_category().message(errno));
+                             "': " + std::generic_category().message(reason));
   }
   valueLimit_ = valueLimit;
   enabled_ = true;
