@@ -12,6 +12,7 @@
  * Exit status 0 if all is as it should be. */
 #include <dirent.h>
 #include <signal.h>
+#include <stdatomic.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -84,12 +85,12 @@ static void ExitNow(int32_t handle, int32_t value) {
   exit(0); /* with a card that is alive, which ends when this process has */
 }
 
-static volatile sig_atomic_t isStuck = 0;
+static atomic_bool isStuck = false;
 
 static void NeverReturn(int32_t handle, int32_t value) {
   (void)handle;
   (void)value;
-  isStuck = 1;
+  isStuck = true;
   for (;;) pause();
 }
 

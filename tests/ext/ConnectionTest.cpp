@@ -152,12 +152,12 @@ TEST(Calls, EndAtOnceWhenTheConnectionIsEnded) {
       {"waiting for an answer", [](std::int32_t handle, std::int64_t) { return vlListExecute(handle, 1); }},
       {"sending to a card that does not read",
        [](std::int32_t handle, std::int64_t list) {
-         int result = 0;
+         std::atomic<int> result = 0;
          std::vector<std::thread> uploads;
          for (int i = 0; i < 8; ++i)
            uploads.emplace_back([&] { result = vlListSet(handle, 1, list, false, -1); });
          for (std::thread& upload : uploads) upload.join();
-         return result;
+         return result.load();
        }},
       {"waiting for an event",
        [&](std::int32_t handle, std::int64_t) {

@@ -1,45 +1,35 @@
-// Handles, the last error, and the frame of the exported functions.
+// What surrounds the calls: the table of handles, the last error, the command log.
 #include "capi/APIContext.h"
 
-#include <atomic>
-#include <cstdlib>
-#include <limits>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <locale>
+#include <optional>
+#include <thread>
 
 #include "Helpers.h"
 #include "capi/Frame.h"
-#include "kelvo/kelvo.h"
-#include "rpc/Inbox.h"
+#include "rpc/RpcLogger.h"
 
-namespace VELTRO::KELVO::ClientLib::Testing {
+namespace VELTRO::KELVO::Test {
 namespace {
 
-constexpr int MostHandle = std::numeric_limits<int>::max();
-
-std::string LastError() {
-  std::string text(static_cast<std::size_t>(vlGetLastErrorLen()), '?');
-  vlGetLastError(text.data(), static_cast<int32_t>(text.size()));
-  return text.c_str();
-}
-
 TEST(APIContext, HandlesRiseAndComeRound) {
-  const struct {
-    int Last;
-    std::vector<int> Handles;
-  } rows[] = {{0, {1, 2, 3, 4}}, {MostHandle - 2, {MostHandle - 1, MostHandle, 1, 2}}};
-  for (const auto& row : rows) {
-    APIContext table(row.Last);
-    for (const int handle : row.Handles) {
+  constexpr int most = INT32_MAX;
+  for (const auto& [last, handles] : {std::pair(0, std::vector{1, 2, 3}), {most - 2, {most - 1, most, 1}}}) {
+    APIContext table(last);
+    for (const int handle : handles) {
       EXPECT_EQ(table.CreateNew(), handle);
       table.Remove(handle);  // not handed out again for that
     }
   }
-}
-
-TEST(APIContext, LooksForAFreeHandleSoFarAndNoFurther) {
   constexpr int tried = 0x10001;
   APIContext table(0, tried + 1);
   for (int i = 0; i < tried + 1; ++i) table.CreateNew();
-  table.Remove(tried + 1);  // all that is free lies one too far,
+  table.Remove(tried + 1);  // all that is free lies one further than is looked,
   EXPECT_EQ(Failure([&] { table.CreateNew(); }),
             "Maximum number of handles created. Disconnect has to be called to remove previous connections.");
   EXPECT_EQ(table.CreateNew(), tried + 1);  // and is the next
@@ -47,156 +37,120 @@ TEST(APIContext, LooksForAFreeHandleSoFarAndNoFurther) {
   EXPECT_EQ(table.CreateNew(), tried);
 }
 
-TEST(APIContext, UnknownHandlesHaveTheirTexts) {
-  APIContext table;
-  const int handle = table.CreateNew();
-  const auto held = table.Share(handle);
-  EXPECT_EQ(&table.Get(handle), &held->Client);
-  table.Remove(handle);
-  for (const int unknown : {handle, 0, 2, MostHandle}) {
-    EXPECT_EQ(Failure([&] { table.Share(unknown); }), "There is no connection corresponding to this handle.");
-  }
-  for (const int negative : {-1, std::numeric_limits<int>::min()}) {
-    EXPECT_EQ(Failure([&] { table.Get(negative); }), "Illegal handle.");
-    EXPECT_EQ(table.Find(negative), nullptr);
-  }
-  EXPECT_FALSE(held->Client.IsConnected());  // lives on while it is held
-}
-
 TEST(Frame, TurnsWhateverIsThrownIntoAnError) {
-  const struct {
-    std::function<void()> Work;
-    const char* Text;
-  } rows[] = {
+  const std::pair<std::function<void()>, const char*> rows[] = {
       {[] {}, ""},
       {[] { throw std::runtime_error("some text"); }, "some text"},
       {[] { throw std::bad_alloc(); }, "std::bad_alloc"},
       {[] { throw 7; }, "Unexpected error!"},
-      {[] { throw "text"; }, "Unexpected error!"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [work, text] : rows) {
     Guarded([] { throw std::runtime_error("of an earlier call"); });
-    EXPECT_EQ(Guarded(row.Work), *row.Text == '\0' ? 0 : -1);
-    EXPECT_EQ(LastError(), row.Text);
+    EXPECT_EQ(Guarded(work), *text == '\0' ? 0 : -1);
+    std::thread([] { EXPECT_EQ(LastError(), ""); }).join();  // each has its own
+    EXPECT_EQ(LastError(), text);
     EXPECT_EQ(LastError(), "");  // read once
   }
-  EXPECT_EQ(Guarded([]() -> std::int64_t { throw 7; }), std::int64_t{-1});
   EXPECT_EQ(Guarded([]() -> std::uint32_t { throw 7; }), 0xFFFFFFFFU);
   EXPECT_EQ(Guarded([] { return std::int64_t{1} << 40; }), std::int64_t{1} << 40);
 }
 
 TEST(LastError, FitsOrIsReplaced) {
   const std::string text30(30, 'e');
-  const struct {
-    std::string Text;
-    int32_t Size;
-    const char* Got;  // null: nothing is written and the error is kept
-  } rows[] = {
-      {text30, 32, text30.c_str()},
-      {text30, 31, text30.c_str()},
-      {text30, 30, "Error buffer too small"},
-      {text30, 23, "Error buffer too small"},
-      {text30, 22, ""},
-      {text30, 1, ""},
-      {text30, 0, nullptr},
-      {text30, -1, nullptr},
-      {"short", 6, "short"},
-      {"short", 5, ""},
-      {std::string(22, 'e'), 22, ""},
-      {"", 1, ""},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.Text + " " + std::to_string(row.Size));
-    KelvoErrorHandler::getThreadLocalInstance().InsertError(row.Text.c_str());
-    EXPECT_EQ(vlGetLastErrorLen(), static_cast<int32_t>(row.Text.size()) + 2);
-    char buffer[40];
-    std::fill(std::begin(buffer), std::end(buffer), '#');
-    vlGetLastError(buffer, row.Size);
-    if (row.Got == nullptr) {
-      EXPECT_EQ(buffer[0], '#');
-      EXPECT_EQ(LastError(), row.Text);
-    } else {
-      EXPECT_STREQ(buffer, row.Got);
-      EXPECT_EQ(buffer[std::string(row.Got).size() + 1], '#');
-      EXPECT_EQ(vlGetLastErrorLen(), 2);
-    }
+  const auto small = "Error buffer too small";
+  // The text, the buffer's size, what it gets; nothing: nothing is written and the error is kept.
+  using Row = std::tuple<std::string, std::int32_t, std::optional<std::string>>;
+  for (const auto& [text, size, got] :
+       {Row{text30, 32, text30}, Row{text30, 31, text30}, Row{text30, 30, small}, Row{text30, 23, small},
+        Row{text30, 22, ""}, Row{text30, 1, ""}, Row{text30, 0, {}}, Row{text30, -1, {}},
+        Row{"short", 6, "short"}, Row{"short", 5, ""}, Row{"", 1, ""}, Row{std::string(22, 'e'), 22, ""}}) {
+    KelvoErrorHandler::getThreadLocalInstance().InsertError(text.c_str());
+    EXPECT_EQ(vlGetLastErrorLen(), static_cast<std::int32_t>(text.size()) + 2);
+    std::string buffer(40, '#');
+    vlGetLastError(buffer.data(), size);
+    EXPECT_EQ(buffer.substr(0, buffer.find('#')), got ? *got + '\0' : "") << text << " " << size;
+    EXPECT_EQ(LastError(), got ? "" : text);
   }
   vlGetLastError(nullptr, 10);
 }
 
-TEST(LastError, IsEachThreadsOwn) {
-  EXPECT_EQ(vlGetTimeout(-1, nullptr), -1);
-  std::thread([] {
-    EXPECT_EQ(LastError(), "");
-    EXPECT_EQ(vlDisconnect(MostHandle), -1);
-    EXPECT_EQ(LastError(), "There is no connection corresponding to this handle.");
-  }).join();
-  EXPECT_EQ(LastError(), "Illegal handle.");
-}
-
-TEST(LastError, AConnectionThatIsNoneIsDownWithoutOne) {
-  for (const int handle : {-5, MostHandle}) {
-    bool connected = true;
-    EXPECT_EQ(vlIsConnected(handle, &connected), 0);
-    EXPECT_FALSE(connected);
-    EXPECT_EQ(LastError(), "");
-  }
-}
-
-// A connection handle in the process's table that was never connected.
-class Unconnected : public ::testing::Test {
- protected:
-  ~Unconnected() override { APIContext::getInstance().Remove(handle_); }
-  const int handle_ = APIContext::getInstance().CreateNew();
-};
-
-TEST_F(Unconnected, ListHandlesHoldTheConnectionsAndCountFromOne) {
-  const std::int64_t first = vlListAllocate(handle_);
-  EXPECT_EQ(first, (std::int64_t{handle_} << 32) + 1);
-  EXPECT_EQ(vlListReleaseHandle(first), 0);
-  EXPECT_EQ(vlListReleaseHandle(first), 0);  // whether or not it exists, unlike this:
-  EXPECT_EQ(vlListDeleteHandle(first), -1);
-  EXPECT_EQ(LastError(), "List does not exist.");
-  EXPECT_EQ(vlListAllocate(handle_), first + 1);
-  EXPECT_EQ(vlListCommandCount((std::int64_t{-2} << 32) + 1), -1);
-  EXPECT_EQ(LastError(), "Illegal handle.");
-}
-
-TEST_F(Unconnected, AListMayGoWhileOthersAppend) {
-  for (int round = 0; round < 50; ++round) {
-    const std::int64_t list = vlListAllocate(handle_);
-    std::atomic<int> deleted = 0;
-    Together(4, [&](std::uint32_t thread) {
-      if (thread % 2 == 0) {
-        deleted += vlListDeleteHandle(list) == 0;
-        return;
-      }
-      while (vlListAppendLaserOn(list) == 0) continue;
-      EXPECT_EQ(LastError(), "List does not exist.");
-    });
-    EXPECT_EQ(deleted, 1);
-  }
-}
-
-// Uses what every thread has of its own, as the destructor of an application's static object may.
-void UseThreadsOwn() {
-  Guarded([] { throw std::runtime_error(std::string(200, 'e')); });
-  if (LastError().size() != 200) std::_Exit(2);
-  Inbox inbox;
-  const InputPacket request = Received(OutputPacket::AllocateRequest(1).Close());
-  Inbox::Ticket ticket(inbox, 1, false);
-  inbox.Deliver(Received(OutputPacket::AllocateResponse(request).Close()));
-  if (ticket.Wait(DeadlineAfter(std::chrono::milliseconds(1000))).GetRequestId() != 1U) std::_Exit(3);
-}
-
 TEST(EndOfProcessDeathTest, CallsStillWork) {
-  const auto end = [] {
-    UseThreadsOwn();
-    std::atexit(&UseThreadsOwn);  // after the thread's own objects are gone
-    std::exit(0);
+  // As the destructor of an application's static object may call: the thread's own objects are gone then.
+  const auto fail = [] {
+    Guarded([] { throw std::runtime_error(std::string(200, 'e')); });
+    if (LastError().size() != 200) std::_Exit(2);
   };
-  EXPECT_EXIT(end(), ::testing::ExitedWithCode(0), "");
+  EXPECT_EXIT((fail(), std::atexit(fail), std::exit(0)), testing::ExitedWithCode(0), "");
+}
+
+const std::string Path = testing::TempDir() + "kelvo-log-" + std::to_string(getpid());
+
+// The lines of the log, from column `from` on: behind their prefixes; a "|" behind each.
+std::string Lines(std::size_t from = 31) {
+  std::ifstream file(Path);
+  std::string lines;
+  for (std::string line; std::getline(file, line);) lines += line.substr(from) + "|";
+  std::filesystem::remove(Path);
+  return lines;
+}
+
+TEST(Logger, WritesItsKindsOfLinesBehindTimeAndThread) {
+  RpcLogger logger;
+  logger.Write("no file is open");
+  logger.BeginLine("TX", "Method").Append(1).EndLine();
+  logger.Enable(Path, false, true, -1);
+  logger.Write("free");
+  logger.Write("RX", "ListDone 3", false);
+  logger.Write("RX", "Reset", true);
+  logger.BeginLine("TX", "Set").Append(std::int32_t{-7}).Append(true).Append(1.5).Append("a b").EndLine();
+  EXPECT_EQ(Failure([&] { logger.Enable(Path, false, true, -1); }), "RpcLogger is already enabled!");
+  logger.BeginLine("RX", "Set").Append(std::vector<std::int32_t>{1, 2}).EndLine();
+  logger.Disable();
+  logger.Enable(Path, false, false, -1);  // behind what is there
+  Together(8, [&](std::uint32_t) {
+    for (int i = 0; i < 200; ++i) logger.BeginLine("TX", "M").Append(12).Append(34).EndLine();
+  });
+  logger.Disable();
+  std::string expected =
+      "Logging enabled|free|RX: ListDone 3|RX: Reset()|TX: Set( -7 1 1.5 a b )|RX: Set( [ 1, 2 ] )|"
+      "Logging disabled|Logging enabled|";
+  for (int i = 0; i < 8 * 200; ++i) expected += "TX: M( 12 34 )|";
+  EXPECT_EQ(Lines(), expected + "Logging disabled|");
+  logger.Enable(Path, false, true, -1);
+  logger.Disable();
+  std::string lines = Lines(0);
+  std::replace_if(
+      lines.begin(), lines.begin() + 24, [](char c) { return c >= '0' && c <= '9'; }, '#');
+  const std::string id = std::to_string(gettid());
+  EXPECT_EQ(lines.substr(0, lines.find("enabled")),
+            "####-##-## ##:##:##.###\t" + std::string(6 - id.size(), ' ') + id + "\tLogging ");
+}
+
+TEST(Logger, ValuesAreCutAtTheLimit) {
+  RpcLogger logger;
+  for (const auto& [limit, value] : std::vector<std::pair<int, std::string>>{
+           {-1, "abcde"}, {5, "abcde"}, {6, "abcde"}, {4, "abcd...[truncated]"}, {0, "...[truncated]"}}) {
+    std::ofstream(Path) << "what was there is replaced\n";
+    logger.Enable(Path, false, true, limit);
+    logger.BeginLine("TX", "M").Append("abcde").EndLine();
+    logger.Write("free lines are never cut");
+    logger.Disable();
+    EXPECT_EQ(Lines(), "Logging enabled|TX: M( " + value + " )|free lines are never cut|Logging disabled|");
+  }
+}
+
+TEST(LogText, DoesNotDependOnTheLocale) {
+  struct Comma : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+  };
+  const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Comma));
+  msgpack::zone zone;
+  EXPECT_EQ(LogText(1234567.5) + LogText(1234567), "1234567.51234567");
+  EXPECT_EQ(LogText(msgpack::object(std::vector<double>{12345.5, 1}, zone)), "[12345.5,1]");
+  std::locale::global(before);
 }
 
 }  // namespace
-}  // namespace VELTRO::KELVO::ClientLib::Testing
+}  // namespace VELTRO::KELVO::Test

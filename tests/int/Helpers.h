@@ -3,41 +3,34 @@
 
 #include <gtest/gtest.h>
 
-#include <exception>
-#include <functional>
 #include <span>
+#include <sstream>
 #include <string>
-#include <string_view>
-#include <thread>
 #include <vector>
 
-#include "rpc/OutputPacket.h"
 #include "rpc/RpcCaller.h"
+#include "support/FakeCard.h"
+#include "support/Process.h"
 
-namespace VELTRO::KELVO::ClientLib::Testing {
+namespace VELTRO::KELVO::Test {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-inline constexpr bool Sanitized = true;
-#else
-inline constexpr bool Sanitized = false;
-#endif
+using namespace ClientLib;
 
 // Bytes as "94 0A FF".
-inline std::string Hex(std::span<const unsigned char> bytes) {
+std::string Hex(const auto& bytes) {
   std::string text;
-  for (const unsigned char byte : bytes) {
+  for (const auto byte : bytes) {
     constexpr const char* digits = "0123456789ABCDEF";
-    text.append(text.empty() ? "" : " ").append({digits[byte >> 4], digits[byte & 15]});
+    text.append(text.empty() ? "" : " ").append({digits[byte >> 4 & 15], digits[byte & 15]});
   }
   return text;
 }
 
 // The bytes of a text like "94 0A FF".
-inline std::string Bytes(std::string_view hex) {
+inline std::string Bytes(const std::string& hex) {
+  std::istringstream words(hex);
   std::string bytes;
-  for (std::size_t at = 0; at + 1 < hex.size(); at += 3) {
-    bytes += static_cast<char>(std::stoi(std::string(hex.substr(at, 2)), nullptr, 16));
-  }
+  for (unsigned byte = 0; words >> std::hex >> byte;) bytes += static_cast<char>(byte);
   return bytes;
 }
 
@@ -45,31 +38,24 @@ inline std::span<const unsigned char> Unsigned(const std::string& bytes) {
   return {reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()};
 }
 
-inline std::string Hex(const std::string& bytes) {
-  return Hex(Unsigned(bytes));
-}
-
-// The body of a finished packet.
-inline std::string BodyOf(OutputPacket& packet) {
-  const auto body = packet.Close().subspan(Packet::FullHeaderLen);
-  return {body.begin(), body.end()};
-}
-
-// A whole frame as it is received.
-inline InputPacket Received(std::span<const unsigned char> frame) {
-  return InputPacket::Allocate(frame.data(), 0, static_cast<int>(frame.size()));
-}
-inline InputPacket Received(PacketType type, const std::string& body) {
-  OutputPacket packet("\x94\0\0\0\0", 6, type, {});
-  packet.write(body.data(), body.size());
+inline std::string Whole(OutputPacket packet) {
   const auto frame = packet.Close();
-  std::string bytes(frame.begin(), frame.end());
-  bytes[1] = static_cast<char>(type);
-  return Received(Unsigned(bytes));
+  return {frame.begin(), frame.end()};
+}
+
+inline InputPacket Received(const std::string& frame) {
+  return InputPacket::Allocate(Unsigned(frame).data(), 0, static_cast<int>(frame.size()));
+}
+
+// The object that is the body of a notification.
+template <class T>
+T Unpacked(const std::string& body) {
+  InputPacket packet = Received(Frame(0x02, body));
+  return packet.Unpack().get().as<T>();
 }
 
 // What `f` fails with; "no failure" when it does not.
-inline std::string Failure(const std::function<void()>& f) {
+std::string Failure(auto&& f) {
   try {
     f();
   } catch (const std::exception& error) {
@@ -78,37 +64,19 @@ inline std::string Failure(const std::function<void()>& f) {
   return "no failure";
 }
 
-// Runs f(0) to f(count - 1) at once.
-inline void Together(std::uint32_t count, const std::function<void(std::uint32_t)>& f) {
-  std::vector<std::jthread> threads;
-  for (std::uint32_t i = 0; i < count; ++i) threads.emplace_back([&f, i] { f(i); });
-}
-
-// Takes calls in place of a connection: notes the method and the packed arguments, and fails or answers nil.
-class CallRecorder : public RpcCaller {
- public:
-  struct Noted {
-    std::string Method;
-    std::string Arguments;
-  };
-  std::vector<Noted> Calls;
-  std::function<void()> OnCall;
-
+// Takes calls in place of a connection: keeps the packed arguments, and answers nil.
+struct CallRecorder : RpcCaller {
+  std::vector<std::string> Calls;
   std::uint32_t GetTimeout() const override { return 50; }
   void CheckMayWait() const override {}
   void Log(const char*) override {}
-
- protected:
   void Perform(RemoteCall& call) override {
     OutputPacket packet = OutputPacket::AllocateNotification();
     call.PackArguments(packet);
-    Calls.push_back({std::string(call.GetMethod()), BodyOf(packet)});
-    if (OnCall) OnCall();
-    call.TakeResult(answer_, {});
+    Calls.push_back(Whole(std::move(packet)).substr(Packet::FullHeaderLen));
+    InputPacket nil;
+    call.TakeResult(nil, {});
   }
-
- private:
-  InputPacket answer_;
 };
 
-}  // namespace VELTRO::KELVO::ClientLib::Testing
+}  // namespace VELTRO::KELVO::Test

@@ -20,7 +20,6 @@ namespace {
 using namespace ClientLib;
 using Text = std::string;
 using Events = std::vector<Text>;
-using namespace Testing;
 
 // A list from mnemonics, each with its values: 1 is an integer, 1.0 a double, "1,0" and "1,0,0" are points.
 CommandList List(const Text& text) {

@@ -3,6 +3,8 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <string>
 
 #include "kelvo/kelvo.h"
@@ -22,6 +24,9 @@ std::size_t ResidentBytes();
 
 // The calling thread's last error, which it clears.
 std::string LastError();
+
+// Runs f(0) to f(count - 1) at once.
+void Together(std::uint32_t count, const std::function<void(std::uint32_t)>& f);
 
 // Milliseconds since it was made.
 class Stopwatch {
