@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "Helpers.h"
 #include "client/ClientAPI.h"
 #include "rpc/RpcClient.h"
 #include "support/FakeCard.h"
@@ -16,8 +17,6 @@
 
 namespace VELTRO::KELVO::Test {
 namespace {
-
-using namespace ClientLib;
 
 const IPAddress Loopback = IPAddress::Resolve("127.0.0.1");
 
@@ -27,16 +26,6 @@ RpcClientConfiguration Configuration(int port) {
   configuration.Port = port;
   configuration.ReceiveTimeout = std::chrono::milliseconds(5000);
   return configuration;
-}
-
-template <class Function>
-std::string TextOf(Function&& function) {
-  try {
-    function();
-  } catch (const std::exception& error) {
-    return error.what();
-  }
-  return "no exception";
 }
 
 // A listener whose backlog is full: a connect to it gets no answer at all.
@@ -69,7 +58,7 @@ TEST(Adapter, GivesUpConnectingAfterItsTimeout) {
   BlackHole hole;
   ClientAdapter adapter;
   const Stopwatch watch;
-  EXPECT_EQ(TextOf([&] { adapter.Connect(Loopback, hole.port, 200, 1); }),
+  EXPECT_EQ(Failure([&] { adapter.Connect(Loopback, hole.port, 200, 1); }),
             "Error: Cannot open connection to 127.0.0.1/" + std::to_string(hole.port) + ".");
   EXPECT_GE(watch.Milliseconds(), 199);
   EXPECT_LT(watch.Milliseconds(), 2000);
@@ -81,7 +70,7 @@ TEST(Adapter, DisconnectsAtOnceWhileConnecting) {
     ClientAdapter adapter;
     const Stopwatch watch;
     std::thread connecting(
-        [&] { EXPECT_NE(TextOf([&] { adapter.Connect(Loopback, hole.port, 10000, 1); }), "no exception"); });
+        [&] { EXPECT_NE(Failure([&] { adapter.Connect(Loopback, hole.port, 10000, 1); }), "no failure"); });
     usleep(static_cast<useconds_t>(delay) * 10000);
     // The first rounds may come before the connect has begun: asked again, it ends all the same.
     std::atomic<bool> ended{false};
@@ -103,12 +92,12 @@ TEST(Adapter, RefusesToConnectTwiceAndGoesOn) {
   ClientAPI client;
   client.Connect(Loopback, card.Port(), 7);
   EXPECT_EQ(client.GetConnectionId(), 7);
-  EXPECT_EQ(TextOf([&] { client.Connect(Loopback, card.Port(), 8); }),
+  EXPECT_EQ(Failure([&] { client.Connect(Loopback, card.Port(), 8); }),
             "Cannot connect to 127.0.0.1/" + std::to_string(card.Port()) + ": Already connected.");
   EXPECT_FALSE(client.Call<bool>("IsExecutionInProgress"));
   EXPECT_EQ(client.GetConnectionId(), 7);
   client.Disconnect();
-  EXPECT_EQ(TextOf([&] { client.Call("Anything"); }), "Connection not active!");
+  EXPECT_EQ(Failure([&] { client.Call("Anything"); }), "Connection not active!");
   client.Connect(Loopback, card.Port(), 9);
   EXPECT_FALSE(client.Call<bool>("IsExecutionInProgress")) << "a new connection of the same adapter";
 }
@@ -116,18 +105,18 @@ TEST(Adapter, RefusesToConnectTwiceAndGoesOn) {
 TEST(Client, SaysWhatIsWrong) {
   FakeCard card(FakeCard::Obliging());
   RpcClient client(Configuration(card.Port()));
-  EXPECT_EQ(TextOf([&] { client.Call("Anything"); }), "Connection not active!");
-  EXPECT_EQ(TextOf([&] { client.EnableLogging("/tmp/never", false, true, 0); }),
+  EXPECT_EQ(Failure([&] { client.Call("Anything"); }), "Connection not active!");
+  EXPECT_EQ(Failure([&] { client.EnableLogging("/tmp/never", false, true, 0); }),
             "Connection must be enabled to start logging!");
   client.Start();
-  EXPECT_EQ(TextOf([&] { client.Start(); }), "Client is already started!");
+  EXPECT_EQ(Failure([&] { client.Start(); }), "Client is already started!");
   RpcClient refused(Configuration(1));
-  EXPECT_EQ(TextOf([&] { refused.Start(); }), "Unable to connect to 127.0.0.1:1.");
+  EXPECT_EQ(Failure([&] { refused.Start(); }), "Unable to connect to 127.0.0.1:1.");
   RpcClientConfiguration nowhere;
   RpcClient lost(nowhere);
-  EXPECT_EQ(TextOf([&] { lost.Start(); }),
+  EXPECT_EQ(Failure([&] { lost.Start(); }),
             "\"GetSockaddr\" failed because there was no IPv4 or IPv6 address given.");
-  EXPECT_EQ(TextOf([] { ClientTransport transport(nullptr); }), "Instance must not be null!");
+  EXPECT_EQ(Failure([] { ClientTransport transport(nullptr); }), "Instance must not be null!");
 }
 
 TEST(Client, NumbersItsRequestsAlsoThoseThatFail) {
@@ -139,10 +128,10 @@ TEST(Client, NumbersItsRequestsAlsoThoseThatFail) {
     }
   });
   RpcClient client(Configuration(card.Port()));
-  EXPECT_NE(TextOf([&] { client.Call("Refused"); }), "no exception");
+  EXPECT_NE(Failure([&] { client.Call("Refused"); }), "no failure");
   client.Start();
   client.Call("A");
-  EXPECT_EQ(TextOf([&] { client.Call<int>("B"); }), "std::bad_cast");
+  EXPECT_EQ(Failure([&] { client.Call<int>("B"); }), "std::bad_cast");
   EXPECT_EQ(client.Call<std::string>("C"), "text");
   const auto raw = client.Call<msgpack::object>("D");
   EXPECT_EQ(raw.Object.get().as<std::string>(), "text");
@@ -220,13 +209,13 @@ TEST(Transport, KeepsALateAnswerForWhoeverAsks) {
     return transport.Exchange(id, {reinterpret_cast<const unsigned char*>(frame.data()), frame.size()},
                               std::chrono::milliseconds(timeout));
   };
-  EXPECT_EQ(TextOf([&] { exchange(5, 20); }), "Response was not received in the given timespan.");
+  EXPECT_EQ(Failure([&] { exchange(5, 20); }), "Response was not received in the given timespan.");
   EXPECT_EQ(exchange(6, 5000).Unpack().get().as<int>(), 42);
   EXPECT_EQ(transport.Read(5, std::chrono::milliseconds(0)).Unpack().get().as<int>(), 41);
-  EXPECT_EQ(TextOf([&] { transport.Read(5, std::chrono::milliseconds(0)); }),
+  EXPECT_EQ(Failure([&] { transport.Read(5, std::chrono::milliseconds(0)); }),
             "Response was not received in the given timespan.");
   transport.StopRunning();
-  EXPECT_EQ(TextOf([&] { transport.checkActive(); }), "ConnectionAborted");
+  EXPECT_EQ(Failure([&] { transport.checkActive(); }), "ConnectionAborted");
 }
 
 }  // namespace
