@@ -135,7 +135,7 @@ void CommandList::Append(const CommandList& other) {
   // Looked up only now: the other list may be this one, which has just moved.
   std::memcpy(at, other.packed_.Bytes().data(), bytes);
   while (place < packed_.Size()) {
-    if (count_ % Stride == 0) places_.push_back(place);
+    if (places_.size() * Stride == count_) places_.push_back(place);
     ReadAt(place);
     ++count_;
   }

@@ -80,8 +80,8 @@ class ClientTransport {
 
   Mutex finishedMutex_;
   CondVar finishedChanged_;
-  bool finished_ KELVO_GUARDED_BY(finishedMutex_) =
-      true;  // nobody connects, no receive thread runs, or it is just leaving
+  // Nobody connects, no receive thread runs, or it is just leaving.
+  bool finished_ KELVO_GUARDED_BY(finishedMutex_) = true;
 };
 
 }  // namespace VELTRO::KELVO::ClientLib
