@@ -85,6 +85,10 @@ class CommandList {
 
   void msgpack_pack(auto& packer) const;
   void msgpack_unpack(const msgpack::object& object);
+  // All commands and nothing else, as an array: a glyph of a font.
+  void PackCommands(auto& packer) const;
+  // Appends commands as they stand in such an array. Throws msgpack::type_error.
+  void UnpackCommands(std::span<const msgpack::object> commands);
 
  private:
   // Bytes of one packed command before its payload at most: array header, code, bin header.
@@ -96,6 +100,8 @@ class CommandList {
   unsigned char* AppendEnvelope(std::int32_t code, std::size_t payloadSize);
   std::size_t PlaceOf(std::size_t i) const;
   std::string TextOf(std::size_t place, std::size_t end) const;
+  // Commands that are already MessagePack, as they lie.
+  static void PackBytes(auto& packer, std::span<const unsigned char> commands);
   // The command at `place` in the block; moves `place` behind it.
   CommandView ReadAt(std::size_t& place) const;
 
@@ -134,15 +140,23 @@ void CommandList::Append(std::int32_t code, const Values&... values) {
   }
 }
 
-void CommandList::msgpack_pack(auto& packer) const {
-  const std::size_t begin = PlaceOf(first_);
-  const auto commands = packed_.Bytes().subspan(begin, PlaceOf(last_) - begin);
+void CommandList::PackBytes(auto& packer, std::span<const unsigned char> commands) {
   if (commands.size() > UINT32_MAX) throw msgpack::container_size_overflow("container size overflow");
-  packer.pack_array(static_cast<std::uint32_t>(last_ - first_ + 1));
-  packer.pack_int32(listField_);
-  // They are MessagePack already: what pack_bin_body does is write bytes as they are.
+  // What pack_bin_body does is write bytes as they are.
   packer.pack_bin_body(reinterpret_cast<const char*>(commands.data()),
                        static_cast<std::uint32_t>(commands.size()));
+}
+
+void CommandList::msgpack_pack(auto& packer) const {
+  const std::size_t begin = PlaceOf(first_);
+  packer.pack_array(static_cast<std::uint32_t>(last_ - first_ + 1));
+  packer.pack_int32(listField_);
+  PackBytes(packer, packed_.Bytes().subspan(begin, PlaceOf(last_) - begin));
+}
+
+void CommandList::PackCommands(auto& packer) const {
+  packer.pack_array(static_cast<std::uint32_t>(count_));
+  PackBytes(packer, packed_.Bytes());
 }
 
 }  // namespace VELTRO::KELVO::ClientLib
