@@ -56,14 +56,7 @@ void CommandList::msgpack_unpack(const msgpack::object& object) {
   const std::span elements(object.via.array.ptr, object.via.array.size);
   CommandList received;
   received.listField_ = elements[0].as<std::int32_t>();
-  for (const msgpack::object& pair : elements.subspan(1)) {
-    if (pair.type != msgpack::type::ARRAY || pair.via.array.size != 2) throw msgpack::type_error();
-    const msgpack::object& payload = pair.via.array.ptr[1];
-    if (payload.type != msgpack::type::BIN) throw msgpack::type_error();
-    received.Append(
-        CommandView{pair.via.array.ptr[0].as<std::int32_t>(),
-                    {reinterpret_cast<const unsigned char*>(payload.via.bin.ptr), payload.via.bin.size}});
-  }
+  received.UnpackCommands(elements.subspan(1));
   *this = std::move(received);
 }
 
