@@ -3,10 +3,23 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "lists/CommandCodes.h"
+#include "lists/CommandList.h"
+#include "lists/CommandTextReader.h"
 #include "lists/CommandValueReader.h"
+#include "lists/FixedTable.h"
 
 namespace VELTRO::KELVO::ClientLib {
+
+namespace {
+
+#define KELVO_ONE(name, acronym, type) +1
+#define KELVO_BY_ACRONYM(name, acronym, type) {NameKey(#acronym), CommandValueType::name},
+constexpr FixedTable<CommandValueType::_enumerated, 0 KELVO_VALUE_TYPES(KELVO_ONE)> TypesByAcronym(
+    {{KELVO_VALUE_TYPES(KELVO_BY_ACRONYM)}});
+#undef KELVO_ONE
+#undef KELVO_BY_ACRONYM
+
+}  // namespace
 
 void PayloadRoom::Extend(std::size_t end) {
   if (end <= allocated_) return;
@@ -58,9 +71,17 @@ void Command::Clear() {
 }
 
 bool Command::TryParseValueType(std::string_view text, CommandValueType& type) {
-  const auto acronym = CommandValueTypeAcronym::_from_string_nothrow(text);
-  if (acronym) type = CommandValueType::_from_integral(acronym->_to_integral());
-  return acronym.has_value();
+  const auto* found = TypesByAcronym.Find(NameKey(text));
+  if (found != nullptr) type = *found;
+  return found != nullptr;
+}
+
+Command Command::FromMatch(std::string_view commandText) {
+  return CommandTextReader::ReadCommand(commandText);
+}
+
+void Command::AppendCommandsFromString(std::string_view text, CommandList& list) {
+  list.Append(CommandList::FromString(text));
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -4,6 +4,8 @@
 #include <stdexcept>
 
 #include "lists/CommandCodes.h"
+#include "lists/CommandTextReader.h"
+#include "lists/CommandTextWriter.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -237,17 +239,27 @@ std::string CommandList::ToString() const {
   return TextOf(0, packed_.Size());
 }
 
+CommandList CommandList::FromString(std::string_view text) {
+  CommandList list;
+  CommandTextReader::ReadList(text, list);
+  return list;
+}
+
 std::string CommandList::RangeToString() const {
   return last_ == 0 ? ToString() : TextOf(PlaceOf(first_), PlaceOf(last_));
 }
 
 std::string CommandList::TextOf(std::size_t place, std::size_t end) const {
-  std::string text = "[ ";
+  std::string text;
+  CommandTextWriter writer(text, end - place);
+  writer.Put("[ ");
   for (const std::size_t begin = place; place < end;) {
-    if (place > begin) text += ", ";
-    text += ReadAt(place).ToString();
+    if (place > begin) writer.Put(", ");
+    writer.PutCommand(ReadAt(place));
   }
-  return text + " ]";
+  writer.Put(" ]");
+  writer.Flush();
+  return text;
 }
 
 void CommandList::msgpack_unpack(const msgpack::object& object) {

@@ -80,6 +80,8 @@ class CommandList {
   std::size_t FindChunkEnd(std::size_t first) const;
 
   std::string ToString() const;
+  // The list of a text (CommandTextReader.h).
+  static CommandList FromString(std::string_view text);
   // The text of the commands that the list is packed as: of one piece of an upload, not of the whole for each piece.
   std::string RangeToString() const;
 
