@@ -1,12 +1,11 @@
 #include "lists/Command.h"
 
-#include <algorithm>
 #include <stdexcept>
 
-#include "lists/CommandList.h"
 #include "lists/CommandTextReader.h"
 #include "lists/CommandValueReader.h"
 #include "lists/FixedTable.h"
+#include "lists/PackedCommands.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -21,14 +20,10 @@ constexpr FixedTable<CommandValueType::_enumerated, 0 KELVO_VALUE_TYPES(KELVO_ON
 
 }  // namespace
 
-void PayloadRoom::Extend(std::size_t end) {
-  if (end <= allocated_) return;
-  if (end + 4 > MaxPacketSize) {
-    // The blank before the full stop belongs to the text.
-    throw std::runtime_error("Command exceeds the maximum allowed command size of " +
-                             std::to_string(MaxPacketSize) + " . Please split into several commands.");
-  }
-  allocated_ = std::max(allocated_ + allocated_ / 2, end);
+void PayloadRoom::ThrowTooLarge() {
+  // The blank before the full stop belongs to the text.
+  throw std::runtime_error("Command exceeds the maximum allowed command size of " +
+                           std::to_string(MaxPacketSize) + " . Please split into several commands.");
 }
 
 Command::Command(std::int32_t code, unsigned long reserve) : code_(code) {
@@ -80,8 +75,10 @@ Command Command::FromMatch(std::string_view commandText) {
   return CommandTextReader::ReadCommand(commandText);
 }
 
-void Command::AppendCommandsFromString(std::string_view text, CommandList& list) {
-  list.Append(CommandList::FromString(text));
+void Command::AppendCommandsFromString(std::string_view text, PackedCommands& list) {
+  PackedCommands read;
+  CommandTextReader::ReadList(text, read);
+  list.Append(read);
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -4,6 +4,7 @@
 // (CommandValue.h). A command without values has no payload at all.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -15,7 +16,7 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-class CommandList;
+class PackedCommands;
 
 // The largest payload of one command, of one piece of a list upload and of one file write.
 inline constexpr std::size_t MaxPacketSize = 921600;
@@ -27,9 +28,15 @@ class PayloadRoom {
   explicit PayloadRoom(std::size_t allocated = 0) : allocated_(allocated) {}
   // Makes sure of room up to `end`. Throws std::runtime_error "Command exceeds the maximum allowed command
   // size of 921600 . Please split into several commands.".
-  void Extend(std::size_t end);
+  void Extend(std::size_t end) {
+    if (end <= allocated_) return;
+    if (end + 4 > MaxPacketSize) ThrowTooLarge();
+    allocated_ = std::max(allocated_ + allocated_ / 2, end);
+  }
 
  private:
+  [[noreturn]] static void ThrowTooLarge();
+
   std::size_t allocated_;
 };
 
@@ -82,7 +89,7 @@ class Command {
   static Command FromMatch(std::string_view commandText);
   static Command FromString(std::string_view commandText) { return FromMatch(commandText); }
   // Appends the commands of a list's text. A text that is refused leaves the list as it was.
-  static void AppendCommandsFromString(std::string_view text, CommandList& list);
+  static void AppendCommandsFromString(std::string_view text, PackedCommands& list);
 
   // The type of an acronym of the text form; false when there is none.
   static bool TryParseValueType(std::string_view text, CommandValueType& type);

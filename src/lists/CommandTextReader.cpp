@@ -9,15 +9,12 @@
 #include <vector>
 
 #include "lists/CommandCodes.h"
-#include "lists/CommandList.h"
+#include "lists/PackedCommands.h"
 #include "lists/ValueTypes.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
 namespace {
-
-// Of a text that is refused, an error shows so many characters.
-constexpr std::size_t MostShown = 40;
 
 // Why a value is refused.
 struct Refusal {
@@ -30,6 +27,13 @@ struct Refusal {
 
 [[noreturn]] void FailPoint() {
   throw std::runtime_error("Unable to parse Point.");
+}
+
+// What an error shows of a text that is refused.
+std::string Shown(std::string_view text) {
+  constexpr std::size_t Most = 40;
+  std::string shown(text.substr(0, Most));
+  return text.size() > Most ? shown.append("...") : shown;
 }
 
 // Whether a number other than 0 is below 1, however long its exponent is.
@@ -131,7 +135,7 @@ Command CommandTextReader::ReadCommand(std::string_view text) {
   return {command.Code, command.Payload};
 }
 
-void CommandTextReader::ReadList(std::string_view text, CommandList& list) {
+void CommandTextReader::ReadList(std::string_view text, PackedCommands& list) {
   TextCursor cursor(text);
   cursor.SkipBlanks();
   const bool enclosed = cursor.Take('[');
@@ -159,9 +163,7 @@ CommandView CommandTextReader::Read(const CommandMatch& match) {
     try {
       ReadValue(value);
     } catch (const Refusal& refusal) {
-      std::string text(value.Acronym);
-      Fail("value", text.append("[ ").append(value.Text.substr(0, MostShown + 1)).append(" ]"),
-           refusal.Reason);
+      Fail("value " + Shown(value.Acronym) + "[ " + Shown(value.Text) + " ]", refusal.Reason);
     }
   }
   if (!match.Version.empty()) ReadVersion(match.Version);
@@ -171,7 +173,7 @@ CommandView CommandTextReader::Read(const CommandMatch& match) {
 void CommandTextReader::ReadVersion(std::string_view digits) {
   unsigned char version = 0;
   if (std::from_chars(digits.data(), digits.data() + digits.size(), version).ec != std::errc()) {
-    Fail("version", digits, "more than 255");
+    Fail("version " + Shown(digits), "more than 255");
   }
   // A command without values has no payload to bear the usual version.
   if (values_.GetByteCount() > 0 || version != Command::PayloadVersion) values_.setVersion(version);
@@ -193,12 +195,9 @@ void CommandTextReader::ReadValue(const ValueMatch& value) {
   if (!known) throw Refusal{"of an unknown type"};
 }
 
-void CommandTextReader::Fail(std::string_view what, std::string_view text, std::string_view reason) const {
-  std::string message = "Unable to parse ";
-  message.append(what).append(" ").append(text.substr(0, MostShown));
-  if (text.size() > MostShown) message += "...";
-  if (index_) message.append(" of command ").append(std::to_string(*index_));
-  throw std::runtime_error(message.append(": ").append(reason));
+void CommandTextReader::Fail(std::string what, std::string_view reason) const {
+  if (index_) what.append(" of command ").append(std::to_string(*index_));
+  throw std::runtime_error("Unable to parse " + what.append(": ").append(reason));
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -18,7 +18,7 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-class CommandList;
+class PackedCommands;
 
 class CommandTextReader {
  public:
@@ -27,14 +27,14 @@ class CommandTextReader {
   static Command ReadCommand(std::string_view text);
   // Appends the commands of a list's text. Between them are blanks and commas, around them "[" and "]" or
   // nothing. An empty list has its brackets. When it throws, `list` is left with the commands read so far.
-  static void ReadList(std::string_view text, CommandList& list);
+  static void ReadList(std::string_view text, PackedCommands& list);
 
  private:
   // The command that matched, until the next one is read.
   CommandView Read(const CommandMatch& match);
   void ReadVersion(std::string_view digits);
   void ReadValue(const ValueMatch& value);
-  [[noreturn]] void Fail(std::string_view what, std::string_view text, std::string_view reason) const;
+  [[noreturn]] void Fail(std::string what, std::string_view reason) const;
 
   Command values_{0};  // a payload under construction; its memory serves all commands
   std::optional<std::size_t> index_;
