@@ -3,7 +3,9 @@
 
 #include <string>
 
+#include "card/CardInputs.h"
 #include "card/CardLists.h"
+#include "card/CardVariables.h"
 #include "card/Notifier.h"
 #include "execution/Executor.h"
 
@@ -16,8 +18,7 @@ struct CardIdentity {
 
 struct CardSettings {
   CardIdentity Identity;
-  double Speed = 1;
-  PlotterSettings Plotter;
+  ExecutorSettings Execution;
 };
 
 // Any thread may use any part at any time.
@@ -26,9 +27,15 @@ class Card {
   // Throws as Plotter does.
   Card(CardSettings settings, Notifier& clients);
 
+ private:
+  AbortSignal runSignal_;
+
+ public:
   const CardIdentity Identity;
-  Executor Execution;
+  CardInputs Inputs;
+  CardVariables Variables;
   CardLists Lists;
+  Executor Execution;  // the last, so that no run outlives what it acts upon
 };
 
 }  // namespace VELTRO::KELVO::VirtualCard
