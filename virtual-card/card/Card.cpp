@@ -9,6 +9,6 @@ Card::Card(CardSettings settings, Notifier& clients)
       Inputs(runSignal_),
       Variables(runSignal_),
       Lists(Execution),
-      Execution(std::move(settings.Execution), {clients, runSignal_, Inputs, Variables, Lists}) {}
+      Execution(std::move(settings.Execution), {clients, runSignal_, Inputs, Variables, Lists, Fonts}) {}
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "card/CardFonts.h"
 #include "card/CardInputs.h"
 #include "card/CardLists.h"
 #include "card/CardVariables.h"
@@ -34,6 +35,7 @@ class Card {
   const CardIdentity Identity;
   CardInputs Inputs;
   CardVariables Variables;
+  CardFonts Fonts;
   CardLists Lists;
   Executor Execution;  // the last, so that no run outlives what it acts upon
 };

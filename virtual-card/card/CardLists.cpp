@@ -58,7 +58,9 @@ void CardLists::Load(std::int32_t id) {
   const MutexLock lock(mutex_);
   CheckNotRunning(id);
   const auto found = stored_.find(id);
-  if (found == stored_.end()) throw std::runtime_error("No list " + std::to_string(id) + " is stored.");
+  if (found == stored_.end()) {
+    throw std::runtime_error("There is no stored list " + std::to_string(id) + " on the card.");
+  }
   Put(id, found->second);
 }
 

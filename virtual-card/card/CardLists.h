@@ -29,7 +29,8 @@ class CardLists : public ListSource {
   ClientLib::CommandList Get(std::int32_t id);
   // Stores the list as it is now. Throws as Get.
   void Store(std::int32_t id);
-  // Puts the list that was stored under its id. Throws as Set, or std::runtime_error "No list ID is stored.".
+  // Puts the stored list under its id. Throws as Set, or std::runtime_error "There is no stored list ID on the
+  // card.".
   void Load(std::int32_t id);
   // With `alsoStored` what is stored of it goes, too. Throws as Set and Get.
   void Delete(std::int32_t id, bool alsoStored);

@@ -1,4 +1,4 @@
-// The lists that a run is in, each called by the one before it.
+// The lists and glyphs that a run is in, each called by the one before it.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@
 
 namespace VELTRO::KELVO::VirtualCard {
 
-// A list that is being run, and how far it is. Flow commands set where it goes on.
+// A list or glyph that is being run, and how far it is. Flow commands set where it goes on.
 struct Frame {
   struct Loop {
     std::size_t Start;        // index of its loop start
@@ -29,6 +29,7 @@ struct Frame {
   std::size_t Next = 0;     // of the one after it
   std::vector<Loop> Loops;  // those that are running, the innermost last
   std::optional<Switch> Choice;
+  std::vector<std::shared_ptr<const Program>> Rest;  // what was called with it and comes next, the next last
 };
 
 class CallStack {
@@ -42,12 +43,12 @@ class CallStack {
   CallStack& operator=(const CallStack&) = delete;
 
   Frame& Top() { return frames_.back(); }
-  // Goes on at the program's first command; Leave comes back. Throws std::runtime_error "More than 64 calls
-  // are open.".
-  void Enter(std::shared_ptr<const Program> program);
+  // Goes on at the program's first command; Leave goes on in the `rest`, last to first, and then comes back.
+  // Throws std::runtime_error "More than 64 calls are open.".
+  void Enter(std::shared_ptr<const Program> program, std::vector<std::shared_ptr<const Program>> rest = {});
   // Goes on at the program's first command in place of the current one.
   void Replace(std::shared_ptr<const Program> program);
-  // Goes back to the caller; false when there is none.
+  // Ends the current program; false when there is nothing to go on with.
   bool Leave();
   // Takes up the next command of the current program; false at its end.
   bool Step() {

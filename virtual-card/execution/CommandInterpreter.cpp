@@ -16,7 +16,7 @@ const Table& AllCommands() {
   static const Table table = [] {
     Table all;
     for (const auto area : {MotionCommands(), ParameterCommands(), LaserCommands(), FlowCommands(),
-                            WaitCommands(), VariableCommands()}) {
+                            WaitCommands(), VariableCommands(), FontCommands()}) {
       for (const CommandRow& row : area) all.emplace(row.Code, row.Execute);
     }
     return all;

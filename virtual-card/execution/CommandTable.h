@@ -65,5 +65,6 @@ std::span<const CommandRow> LaserCommands();
 std::span<const CommandRow> FlowCommands();
 std::span<const CommandRow> WaitCommands();
 std::span<const CommandRow> VariableCommands();
+std::span<const CommandRow> FontCommands();
 
 }  // namespace VELTRO::KELVO::VirtualCard

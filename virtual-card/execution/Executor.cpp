@@ -126,8 +126,15 @@ Executor::Result Executor::Execute(Job job) {
     Programs programs(surroundings_.Lists);
     CallStack calls(carets_);
     calls.Enter(programs.PrepareList(job.ListId, std::move(job.List)));
-    Run run{clock,    motion, surroundings_.Clients, surroundings_.Inputs, surroundings_.Variables,
-            programs, calls,  standaloneList_};
+    Run run{clock,
+            motion,
+            surroundings_.Clients,
+            surroundings_.Inputs,
+            surroundings_.Variables,
+            surroundings_.Fonts,
+            programs,
+            calls,
+            standaloneList_};
     Interpret(run);
   } catch (const std::exception& thrown) {
     error = thrown.what();

@@ -6,6 +6,7 @@
 #include <string>
 #include <thread>
 
+#include "card/CardFonts.h"
 #include "card/CardInputs.h"
 #include "card/CardVariables.h"
 #include "card/Notifier.h"
@@ -32,6 +33,7 @@ struct RunSurroundings {
   CardInputs& Inputs;
   CardVariables& Variables;
   ListSource& Lists;
+  CardFonts& Fonts;
 };
 
 // Any thread may call anything at any time.

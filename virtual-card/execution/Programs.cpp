@@ -1,5 +1,7 @@
 #include "execution/Programs.h"
 
+#include <stdexcept>
+#include <string>
 #include <utility>
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -13,6 +15,22 @@ std::shared_ptr<const Program> Programs::FindList(std::int32_t id) {
 std::shared_ptr<const Program> Programs::PrepareList(std::int32_t id, ListSnapshot list) {
   auto program = std::make_shared<const Program>("List " + std::to_string(id), std::move(list.Commands), id);
   prepared_[id] = {list.Version, program};
+  return program;
+}
+
+std::shared_ptr<const Program> Programs::FindGlyph(const CardFonts::Snapshot& font, std::int32_t character) {
+  PreparedFont& prepared = fonts_[font->Id];
+  if (prepared.Font != font) prepared = {font, {}};
+  std::shared_ptr<const Program>& program = prepared.Glyphs[character];
+  if (program) return program;
+  const std::string fontName = "Font " + std::to_string(font->Id);
+  const auto code = static_cast<std::uint16_t>(character);
+  const auto glyph = code == character ? font->CharContainer.find(code) : font->CharContainer.end();
+  if (glyph == font->CharContainer.end()) {
+    throw std::runtime_error(fontName + " has no character " + std::to_string(character) + ".");
+  }
+  program =
+      std::make_shared<const Program>(fontName + ", character " + std::to_string(character), glyph->second);
   return program;
 }
 

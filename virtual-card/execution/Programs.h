@@ -1,10 +1,11 @@
-// What a run has prepared so far, so that a list that is called again and again is prepared once.
+// What a run has prepared so far: a list or glyph that it comes to again and again is prepared once.
 #pragma once
 
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
 
+#include "card/CardFonts.h"
 #include "execution/ListSource.h"
 #include "execution/Program.h"
 
@@ -18,6 +19,8 @@ class Programs {
   std::shared_ptr<const Program> FindList(std::int32_t id);
   // Takes over this state of it.
   std::shared_ptr<const Program> PrepareList(std::int32_t id, ListSnapshot list);
+  // Throws std::runtime_error "Font ID has no character CODE.", or as Program does.
+  std::shared_ptr<const Program> FindGlyph(const CardFonts::Snapshot& font, std::int32_t character);
 
  private:
   struct Prepared {
@@ -25,8 +28,14 @@ class Programs {
     std::shared_ptr<const Program> Commands;
   };
 
+  struct PreparedFont {
+    CardFonts::Snapshot Font;
+    std::unordered_map<std::int32_t, std::shared_ptr<const Program>> Glyphs;
+  };
+
   ListSource& lists_;
   std::unordered_map<std::int32_t, Prepared> prepared_;
+  std::unordered_map<std::int32_t, PreparedFont> fonts_;
 };
 
 }  // namespace VELTRO::KELVO::VirtualCard

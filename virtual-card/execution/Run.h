@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "card/CardFonts.h"
 #include "card/CardInputs.h"
 #include "card/CardVariables.h"
 #include "card/Notifier.h"
@@ -20,9 +21,12 @@ struct Run {
   Notifier& Clients;
   CardInputs& Inputs;
   CardVariables& Variables;
+  CardFonts& Fonts;
   Programs& Prepared;
   CallStack& Calls;
   std::optional<std::int32_t> StandaloneList;
+
+  std::optional<std::int32_t> Font = {};  // chosen by the run; else the card's active one
 };
 
 }  // namespace VELTRO::KELVO::VirtualCard
