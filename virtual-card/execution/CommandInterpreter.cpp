@@ -33,6 +33,8 @@ void Attribute(Run& run, F act) {
   try {
     act(program, index);
     run.Time.CheckLimit();
+  } catch (const CommandError&) {  // in the list that it calls
+    throw;
   } catch (const std::exception& error) {
     throw CommandError(program, index, error.what());
   }
