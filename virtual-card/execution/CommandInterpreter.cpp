@@ -14,7 +14,8 @@ using Table = std::unordered_map<std::int32_t, CommandRow::Function>;
 const Table& AllCommands() {
   static const Table table = [] {
     Table all;
-    for (const auto area : {MotionCommands(), ParameterCommands(), LaserCommands(), FlowCommands()}) {
+    for (const auto area : {MotionCommands(), ShapeCommands(), PixelCommands(), ParameterCommands(),
+                            LaserCommands(), FlowCommands()}) {
       for (const CommandRow& row : area) all.emplace(row.Code, row.Execute);
     }
     return all;
