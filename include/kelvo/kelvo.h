@@ -11,7 +11,8 @@
  *     before the counter has come round. A negative one fails with "Illegal handle.", one that is not in use
  *     with "There is no connection corresponding to this handle.".
  *  4. List handles hold their connection's handle in the upper 32 bits and live until they are released or the
- *     connection is disconnected. Functions that take one fail as in 3, or with "List does not exist.".
+ *     connection is disconnected. Functions that take one fail as in 3, or with "List does not exist.". Font
+ *     handles are alike: "Font does not exist.".
  *  5. A function marked "Remote." talks to the card and waits for its answer, up to the connection's time-out
  *     (17000 ms unless vlSetTimeout changed it). It can fail with
  *       - "Connection not active!": the connection is down, or was never up
@@ -42,6 +43,7 @@
 #define KELVO_H
 
 #include "kelvo/KelvoClientAPI.h"
+#include "kelvo/KelvoFontAPI.h"
 #include "kelvo/KelvoListAPI.h"
 
 #endif

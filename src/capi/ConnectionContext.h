@@ -3,19 +3,22 @@
 
 #include <cstdint>
 
-#include "capi/ListTable.h"
+#include "capi/HandleTable.h"
 #include "client/ClientAPI.h"
 #include "lists/ListAPI.h"
+#include "services/FontAPI.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
 struct ConnectionContext {
-  explicit ConnectionContext(std::int32_t handle) : Lists(handle) {}
+  explicit ConnectionContext(std::int32_t handle) : Lists(handle), Fonts(handle) {}
 
   ListAPI GetListAPI() { return {Client, Client.GetListEvents()}; }
+  FontAPI GetFontAPI() { return FontAPI(Client); }
 
   ClientAPI Client;
   ListTable Lists;
+  FontTable Fonts;
 };
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -50,6 +50,15 @@ auto OnList(std::int64_t list, Work&& work) noexcept {
   });
 }
 
+// The same for the font of a font handle.
+template <class Work>
+auto OnFont(std::int64_t font, Work&& work) noexcept {
+  return Guarded([&] {
+    const auto connection = APIContext::getInstance().Share(FontTable::ConnectionOf(font));
+    return connection->Fonts.Get(font)->Use(work);
+  });
+}
+
 // The argument `name`, which must not be null.
 template <class T>
 T* NotNull(T* pointer, const char* name) {

@@ -16,21 +16,24 @@ struct Function {
   std::function<std::int64_t(std::int32_t)> call;
 };
 
-template <class... Parameters, class... Arguments>
-auto With(std::int32_t (*function)(std::int32_t, Parameters...), Arguments... arguments) {
-  return [=](std::int32_t handle) -> std::int64_t { return function(handle, arguments...); };
+std::int32_t ConnectionOf(std::int32_t handle) {
+  return handle;
 }
-
 std::int64_t ListOf(std::int32_t handle) {
   return static_cast<std::int64_t>(handle) * (std::int64_t{1} << 32) + 1;
 }
+std::int64_t FontOf(std::int32_t handle) {
+  return ListOf(handle) + 0x80000000;
+}
 
-template <class... Parameters, class... Arguments>
-auto WithList(std::int32_t (*function)(std::int64_t, Parameters...), Arguments... arguments) {
-  return [=](std::int32_t handle) -> std::int64_t { return function(ListOf(handle), arguments...); };
+template <class Handle, class Result, class... Parameters, class... Arguments>
+auto With(Handle (*handleOf)(std::int32_t), Result (*function)(Handle, Parameters...),
+          Arguments... arguments) {
+  return [=](std::int32_t handle) -> std::int64_t { return function(handleOf(handle), arguments...); };
 }
 
 std::uint32_t number = 0;
+std::uint16_t character = 0;
 std::int32_t value = 0;
 bool flag = false;
 vlListExecutionStats stats;
@@ -38,16 +41,20 @@ constexpr vlListEventCallback OnEvent = [](std::int32_t, std::int32_t) {};
 constexpr vlErrorEventCallback OnError = [](std::int32_t, std::int32_t, const char*, std::uint32_t) {};
 
 #define ENTRY(function, ...) \
-  { #function, With(function __VA_OPT__(, ) __VA_ARGS__) }
+  { #function, With(&ConnectionOf, function __VA_OPT__(, ) __VA_ARGS__) }
 #define LIST_ENTRY(function, ...) \
-  { #function, WithList(function __VA_OPT__(, ) __VA_ARGS__) }
+  { #function, With(&ListOf, function __VA_OPT__(, ) __VA_ARGS__) }
+#define FONT_ENTRY(function, ...) \
+  { #function, With(&FontOf, function __VA_OPT__(, ) __VA_ARGS__) }
 
 // As many a line as fit.
 // clang-format off
 const Function onConnections[] = {
     ENTRY(vlDisconnect), ENTRY(vlGetTimeout, &number), ENTRY(vlSetTimeout, 1U),
     ENTRY(vlEnableCommandLogging, "/tmp/never", 0), ENTRY(vlDisableCommandLogging),
-    {"vlListAllocate", [](std::int32_t handle) { return vlListAllocate(handle); }},
+    ENTRY(vlListAllocate), ENTRY(vlFontAllocate, 1), ENTRY(vlFontGet, 1), ENTRY(vlFontSetActive, 1),
+    ENTRY(vlFontDelete, 1), ENTRY(vlFontLoad, 1), ENTRY(vlFontStore, 1),
+    {"vlFontSet", [](std::int32_t handle) { return vlFontSet(handle, FontOf(handle)); }},
     {"vlListSet", [](std::int32_t handle) { return vlListSet(handle, 1, ListOf(handle), false, -1); }},
     {"vlListGet", [](std::int32_t handle) { return vlListGet(handle, 1, ListOf(handle)); }},
     ENTRY(vlListDelete, 1, false), ENTRY(vlListGetStoredListIDs, &value, 1U, &number),
@@ -83,6 +90,14 @@ const Function onLists[] = {
 };
 // clang-format on
 
+// clang-format off
+const Function onFonts[] = {
+    FONT_ENTRY(vlFontReleaseHandle), FONT_ENTRY(vlFontAddChar, u'A', std::int64_t{1}), FONT_ENTRY(vlFontGetChar, u'A'),
+    FONT_ENTRY(vlFontRemoveChar, u'A'), FONT_ENTRY(vlFontClear), FONT_ENTRY(vlFontChars, &character, 1U, &number),
+    FONT_ENTRY(vlFontCharsLen, &number),
+};
+// clang-format on
+
 template <std::size_t N>
 void ExpectRefusals(const Function (&functions)[N], std::int32_t handle, const std::string& text) {
   for (const auto& [name, call] : functions) {
@@ -98,6 +113,8 @@ TEST(Frame, RefusesHandlesThatNameNothing) {
   ExpectRefusals(onConnections, 99999, unknown);
   ExpectRefusals(onLists, -1, negative);
   ExpectRefusals(onLists, 99999, unknown);
+  ExpectRefusals(onFonts, -1, negative);
+  ExpectRefusals(onFonts, 99999, unknown);
 }
 
 TEST(Frame, RefusesListsThatDoNotExist) {
@@ -108,6 +125,15 @@ TEST(Frame, RefusesListsThatDoNotExist) {
     EXPECT_EQ(call(connection), lenient ? 0 : -1) << name;
     EXPECT_EQ(LastError(), lenient ? "" : "List does not exist.") << name;
   }
+}
+
+TEST(Frame, RefusesFontsThatDoNotExist) {
+  FakeCard card(FakeCard::Obliging());
+  Connection connection(card.Port());
+  ASSERT_EQ(vlListAllocate(connection) & 0xFFFFFFFF, 1);  // a list is no font
+  ExpectRefusals(onFonts, connection, "Font does not exist.");
+  EXPECT_EQ(vlFontSet(connection, ListOf(connection)), -1);
+  EXPECT_EQ(LastError(), "Font does not exist.");
 }
 
 TEST(Frame, RefusesNullPointers) {
@@ -125,7 +151,11 @@ TEST(Frame, RefusesNullPointers) {
       ENTRY(vlListWaitForProgress, nullptr, 0),
       ENTRY(vlListRegisterProgressCallback, nullptr, &number),
       ENTRY(vlListRegisterErrorEventCallback, OnError, nullptr),
+      FONT_ENTRY(vlFontChars, nullptr, 1U, &number),
+      FONT_ENTRY(vlFontChars, &character, 1U, nullptr),
+      FONT_ENTRY(vlFontCharsLen, nullptr),
   };
+  ASSERT_EQ(vlFontAllocate(connection, 1), FontOf(connection));
   for (const auto& [name, call] : functions) {
     EXPECT_EQ(call(connection), -1) << name;
     EXPECT_TRUE(LastError().starts_with("A null pointer was passed for '")) << name;

@@ -23,7 +23,7 @@ class CardProcess {
     if (std::ranges::find(arguments, "--port") == arguments.end()) {
       arguments.insert(arguments.end(), {"--port", "0"});
     }
-    arguments.insert(arguments.begin(), VIRTUAL_CARD_PROGRAM);
+    arguments.emplace(arguments.begin(), VIRTUAL_CARD_PROGRAM);
     std::vector<char*> argv;
     for (std::string& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);

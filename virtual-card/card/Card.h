@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "card/CardFonts.h"
 #include "card/CardLists.h"
 #include "card/Notifier.h"
 #include "execution/Executor.h"
@@ -27,6 +28,7 @@ class Card {
   Card(CardSettings settings, Notifier& clients);
 
   const CardIdentity Identity;
+  CardFonts Fonts;
   Executor Execution;
   CardLists Lists;
 };

@@ -11,7 +11,7 @@ using Table = std::unordered_map<std::string_view, const Method*>;
 const Table& AllMethods() {
   static const Table table = [] {
     Table all;
-    for (const auto area : {CardMethods(), ListMethods()}) {
+    for (const auto area : {CardMethods(), ListMethods(), FontMethods()}) {
       for (const Method& method : area) all.emplace(method.GetName(), &method);
     }
     return all;

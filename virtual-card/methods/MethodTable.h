@@ -80,5 +80,6 @@ const Method& FindMethod(std::string_view name);
 // The rows of each area.
 std::span<const Method> CardMethods();
 std::span<const Method> ListMethods();
+std::span<const Method> FontMethods();
 
 }  // namespace VELTRO::KELVO::VirtualCard
