@@ -11,7 +11,9 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "lists/Command.h"
 #include "lists/CommandScanner.h"
@@ -30,13 +32,22 @@ class CommandTextReader {
   static void ReadList(std::string_view text, PackedCommands& list);
 
  private:
-  // The command that matched, until the next one is read.
-  CommandView Read(const CommandMatch& match);
+  // The command at the cursor, until the next one is read.
+  CommandView Read(TextCursor& cursor);
+  // The same; what it throws need not be what is wrong with the shape.
+  CommandView ReadParts(TextCursor& cursor);
   void ReadVersion(std::string_view digits);
-  void ReadValue(const ValueMatch& value);
+  void ReadValue(std::string_view acronym, TextCursor& cursor);
+  template <class T>
+  void ReadElements(TextCursor& cursor);
   [[noreturn]] void Fail(std::string what, std::string_view reason) const;
 
-  Command values_{0};  // a payload under construction; its memory serves all commands
+  // Makes `count` more bytes of the payload, whether they are within its limit or not.
+  unsigned char* Extend(std::size_t count);
+
+  std::vector<unsigned char> payload_;  // its first size_ bytes; the rest is room
+  std::size_t size_ = 0;
+  PayloadRoom room_;
   std::optional<std::size_t> index_;
 };
 
