@@ -105,15 +105,29 @@ void TakeElement(TextCursor& cursor, Point<N, T>& point) {
   }
 }
 
+// Takes the end of a value and of its command; false, with nothing taken, when there is more.
+bool TakeEnd(TextCursor& cursor) {
+  TextCursor ahead = cursor;
+  ahead.SkipBlanks();
+  if (!ahead.Take(']')) return false;
+  ahead.SkipBlanks();
+  ahead.Take(']');
+  ahead.SkipBlanks();
+  if (!ahead.Take('}')) return false;
+  cursor = ahead;
+  return true;
+}
+
 }  // namespace
 
 Command CommandTextReader::ReadCommand(std::string_view text) {
   TextCursor cursor(text);
   cursor.SkipBlanks();
-  CommandTextReader reader;
-  const CommandView command = reader.Read(cursor);
+  PackedCommands commands;
+  CommandTextReader(commands).Read(cursor);
   cursor.SkipBlanks();
   if (!cursor.AtEnd()) FailCommand();
+  const CommandView command = commands.At(0);
   return {command.Code, command.Payload};
 }
 
@@ -123,21 +137,21 @@ void CommandTextReader::ReadList(std::string_view text, PackedCommands& list) {
   const bool enclosed = cursor.Take('[');
   cursor.SkipBlanks();
   const bool empty = enclosed && cursor.IsAt(']');
-  CommandTextReader reader;
+  CommandTextReader reader(list);
   std::size_t count = 0;
   for (cursor.SkipBlanksAndCommas(); cursor.IsAt('{'); cursor.SkipBlanksAndCommas()) {
     reader.index_ = count++;
-    list.Append(reader.Read(cursor));
+    reader.Read(cursor);
   }
   if (enclosed && !cursor.Take(']')) FailCommand();
   cursor.SkipBlanks();
   if (!cursor.AtEnd() || (count == 0 && !empty)) FailCommand();
 }
 
-CommandView CommandTextReader::Read(TextCursor& cursor) {
+void CommandTextReader::Read(TextCursor& cursor) {
   const TextCursor begin = cursor;
   try {
-    return ReadParts(cursor);
+    ReadParts(cursor);
   } catch (const std::runtime_error&) {
     // That a text is no command at all comes first, wherever in it the fault is.
     if (!MatchesCommand(begin)) FailCommand();
@@ -145,7 +159,7 @@ CommandView CommandTextReader::Read(TextCursor& cursor) {
   }
 }
 
-CommandView CommandTextReader::ReadParts(TextCursor& cursor) {
+void CommandTextReader::ReadParts(TextCursor& cursor) {
   if (!cursor.Take('{')) FailCommand();
   cursor.SkipBlanks();
   cursor.Take('[');
@@ -153,7 +167,8 @@ CommandView CommandTextReader::ReadParts(TextCursor& cursor) {
   const auto code = CodeOf(cursor.TakeName());
   if (!code) throw std::runtime_error("Unable to parse command code");
   cursor.SkipBlanks();
-  const auto version = TakeVersion(cursor);
+  code_ = *code;
+  version_ = TakeVersion(cursor);
   size_ = 0;
   room_ = PayloadRoom();
   while (cursor.Take(',')) {
@@ -161,30 +176,31 @@ CommandView CommandTextReader::ReadParts(TextCursor& cursor) {
     const std::string_view acronym = cursor.TakeName();
     cursor.SkipBlanks();
     if (!cursor.Take('[')) FailCommand();
-    ReadValue(acronym, cursor);
+    if (ReadValue(acronym, cursor)) return;
     cursor.SkipBlanks();
   }
   cursor.Take(']');
   cursor.SkipBlanks();
   if (!cursor.Take('}')) FailCommand();
-  if (version) ReadVersion(*version);
+  if (version_) ReadVersion();
   if (size_ > 0) PutUInt24(payload_.data() + 1, size_ - Command::HeaderBytes);
-  return {*code, {payload_.data(), size_}};
+  list_.Append(CommandView{code_, {payload_.data(), size_}});
 }
 
-void CommandTextReader::ReadVersion(std::string_view digits) {
+void CommandTextReader::ReadVersion() {
   unsigned char version = 0;
-  if (std::from_chars(digits.data(), digits.data() + digits.size(), version).ec != std::errc()) {
-    Fail("version " + Shown(digits), "more than 255");
+  if (std::from_chars(version_->data(), version_->data() + version_->size(), version).ec != std::errc()) {
+    Fail("version " + Shown(*version_), "more than 255");
   }
   // A command without values has no payload to bear the usual version.
   if (size_ == 0 && version != Command::PayloadVersion) Extend(0);
   if (size_ > 0) payload_[0] = version;
 }
 
-void CommandTextReader::ReadValue(std::string_view acronym, TextCursor& cursor) {
+bool CommandTextReader::ReadValue(std::string_view acronym, TextCursor& cursor) {
   const TextCursor begin = cursor;
   cursor.SkipBlanks();
+  bool appended = false;
   try {
     CommandValueType type = CommandValueType::Invalid;
     Command::TryParseValueType(acronym, type);
@@ -196,9 +212,15 @@ void CommandTextReader::ReadValue(std::string_view acronym, TextCursor& cursor) 
       } else {
         T value{};
         TakeElement(cursor, value);
-        PutValue(Extend(ValueSize(value)), value);
+        if (size_ == 0 && !version_ && TakeEnd(cursor)) {
+          list_.Append(code_, value);
+          appended = true;
+        } else {
+          PutValue(Extend(ValueSize(value)), value);
+        }
       }
     });
+    if (appended) return true;
     if (!known) throw Refusal{"of an unknown type"};
     room_.Extend(size_);
     cursor.SkipBlanks();
@@ -209,6 +231,7 @@ void CommandTextReader::ReadValue(std::string_view acronym, TextCursor& cursor) 
     const std::string_view text(begin.At(), static_cast<std::size_t>(cursor.At() - begin.At()));
     Fail("value " + Shown(acronym) + "[" + Shown(text), refusal.Reason);
   }
+  return false;
 }
 
 template <class T>

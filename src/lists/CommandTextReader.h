@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,12 +33,16 @@ class CommandTextReader {
   static void ReadList(std::string_view text, PackedCommands& list);
 
  private:
-  // The command at the cursor, until the next one is read.
-  CommandView Read(TextCursor& cursor);
-  // The same; what it throws need not be what is wrong with the shape.
-  CommandView ReadParts(TextCursor& cursor);
-  void ReadVersion(std::string_view digits);
-  void ReadValue(std::string_view acronym, TextCursor& cursor);
+  explicit CommandTextReader(PackedCommands& list) : list_(list) {}
+
+  // Appends the command at the cursor.
+  void Read(TextCursor& cursor);
+  // The same, but of several faults in the text it need not name the first.
+  void ReadParts(TextCursor& cursor);
+  void ReadVersion();
+  // Puts the value at the cursor into the payload. True when it has appended the command: a scalar that is all
+  // that a command has goes straight into the list.
+  bool ReadValue(std::string_view acronym, TextCursor& cursor);
   template <class T>
   void ReadElements(TextCursor& cursor);
   [[noreturn]] void Fail(std::string what, std::string_view reason) const;
@@ -45,10 +50,14 @@ class CommandTextReader {
   // Makes `count` more bytes of the payload, whether they are within its limit or not.
   unsigned char* Extend(std::size_t count);
 
+  PackedCommands& list_;
+  std::optional<std::size_t> index_;  // of the command in the text of a list
+  // The command that is read.
+  std::int32_t code_ = 0;
+  std::optional<std::string_view> version_;
   std::vector<unsigned char> payload_;  // its first size_ bytes; the rest is room
   std::size_t size_ = 0;
   PayloadRoom room_;
-  std::optional<std::size_t> index_;
 };
 
 }  // namespace VELTRO::KELVO::ClientLib
