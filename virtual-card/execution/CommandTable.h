@@ -2,6 +2,7 @@
 //
 // A row's function takes the run and the command's values, in their order and of exactly these types:
 //   CommandRow(CommandCode::MARK_ABS, [](Run& run, Point2D p) { run.Galvos.Mark(run.Galvos.To(p)); })
+// A type with a function Read(ValueReader&) stands for several values (Conditions.h).
 // A command whose values vary is given the reader of its values instead.
 #pragma once
 
@@ -33,6 +34,8 @@ struct CommandRow {
   static T Take(ValueReader& values) {
     if constexpr (std::is_same_v<T, bool>) {
       return values.AsBool();
+    } else if constexpr (requires { T::Read(values); }) {
+      return T::Read(values);
     } else {
       return values.As<T>();
     }
@@ -60,5 +63,8 @@ std::span<const CommandRow> MotionCommands();
 std::span<const CommandRow> ParameterCommands();
 std::span<const CommandRow> LaserCommands();
 std::span<const CommandRow> FlowCommands();
+std::span<const CommandRow> WaitCommands();
+std::span<const CommandRow> VariableCommands();
+std::span<const CommandRow> FontCommands();
 
 }  // namespace VELTRO::KELVO::VirtualCard
