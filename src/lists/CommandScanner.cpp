@@ -11,15 +11,15 @@ bool TextCursor::TakeUntil(char c) {
   return true;
 }
 
-std::optional<std::string_view> TakeVersion(TextCursor& cursor) {
+std::string_view TakeVersion(TextCursor& cursor) {
   TextCursor ahead = cursor;
-  if (!ahead.Take(',')) return std::nullopt;
+  if (!ahead.Take(',')) return {};
   ahead.SkipBlanks();
-  if (!ahead.Take('V')) return std::nullopt;
+  if (!ahead.Take('V')) return {};
   const std::string_view digits = ahead.TakeAll(Characters::Digit);
   ahead.SkipBlanks();
   // A value may be named like a version: its bracket tells.
-  if (digits.empty() || !(ahead.IsAt(',') || ahead.IsAt(']') || ahead.IsAt('}'))) return std::nullopt;
+  if (digits.empty() || !(ahead.IsAt(',') || ahead.IsAt(']') || ahead.IsAt('}'))) return {};
   cursor = ahead;
   return digits;
 }

@@ -11,7 +11,6 @@
 
 #include <array>
 #include <cstddef>
-#include <optional>
 #include <string_view>
 
 namespace VELTRO::KELVO::ClientLib {
@@ -69,8 +68,8 @@ class TextCursor {
   const char* end_;
 };
 
-// Takes ", V" and digits, which it returns, when they are a version and not the name of a value.
-std::optional<std::string_view> TakeVersion(TextCursor& cursor);
+// Takes ", V" and digits, which it returns, when they are a version and not the name of a value; else nothing.
+std::string_view TakeVersion(TextCursor& cursor);
 
 // Whether a command, whatever is in it, begins at the cursor.
 bool MatchesCommand(TextCursor cursor);

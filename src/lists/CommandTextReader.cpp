@@ -164,8 +164,8 @@ void CommandTextReader::ReadParts(TextCursor& cursor) {
   cursor.SkipBlanks();
   cursor.Take('[');
   cursor.SkipBlanks();
-  const auto code = CodeOf(cursor.TakeName());
-  if (!code) throw std::runtime_error("Unable to parse command code");
+  const std::int32_t* const code = FindCode(cursor.TakeName());
+  if (code == nullptr) throw std::runtime_error("Unable to parse command code");
   cursor.SkipBlanks();
   code_ = *code;
   version_ = TakeVersion(cursor);
@@ -182,15 +182,15 @@ void CommandTextReader::ReadParts(TextCursor& cursor) {
   cursor.Take(']');
   cursor.SkipBlanks();
   if (!cursor.Take('}')) FailCommand();
-  if (version_) ReadVersion();
+  if (!version_.empty()) ReadVersion();
   if (size_ > 0) PutUInt24(payload_.data() + 1, size_ - Command::HeaderBytes);
   list_.Append(CommandView{code_, {payload_.data(), size_}});
 }
 
 void CommandTextReader::ReadVersion() {
   unsigned char version = 0;
-  if (std::from_chars(version_->data(), version_->data() + version_->size(), version).ec != std::errc()) {
-    Fail("version " + Shown(*version_), "more than 255");
+  if (std::from_chars(version_.data(), version_.data() + version_.size(), version).ec != std::errc()) {
+    Fail("version " + Shown(version_), "more than 255");
   }
   // A command without values has no payload to bear the usual version.
   if (size_ == 0 && version != Command::PayloadVersion) Extend(0);
@@ -212,7 +212,7 @@ bool CommandTextReader::ReadValue(std::string_view acronym, TextCursor& cursor) 
       } else {
         T value{};
         TakeElement(cursor, value);
-        if (size_ == 0 && !version_ && TakeEnd(cursor)) {
+        if (size_ == 0 && version_.empty() && TakeEnd(cursor)) {
           list_.Append(code_, value);
           appended = true;
         } else {

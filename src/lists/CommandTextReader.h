@@ -54,7 +54,7 @@ class CommandTextReader {
   std::optional<std::size_t> index_;  // of the command in the text of a list
   // The command that is read.
   std::int32_t code_ = 0;
-  std::optional<std::string_view> version_;
+  std::string_view version_;            // its digits; empty for none
   std::vector<unsigned char> payload_;  // its first size_ bytes; the rest is room
   std::size_t size_ = 0;
   PayloadRoom room_;
