@@ -202,24 +202,23 @@ bool CommandTextReader::ReadValue(std::string_view acronym, TextCursor& cursor) 
   cursor.SkipBlanks();
   bool appended = false;
   try {
-    CommandValueType type = CommandValueType::Invalid;
-    Command::TryParseValueType(acronym, type);
-    const bool known = VisitValueType(type, [&]<class T>(std::type_identity<T>) {
-      if constexpr (!HasText<T>) {
-        throw Refusal{"of a type that has no text"};
-      } else if constexpr (IsArrayType<T>) {
-        ReadElements<typename T::value_type>(cursor);
-      } else {
-        T value{};
-        TakeElement(cursor, value);
-        if (size_ == 0 && version_.empty() && TakeEnd(cursor)) {
-          list_.Append(code_, value);
-          appended = true;
-        } else {
-          PutValue(Extend(ValueSize(value)), value);
-        }
-      }
-    });
+    const auto* const type = TypesByAcronym.Find(NameKey(acronym));
+    const bool known = type != nullptr && VisitValueType(*type, [&]<class T>(std::type_identity<T>) {
+                         if constexpr (!HasText<T>) {
+                           throw Refusal{"of a type that has no text"};
+                         } else if constexpr (IsArrayType<T>) {
+                           ReadElements<typename T::value_type>(cursor);
+                         } else {
+                           T value{};
+                           TakeElement(cursor, value);
+                           if (size_ == 0 && version_.empty() && TakeEnd(cursor)) {
+                             list_.Append(code_, value);
+                             appended = true;
+                           } else {
+                             PutValue(Extend(ValueSize(value)), value);
+                           }
+                         }
+                       });
     if (appended) return true;
     if (!known) throw Refusal{"of an unknown type"};
     room_.Extend(size_);
