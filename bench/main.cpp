@@ -9,6 +9,7 @@
 
 #include "Harness.h"
 #include "LibraryRows.h"
+#include "ListRows.h"
 #include "RawServer.h"
 #include "ReferenceRows.h"
 #include "TextRows.h"
@@ -76,6 +77,7 @@ int main(int argc, char** argv) {
     Harness harness;
     RegisterReferenceRows(harness);
     RegisterLibraryRows(harness);
+    RegisterListRows(harness);
     RegisterTextRows(harness);
     if (options.isSelfCheck) harness.AddSelfCheckRows();
     return harness.Run(options) ? 0 : 1;
