@@ -1,6 +1,5 @@
 #include "lists/Command.h"
 
-#include <algorithm>
 #include <stdexcept>
 
 #include "lists/CommandCodes.h"
@@ -8,14 +7,10 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-void PayloadRoom::Extend(std::size_t end) {
-  if (end <= allocated_) return;
-  if (end + 4 > MaxPacketSize) {
-    // The blank before the full stop belongs to the text.
-    throw std::runtime_error("Command exceeds the maximum allowed command size of " +
-                             std::to_string(MaxPacketSize) + " . Please split into several commands.");
-  }
-  allocated_ = std::max(allocated_ + allocated_ / 2, end);
+void PayloadRoom::ThrowTooLarge() {
+  // The blank before the full stop belongs to the text.
+  throw std::runtime_error("Command exceeds the maximum allowed command size of " +
+                           std::to_string(MaxPacketSize) + " . Please split into several commands.");
 }
 
 Command::Command(std::int32_t code, unsigned long reserve) : code_(code) {

@@ -4,6 +4,7 @@
 // (CommandValue.h). A command without values has no payload at all.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -25,9 +26,15 @@ class PayloadRoom {
   explicit PayloadRoom(std::size_t allocated = 0) : allocated_(allocated) {}
   // Makes sure of room up to `end`. Throws std::runtime_error "Command exceeds the maximum allowed command
   // size of 921600 . Please split into several commands.".
-  void Extend(std::size_t end);
+  void Extend(std::size_t end) {
+    if (end <= allocated_) return;
+    if (end + 4 > MaxPacketSize) ThrowTooLarge();
+    allocated_ = std::max(allocated_ + allocated_ / 2, end);
+  }
 
  private:
+  [[noreturn]] static void ThrowTooLarge();
+
   std::size_t allocated_;
 };
 

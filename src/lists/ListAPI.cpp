@@ -4,9 +4,14 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-void ListAPI::Set(std::int32_t listId, CommandList& list, bool append, std::int32_t listField) {
+void ListAPI::Prepare(CommandList& list, std::int32_t listField) {
+  list.ResolveBranchesAndLabels();
   list.SetListField(listField);
   if (list.GetLoopDepth() != 0) throw std::runtime_error("There are open loops inside the list!");
+  list.CheckEachFits();
+}
+
+void ListAPI::Send(std::int32_t listId, CommandList& list, bool append) {
   // Back to "nothing to send" whatever happens.
   struct RangeReset {
     CommandList& list;

@@ -17,21 +17,37 @@ class ListAPI {
  public:
   ListAPI(RpcCaller& caller, ListEvents& events) : caller_(caller), events_(events) {}
 
-  // Uploads the list in as many pieces as it needs. Throws std::runtime_error "There are open loops inside
-  // the list!" before anything is sent.
-  void Set(std::int32_t listId, CommandList& list, bool append, std::int32_t listField);
+  // Uploads the list in as many pieces as it needs: Prepare and Send.
+  void Set(std::int32_t listId, CommandList& list, bool append, std::int32_t listField) {
+    Prepare(list, listField);
+    Send(listId, list, append);
+  }
+  // Makes the list ready: resolves its labels, gives it its field. Throws as LabelList does, or
+  // std::runtime_error "There are open loops inside the list!" or, for a command that fits no upload,
+  // "Command INDEX is too large to be uploaded.".
+  static void Prepare(CommandList& list, std::int32_t listField);
+  // Sends a list that is ready; which of its commands travel changes meanwhile.
+  void Send(std::int32_t listId, CommandList& list, bool append);
   CommandList Get(std::int32_t listId) { return caller_.Call<CommandList>("GetList", listId); }
   CommandList GetList(std::int32_t listId) { return Get(listId); }
   std::vector<std::int32_t> GetStoredListIDs() {
     return caller_.Call<std::vector<std::int32_t>>("GetStoredListIDs");
   }
+  void Load(std::int32_t listId) { caller_.Call("LoadList", listId); }
+  void Store(std::int32_t listId) { caller_.Call("StoreList", listId); }
   void Delete(std::int32_t listId, bool flag) { caller_.Call("DeleteList", listId, flag); }
   void Execute(std::int32_t listId) { caller_.Call("ExecuteList", listId); }
   void AbortExecution() { caller_.Call("AbortExecution"); }
+  void ResetExecution() { caller_.Call("ResetExecution"); }
   bool IsExecutionInProgress() { return caller_.Call<bool>("IsExecutionInProgress"); }
   std::int32_t GetListStatus(std::int32_t listId) {
     return caller_.Call<std::int32_t>("GetListStatus", listId);
   }
+  std::int32_t GetListCaret(std::int32_t listId) {
+    return caller_.Call<std::int32_t>("GetListCaret", listId);
+  }
+  void SetExecutionLimit(std::int32_t limit) { caller_.Call("SetExecutionLimit", limit); }
+  std::int32_t GetExecutionLimit() { return caller_.Call<std::int32_t>("GetExecutionLimit"); }
   ListExecutionStats GetLastExecutionStats() {
     return caller_.Call<ListExecutionStats>("GetLastExecutionStats");
   }

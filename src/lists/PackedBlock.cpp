@@ -1,21 +1,12 @@
 #include "lists/PackedBlock.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 #include <utility>
 
 namespace VELTRO::KELVO::ClientLib {
-
-struct alignas(16) PackedBlock::Header {
-  std::atomic<std::size_t> shares{1};
-};
-
-PackedBlock::Header* PackedBlock::GetHeader() const {
-  return reinterpret_cast<Header*>(data_) - 1;
-}
 
 PackedBlock::PackedBlock(const PackedBlock& other) noexcept
     : data_(other.data_), size_(other.size_), capacity_(other.capacity_) {
@@ -37,10 +28,6 @@ PackedBlock& PackedBlock::operator=(PackedBlock other) noexcept {
 PackedBlock::~PackedBlock() {
   if (data_ == nullptr) return;
   if (GetHeader()->shares.fetch_sub(1, std::memory_order_acq_rel) == 1) std::free(GetHeader());
-}
-
-bool PackedBlock::IsShared() const {
-  return data_ != nullptr && GetHeader()->shares.load(std::memory_order_acquire) != 1;
 }
 
 std::span<unsigned char> PackedBlock::WritableBytes() {

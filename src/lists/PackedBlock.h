@@ -1,6 +1,7 @@
 // A growing run of bytes in one block. Copies share the block until one of them changes it.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <span>
 
@@ -34,10 +35,14 @@ class PackedBlock {
   void Clear() { *this = PackedBlock(); }
 
  private:
-  struct Header;
+  struct alignas(16) Header {
+    std::atomic<std::size_t> shares{1};
+  };
 
-  Header* GetHeader() const;
-  bool IsShared() const;
+  Header* GetHeader() const { return reinterpret_cast<Header*>(data_) - 1; }
+  bool IsShared() const {
+    return data_ != nullptr && GetHeader()->shares.load(std::memory_order_acquire) != 1;
+  }
   // Makes the block this object's own, with room for `size` bytes.
   void Own(std::size_t size);
 

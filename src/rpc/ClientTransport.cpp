@@ -112,7 +112,7 @@ bool ClientTransport::Abandon() {
   return true;
 }
 
-InputPacket ClientTransport::Exchange(std::uint32_t requestId, std::span<const unsigned char> frame,
+InputPacket ClientTransport::Exchange(std::uint32_t requestId, const FramePieces& frame,
                                       std::chrono::milliseconds timeout) {
   checkActive();
   const Deadline deadline = DeadlineAfter(timeout);  // for sending and waiting together

@@ -41,8 +41,7 @@ class ClientTransport {
   void checkActive() const;
 
   // Sends the request's frame and waits for its answer.
-  InputPacket Exchange(std::uint32_t requestId, std::span<const unsigned char> frame,
-                       std::chrono::milliseconds timeout);
+  InputPacket Exchange(std::uint32_t requestId, const FramePieces& frame, std::chrono::milliseconds timeout);
   // Waits for the answer to a request that was sent. Throws std::runtime_error "ConnectionAborted" or
   // "Response was not received in the given timespan.".
   InputPacket Read(std::uint32_t requestId, std::chrono::milliseconds timeout);

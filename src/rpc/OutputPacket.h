@@ -26,13 +26,21 @@ class OutputPacket : public Packet {
 
   // Appends to the body (the name that msgpack::packer asks of a stream). Throws std::bad_alloc.
   void write(const char* bytes, std::size_t count);
+  // The same, but many bytes are not copied: they must stay as they are until the frame is sent. Only the first
+  // such run of a packet is left where it is.
+  void WriteByReference(std::span<const unsigned char> bytes);
 
   // Writes the body length into the header and returns the whole frame, which the packet goes on owning.
   // Throws std::runtime_error "Packet exceeds the maximum size." beyond 0x7FFFFFFF bytes.
   std::span<const unsigned char> Close();
+  // The same for a packet that may hold bytes by reference.
+  FramePieces CloseInPieces();
 
  private:
   static OutputPacket Begin(PacketType type, std::optional<unsigned int> requestId);
+
+  std::span<const unsigned char> referenced_;
+  std::size_t referencedAt_ = 0;  // where in the storage they belong
 };
 
 }  // namespace VELTRO::KELVO::ClientLib

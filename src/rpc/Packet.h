@@ -4,11 +4,13 @@
 // by as many body bytes. The body is a run of MessagePack objects; no array wraps them.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <span>
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -27,6 +29,9 @@ constexpr bool IsError(PacketType type) {
 constexpr bool IsNotification(PacketType type) {
   return (static_cast<unsigned>(type) & 0x02U) != 0;
 }
+
+// A whole frame where its bytes lie: its beginning, bytes that somebody else owns, its end. Any may be empty.
+using FramePieces = std::array<std::span<const unsigned char>, 3>;
 
 class Packet {
  public:

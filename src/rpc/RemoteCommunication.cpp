@@ -5,12 +5,12 @@
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <stdexcept>
 
-#include "rpc/Packet.h"
 #include "rpc/RpcClientConfiguration.h"
 
 namespace VELTRO::KELVO::ClientLib {
@@ -48,6 +48,42 @@ bool WaitForOutput(int socket, Deadline deadline) {
     if (ready == 0 || errno != EINTR) return false;
   }
 }
+
+// What is left to send of a frame, as the system takes it.
+class UnsentPieces {
+ public:
+  explicit UnsentPieces(const FramePieces& frame) {
+    for (const auto& piece : frame) {
+      if (piece.empty()) continue;
+      // The system only reads; its structure serves receiving, too.
+      vectors_[message_.msg_iovlen++] = {const_cast<unsigned char*>(piece.data()), piece.size()};
+    }
+    message_.msg_iov = vectors_;
+  }
+  UnsentPieces(const UnsentPieces&) = delete;
+  UnsentPieces& operator=(const UnsentPieces&) = delete;
+
+  bool IsEmpty() const { return message_.msg_iovlen == 0; }
+  bool IsBegun() const { return begun_; }
+  const msghdr* Message() const { return &message_; }
+
+  void Drop(std::size_t count) {
+    begun_ = begun_ || count > 0;
+    while (message_.msg_iovlen > 0 && count >= message_.msg_iov->iov_len) {
+      count -= message_.msg_iov->iov_len;
+      ++message_.msg_iov;
+      --message_.msg_iovlen;
+    }
+    if (count == 0) return;
+    message_.msg_iov->iov_base = static_cast<unsigned char*>(message_.msg_iov->iov_base) + count;
+    message_.msg_iov->iov_len -= count;
+  }
+
+ private:
+  iovec vectors_[std::tuple_size_v<FramePieces>]{};
+  msghdr message_{};
+  bool begun_ = false;
+};
 
 }  // namespace
 
@@ -137,14 +173,14 @@ void RemoteCommunication::Disconnect() {
   socket_ = -1;
 }
 
-void RemoteCommunication::Write(std::span<const unsigned char> frame, Deadline deadline) {
+void RemoteCommunication::Write(const FramePieces& frame, Deadline deadline) {
   const SendTurn turn(*this, deadline);
-  const std::size_t whole = frame.size();
+  UnsentPieces unsent(frame);
   bool sound = turn.IsTaken() && IsConnected();
-  while (sound && !frame.empty()) {
-    const ssize_t sent = send(socket_, frame.data(), frame.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+  while (sound && !unsent.IsEmpty()) {
+    const ssize_t sent = sendmsg(socket_, unsent.Message(), MSG_NOSIGNAL | MSG_DONTWAIT);
     if (sent >= 0) {
-      frame = frame.subspan(static_cast<std::size_t>(sent));
+      unsent.Drop(static_cast<std::size_t>(sent));
     } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
       sound = WaitForOutput(socket_, deadline) && IsConnected();
     } else {
@@ -152,7 +188,7 @@ void RemoteCommunication::Write(std::span<const unsigned char> frame, Deadline d
     }
   }
   if (sound) return;
-  if (!frame.empty() && frame.size() < whole) Shutdown();
+  if (!unsent.IsEmpty() && unsent.IsBegun()) Shutdown();
   throw std::runtime_error("Socket error, unable to send!");
 }
 

@@ -10,6 +10,7 @@
 #include "common/Deadline.h"
 #include "common/Mutex.h"
 #include "rpc/Context.h"
+#include "rpc/Packet.h"
 #include "rpc/ReceiveBuffer.h"
 
 namespace VELTRO::KELVO::ClientLib {
@@ -36,7 +37,7 @@ class RemoteCommunication {
 
   // Sends a whole frame before `deadline`. Throws std::runtime_error "Socket error, unable to send!"; a frame of
   // which a part is gone by then has broken the stream and ends the connection.
-  void Write(std::span<const unsigned char> frame, Deadline deadline);
+  void Write(const FramePieces& frame, Deadline deadline);
 
   // Reads the next whole frame and returns its size; it stands at Frame() until the next Read. As much as has
   // arrived is received at once, so most frames cost no system call. Returns 0 when the peer has closed and

@@ -13,6 +13,12 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
+// Packs one argument of a call. Types whose bytes need not be copied have an overload of their own.
+template <class T>
+void PackArgument(OutputPacket& packet, const T& argument) {
+  msgpack::packer(packet).pack(argument);
+}
+
 // One remote call: a method, its arguments to pack, its result to take.
 class RemoteCall {
  public:
@@ -76,9 +82,8 @@ class RpcCaller::TypedCall : public RemoteCall {
   TypedCall(std::string_view method, const Args&... args) : RemoteCall(method), arguments_(args...) {}
 
   void PackArguments(OutputPacket& packet) const override {
-    msgpack::packer packer(packet);
-    packer.pack_array(sizeof...(Args));
-    std::apply([&](const auto&... argument) { (packer.pack(argument), ...); }, arguments_);
+    msgpack::packer(packet).pack_array(sizeof...(Args));
+    std::apply([&](const auto&... argument) { (PackArgument(packet, argument), ...); }, arguments_);
   }
   void LogArguments(RpcLogger::Line& line) const override {
     std::apply([&](const auto&... argument) { (line.Append(argument), ...); }, arguments_);

@@ -135,7 +135,7 @@ void RpcClient::Converse(RemoteCall& call, ClientTransport& transport, std::uint
   msgpack::packer(request).pack(call.GetMethod());
   call.PackArguments(request);
 
-  InputPacket response = transport.Exchange(requestId, request.Close(), timeout);
+  InputPacket response = transport.Exchange(requestId, request.CloseInPieces(), timeout);
   msgpack::object_handle object = response.Unpack();
   if (IsError(response.GetType())) {
     const RpcRemoteException error = ClientTransport::getException(object);

@@ -324,8 +324,8 @@ TEST(ListAPI, AnUploadIsCutWhereItsBytesAreFull) {  // 921600, with 4 for each c
     EXPECT_EQ(Upload(list, false), " " + calls);
     EXPECT_EQ(Upload(list, true), " +" + calls);
     list.Append({1, Zeros(921597)});
-    EXPECT_TRUE(
-        Upload(list, false).starts_with("Command " + std::to_string(payloads.size()) + " is too large"));
+    EXPECT_EQ(Upload(list, false),  // before anything is sent
+              "Command " + std::to_string(payloads.size()) + " is too large to be uploaded.");
   }
 }
 

@@ -39,8 +39,9 @@ inline std::span<const unsigned char> Unsigned(const std::string& bytes) {
 }
 
 inline std::string Whole(OutputPacket packet) {
-  const auto frame = packet.Close();
-  return {frame.begin(), frame.end()};
+  std::string frame;
+  for (const auto& piece : packet.CloseInPieces()) frame.append(piece.begin(), piece.end());
+  return frame;
 }
 
 inline InputPacket Received(const std::string& frame) {

@@ -206,7 +206,7 @@ TEST(Transport, KeepsALateAnswerForWhoeverAsks) {
   const auto request = [](std::uint32_t id) { return FrameOf(0x00, id, "Method", std::vector<int>{}); };
   const auto exchange = [&](std::uint32_t id, int timeout) {
     const std::string frame = request(id);
-    return transport.Exchange(id, {reinterpret_cast<const unsigned char*>(frame.data()), frame.size()},
+    return transport.Exchange(id, {{{reinterpret_cast<const unsigned char*>(frame.data()), frame.size()}}},
                               std::chrono::milliseconds(timeout));
   };
   EXPECT_EQ(Failure([&] { exchange(5, 20); }), "Response was not received in the given timespan.");
