@@ -412,10 +412,7 @@ void CommandList::PackHead(auto& packer) const {
 
 void CommandList::msgpack_pack(auto& packer) const {
   PackHead(packer);
-  const auto commands = RangeBytes();
-  // They are MessagePack already: what pack_bin_body does is write bytes as they are.
-  packer.pack_bin_body(reinterpret_cast<const char*>(commands.data()),
-                       static_cast<std::uint32_t>(commands.size()));
+  PackBytes(packer, RangeBytes());
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -70,6 +70,16 @@ void PackedCommands::Append(const PackedCommands& other) {
   }
 }
 
+void PackedCommands::UnpackCommands(std::span<const msgpack::object> commands) {
+  for (const msgpack::object& pair : commands) {
+    if (pair.type != msgpack::type::ARRAY || pair.via.array.size != 2) throw msgpack::type_error();
+    const msgpack::object& payload = pair.via.array.ptr[1];
+    if (payload.type != msgpack::type::BIN) throw msgpack::type_error();
+    Append(CommandView{pair.via.array.ptr[0].as<std::int32_t>(),
+                       {reinterpret_cast<const unsigned char*>(payload.via.bin.ptr), payload.via.bin.size}});
+  }
+}
+
 void PackedCommands::SetRange(std::size_t first, std::size_t last) {
   first_ = first;
   last_ = last;
@@ -119,16 +129,6 @@ std::string PackedCommands::ToString() const {
 
 std::string PackedCommands::RangeToString() const {
   return last_ == 0 ? ToString() : TextOf(PlaceOf(first_), PlaceOf(last_));
-}
-
-void PackedCommands::UnpackCommands(std::span<const msgpack::object> commands) {
-  for (const msgpack::object& pair : commands) {
-    if (pair.type != msgpack::type::ARRAY || pair.via.array.size != 2) throw msgpack::type_error();
-    const msgpack::object& payload = pair.via.array.ptr[1];
-    if (payload.type != msgpack::type::BIN) throw msgpack::type_error();
-    Append(CommandView{pair.via.array.ptr[0].as<std::int32_t>(),
-                       {reinterpret_cast<const unsigned char*>(payload.via.bin.ptr), payload.via.bin.size}});
-  }
 }
 
 std::string PackedCommands::TextOf(std::size_t place, std::size_t end) const {

@@ -48,17 +48,19 @@ class PackedCommands {
   // 4 bytes, MaxPacketSize in all. Every single command must fit.
   std::size_t FindChunkEnd(std::size_t first) const;
 
-  std::string ToString() const;
-  // The text of the commands that travel: of one piece of an upload, not of the whole for each piece.
-  std::string RangeToString() const;
-
   // All commands and nothing else, as an array: a glyph of a font.
   void PackCommands(auto& packer) const;
   // Appends commands as they stand in such an array. Throws msgpack::type_error.
   void UnpackCommands(std::span<const msgpack::object> commands);
 
+  std::string ToString() const;
+  // The text of the commands that travel: of one piece of an upload, not of the whole for each piece.
+  std::string RangeToString() const;
+
  protected:
   void ClearCommands();
+  // Commands that are already MessagePack, as they lie.
+  static void PackBytes(auto& packer, std::span<const unsigned char> commands);
 
  private:
   // Every so many commands the place of one is noted, so that any is found without walking the list.
@@ -123,12 +125,16 @@ inline void PackedCommands::Append(std::int32_t code, const Values&... values) {
   }
 }
 
+void PackedCommands::PackBytes(auto& packer, std::span<const unsigned char> commands) {
+  if (commands.size() > UINT32_MAX) throw msgpack::container_size_overflow("container size overflow");
+  // What pack_bin_body does is write bytes as they are.
+  packer.pack_bin_body(reinterpret_cast<const char*>(commands.data()),
+                       static_cast<std::uint32_t>(commands.size()));
+}
+
 void PackedCommands::PackCommands(auto& packer) const {
-  const auto bytes = packed_.Bytes();
-  if (bytes.size() > UINT32_MAX) throw msgpack::container_size_overflow("container size overflow");
   packer.pack_array(static_cast<std::uint32_t>(count_));
-  // They are MessagePack already: what pack_bin_body does is write bytes as they are.
-  packer.pack_bin_body(reinterpret_cast<const char*>(bytes.data()), static_cast<std::uint32_t>(bytes.size()));
+  PackBytes(packer, packed_.Bytes());
 }
 
 }  // namespace VELTRO::KELVO::ClientLib
