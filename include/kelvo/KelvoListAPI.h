@@ -1,14 +1,9 @@
-/* Command lists: build them, upload them to the card, run them and follow their progress.
- * Conventions: kelvo.h.
+/* Command lists: make them, upload them to the card, run them and follow their progress. The commands that
+ * they are built of are in KelvoListAppendAPI.h. Conventions: kelvo.h.
  *
  * A list lives in the application's memory under a list handle (int64_t) and on the card under a list id
  * (int32_t) that the application chooses. Functions that build a list are local and take the list handle;
  * functions that act on the card take the connection handle and the list id.
- *
- * Every vlListAppend... function appends one command, or nothing when it fails, and returns 0 or -1 with
- *   a bad handle (kelvo.h, 3 and 4), or
- *   "Command exceeds the maximum allowed command size of 921600 . Please split into several commands."
- * and is local. Only what it does is said with each.
  */
 #ifndef KELVO_LIST_API_H
 #define KELVO_LIST_API_H
@@ -36,66 +31,6 @@ KELVO_API int32_t vlListClear(int64_t list);
 
 /* Returns the number of commands in the list, or -1. Local. */
 KELVO_API int32_t vlListCommandCount(int64_t list);
-
-/* ---- Motion: positions in field units ---- */
-
-/* Jumps (moves with the laser off) to the position (x, y). */
-KELVO_API int32_t vlListAppendJumpAbs2D(int64_t list, double x, double y);
-/* Jumps by (dx, dy) from where the list has arrived. */
-KELVO_API int32_t vlListAppendJumpRel2D(int64_t list, double dx, double dy);
-/* Jumps to the position (x, y, z). */
-KELVO_API int32_t vlListAppendJumpAbs3D(int64_t list, double x, double y, double z);
-/* Jumps by (dx, dy, dz). */
-KELVO_API int32_t vlListAppendJumpRel3D(int64_t list, double dx, double dy, double dz);
-/* Marks a straight line (laser on) to the position (x, y). */
-KELVO_API int32_t vlListAppendMarkAbs2D(int64_t list, double x, double y);
-/* Marks a straight line by (dx, dy). */
-KELVO_API int32_t vlListAppendMarkRel2D(int64_t list, double dx, double dy);
-/* Marks a straight line to the position (x, y, z). */
-KELVO_API int32_t vlListAppendMarkAbs3D(int64_t list, double x, double y, double z);
-/* Marks a straight line by (dx, dy, dz). */
-KELVO_API int32_t vlListAppendMarkRel3D(int64_t list, double dx, double dy, double dz);
-
-/* ---- Speeds: field units per microsecond ---- */
-
-/* Sets the speed of the jumps that follow. */
-KELVO_API int32_t vlListAppendJumpSpeed(int64_t list, double speed);
-/* Sets the speed of the marks that follow. */
-KELVO_API int32_t vlListAppendMarkSpeed(int64_t list, double speed);
-
-/* ---- Delays: microseconds ---- */
-
-/* Sets the wait after a jump, in which the galvos settle. */
-KELVO_API int32_t vlListAppendJumpDelay(int64_t list, double delay_us);
-/* Sets the wait after the last mark of a run of marks. */
-KELVO_API int32_t vlListAppendMarkDelay(int64_t list, double delay_us);
-/* Sets the wait between two marks that follow each other. */
-KELVO_API int32_t vlListAppendPolyDelay(int64_t list, double delay_us);
-/* Sets the time from the start of a mark's motion until the laser is on; negative switches it on before. */
-KELVO_API int32_t vlListAppendLaserOnDelay(int64_t list, double delay_us);
-/* Sets the time from the end of a mark's motion until the laser is off. */
-KELVO_API int32_t vlListAppendLaserOffDelay(int64_t list, double delay_us);
-/* Waits, without motion. */
-KELVO_API int32_t vlListAppendSleep(int64_t list, double duration_us);
-
-/* ---- Laser ---- */
-
-/* Switches the laser on and leaves it on until vlListAppendLaserOff's command. */
-KELVO_API int32_t vlListAppendLaserOn(int64_t list);
-/* Switches the laser off. */
-KELVO_API int32_t vlListAppendLaserOff(int64_t list);
-
-/* ---- Flow ---- */
-
-/* Makes the card send the progress notification `value` when the list arrives here. */
-KELVO_API int32_t vlListAppendProgress(int64_t list, int32_t value);
-/* Opens a loop that runs what follows, up to its loop end, `count` times. */
-KELVO_API int32_t vlListAppendLoopStart(int64_t list, int32_t count);
-/* Closes the innermost loop. Nothing checks that one is open: vlListSet refuses a list whose loops do not
- * match. */
-KELVO_API int32_t vlListAppendLoopEnd(int64_t list);
-/* Leaves the innermost loop. Fails with "No loop opened!" when none is open. */
-KELVO_API int32_t vlListAppendLoopBreak(int64_t list);
 
 /* ---- Lists on the card ---- */
 

@@ -10,6 +10,7 @@
 
 #include "capi/APIContext.h"
 #include "capi/KelvoErrorHandler.h"
+#include "capi/RecentList.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -44,10 +45,7 @@ auto OnConnection(std::int32_t handle, Work&& work) noexcept {
 // On the list of a list handle, under its lock.
 template <class Work>
 auto OnList(std::int64_t list, Work&& work) noexcept {
-  return Guarded([&] {
-    const auto connection = APIContext::getInstance().Share(ListTable::ConnectionOf(list));
-    return connection->Lists.Get(list)->Use(work);
-  });
+  return Guarded([&] { return ThreadOwned<RecentList>::Get().Find(list).Use(work); });
 }
 
 // The same for the font of a font handle.
