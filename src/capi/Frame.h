@@ -42,10 +42,15 @@ auto OnConnection(std::int32_t handle, Work&& work) noexcept {
   return Guarded([&] { return work(*APIContext::getInstance().Share(handle)); });
 }
 
+// The list of a list handle, valid until this thread looks for another one.
+inline ListTable::Entry& FindList(std::int64_t list) {
+  return ThreadOwned<RecentList>::Get().Find(list);
+}
+
 // On the list of a list handle, under its lock.
 template <class Work>
 auto OnList(std::int64_t list, Work&& work) noexcept {
-  return Guarded([&] { return ThreadOwned<RecentList>::Get().Find(list).Use(work); });
+  return Guarded([&] { return FindList(list).Use(work); });
 }
 
 // The same for the font of a font handle.

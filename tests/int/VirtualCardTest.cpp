@@ -1,108 +1,11 @@
 // The virtual card as a program of its own, spoken to over real sockets.
 #include <sys/socket.h>
 
-#include <condition_variable>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
-#include "client/ClientAPI.h"
-#include "int/CardProcess.h"
-#include "int/Helpers.h"
-#include "lists/CommandCodes.h"
-#include "lists/ListAPI.h"
+#include "int/CardClient.h"
 #include "support/FakeCard.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
-
-using namespace ClientLib;
-using Text = std::string;
-using Events = std::vector<Text>;
-
-// A list from mnemonics, each with its values: 1 is an integer, 1.0 a double, "1,0" and "1,0,0" are points.
-CommandList List(const Text& text) {
-  std::vector<Command> commands;
-  std::istringstream stream(text);
-  for (Text word; stream >> word;) {
-    double x, y, z;
-    const int count = std::sscanf(word.c_str(), "%lf,%lf,%lf", &x, &y, &z);
-    const bool isInteger = word.find_first_not_of("-0123456789") == Text::npos;
-    if (count == 3) commands.back().Add(Point3D{{x, y, z}});
-    if (count == 2) commands.back().Add(Point2D{{x, y}});
-    if (count == 1 && isInteger) commands.back().Add(std::stoi(word));
-    if (count == 1 && !isInteger) commands.back().Add(x);
-    if (count == 0) commands.emplace_back(CodeOf(word).value_or(7654321));
-  }
-  return CommandList(commands);
-}
-
-// Keeps every notification in the order of arrival, as "progress 5", "done 7", "idle 7", "error TEXT".
-class Client : public ClientAPI {
- public:
-  explicit Client(const CardProcess& card, const char* address = "127.0.0.1") {
-    using Kind = ListEventKind;
-    ListEvents& events = GetListEvents();
-    events.RegisterCallback(Kind::Progress, [this](int, int i) { Keep("progress " + std::to_string(i)); });
-    events.RegisterCallback(Kind::ListDone, [this](int, int i) { Keep("done " + std::to_string(i)); });
-    events.RegisterCallback(Kind::ListIdle, [this](int, int i) { Keep("idle " + std::to_string(i)); });
-    events.RegisterErrorEventCallback(
-        [this](int, int, const char* text, std::uint32_t) { Keep("error " + SecondLine(text)); });
-    Connect(IPAddress::Resolve(address), card.GetPort(), 1);
-  }
-  ~Client() override { Disconnect(); }
-
-  // The notifications since the last time, as soon as the latest begins with `last`.
-  Events EventsUpTo(const Text& last) {
-    std::unique_lock lock(mutex_);
-    changed_.wait_for(lock, std::chrono::seconds(20),
-                      [&] { return !events_.empty() && events_.back().starts_with(last); });
-    return std::exchange(events_, {});
-  }
-  // Runs the list as list 7 and gives its events.
-  Events Run(const Text& text, const Text& last = "idle") {
-    CommandList list = List(text);
-    Lists.Set(7, list, false, -1);
-    Lists.Execute(7);
-    return EventsUpTo(last);
-  }
-  // The text with which the card refuses a call.
-  template <class... Args>
-  Text Refusal(const char* method, const Args&... args) {
-    return SecondLine(Failure([&] { Call(method, args...); }));
-  }
-
-  ListAPI Lists{*this, GetListEvents()};
-
- private:
-  // Where descriptions of remote errors have the card's text.
-  static Text SecondLine(const Text& text) {
-    const std::size_t begin = text.find('\n') + 1;
-    return text.substr(begin, text.find('\n', begin) - begin);
-  }
-  void Keep(const Text& event) {
-    const std::lock_guard lock(mutex_);
-    events_.push_back(event);
-    changed_.notify_all();
-  }
-
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  Events events_;
-};
-
-// A file name in a directory of its own, which goes with the object.
-class PictureFile {
- public:
-  PictureFile() { EXPECT_NE(mkdtemp(directory_.data()), nullptr); }
-  ~PictureFile() { std::filesystem::remove_all(directory_); }
-  Text Name() const { return directory_ + "/run.svg"; }
-  Text Content() const { return {std::istreambuf_iterator<char>(std::ifstream(Name()).rdbuf()), {}}; }
-
- private:
-  Text directory_ = "/tmp/kelvo-test-XXXXXX";
-};
 
 // A connection that sends and takes mere bytes.
 int Connect(const CardProcess& card) {
@@ -190,7 +93,6 @@ TEST(VirtualCardRun, IsAbortedAtOnceHoweverLongItWouldTake) {
 
 TEST(VirtualCardRun, EndsWithAnErrorThatNamesTheCommand) {
   const std::pair<const char*, const char*> cases[] = {
-      {"0 (ARCA): not supported by the virtual card.", "ARCA 0,0 1.0"},
       {"0 (code 7654321): not supported by the virtual card.", "UNKNOWN"},
       {"0 (JS): The speed must be positive and finite.", "JS 0.0"},
       {"0 (SL): The duration must be finite and not negative.", "SL nan"},
