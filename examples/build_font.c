@@ -87,7 +87,7 @@ static int64_t BuildFont(int32_t handle, int32_t fontId, double height) {
   return font;
 }
 
-/* Sends the font to the card, which from then on has it after every start and marks text in it. */
+/* Sends the font to the card, which keeps a stored copy of it, too, and marks text in it from then on. */
 static void InstallFont(int32_t handle, const Options* options) {
   const int64_t font = BuildFont(handle, options->fontId, options->height);
   uint32_t count = 0;
