@@ -11,6 +11,7 @@
 #include "LibraryRows.h"
 #include "RawServer.h"
 #include "ReferenceRows.h"
+#include "TextRows.h"
 
 namespace {
 
@@ -75,6 +76,7 @@ int main(int argc, char** argv) {
     Harness harness;
     RegisterReferenceRows(harness);
     RegisterLibraryRows(harness);
+    RegisterTextRows(harness);
     if (options.isSelfCheck) harness.AddSelfCheckRows();
     return harness.Run(options) ? 0 : 1;
   } catch (const std::invalid_argument& error) {
