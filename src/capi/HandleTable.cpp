@@ -13,9 +13,10 @@ void HandleTable<Kind>::ThrowMissing() {
 
 template <class Kind>
 void HandleTable<Kind>::Entry::Release() {
-  const MutexLock lock(mutex_);
+  Object gone;  // destroyed after the lock
+  const MomentLock lock(mutex_);
   released_ = true;
-  object_ = Object();
+  std::swap(gone, object_);
 }
 
 template <class Kind>

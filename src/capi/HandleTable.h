@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "common/MomentMutex.h"
 #include "common/Mutex.h"
 #include "lists/CommandList.h"
 #include "services/Font.h"
@@ -41,7 +42,7 @@ class HandleTable {
     // when it was released meanwhile. `f` must neither wait for a card nor call out.
     template <class F>
     auto Use(F&& f) KELVO_EXCLUDES(mutex_) {
-      const MutexLock lock(mutex_);
+      const MomentLock lock(mutex_);
       if (IsReleased()) ThrowMissing();
       return f(object_);
     }
@@ -50,7 +51,7 @@ class HandleTable {
     bool IsReleased() const { return released_.load(std::memory_order_relaxed); }
 
    private:
-    Mutex mutex_;
+    MomentMutex mutex_;
     std::atomic<bool> released_ = false;  // set under the mutex
     Object object_ KELVO_GUARDED_BY(mutex_);
   };

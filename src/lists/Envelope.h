@@ -55,7 +55,7 @@ constexpr const unsigned char* Get(const unsigned char* at, std::int32_t& code, 
   const unsigned char head = *++at;
   ++at;
   if (head < 0x80 || head >= 0xE0) {
-    code = static_cast<std::int8_t>(head);
+    code = head < 0x80 ? head : head - 0x100;
   } else {
     const bool isNegative = head >= 0xD0;
     const unsigned bytes = 1U << (head - (isNegative ? 0xD0U : 0xCCU));
