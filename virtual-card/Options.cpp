@@ -23,6 +23,9 @@ std::string Footer() {
          "A request may have up to " +
          std::to_string(Session::MostBodyBytes >> 20) +
          " MiB; a connection that sends a longer one is closed.\n"
+         "While it runs, the card takes lines on standard input: 'input PORT VALUE', 'start' (for "
+         "WAIT_START),\n"
+         "'signal NAME', 'resume' (after SUSPEND).\n"
          "Ctrl-C or SIGTERM ends the program.";
 }
 
@@ -45,6 +48,24 @@ CLI::Option* AddPositive(CLI::App& app, const char* name, double& value, const c
     return number.has_value();
   };
   return app.add_option(name, parse, help);
+}
+
+void AddInputs(CLI::App& app, std::vector<InputSetting>& inputs) {
+  const auto parse = [&inputs](const CLI::results_t& results) {
+    for (const std::string& text : results) {
+      const std::size_t equals = text.find('=');
+      if (equals == std::string::npos) return false;
+      const auto input = ParseInput(text.substr(0, equals), text.substr(equals + 1));
+      if (!input) return false;
+      inputs.push_back(*input);
+    }
+    return true;
+  };
+  app.add_option("--input", parse, "Bits of an input port, decimal or 0x and hexadecimal; may be repeated")
+      ->type_name("PORT=VALUE")
+      ->type_size(1)
+      ->expected(1, -1)
+      ->allow_extra_args(false);
 }
 
 }  // namespace
@@ -70,6 +91,10 @@ std::optional<Options> ParseOptions(int count, const char* const* arguments, int
       ->type_name("WIDTH")
       ->default_str("0.1");
   app.add_flag("--svg-all-runs", options.DrawAllRuns, "Draw all runs into one picture, not the latest alone");
+  AddInputs(app, options.Inputs);
+  app.add_option("--standalone-list", options.StandaloneList,
+                 "The list that GOTO_STANDALONE_LIST branches to")
+      ->type_name("ID");
   app.add_option("--queue", options.Queue,
                  "Bytes of notifications that may wait for a client that does not read them; when there are "
                  "more, its connection is closed")

@@ -2,8 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
+
+#include "console/InputSetting.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -16,6 +20,8 @@ struct Options {
   std::string SvgFile;  // empty: none
   double Beam = 0.1;    // field units
   bool DrawAllRuns = false;
+  std::vector<InputSetting> Inputs;
+  std::optional<std::int32_t> StandaloneList;
   std::size_t Queue = 16 << 20;  // bytes of notifications that wait for one client at most
   bool Verbose = false;
 };

@@ -1,4 +1,5 @@
 // kelvo-virtual-card: a controller card in software.
+#include <fcntl.h>
 #include <sys/resource.h>
 
 #include <csignal>
@@ -8,6 +9,7 @@
 #include "Log.h"
 #include "Options.h"
 #include "card/Card.h"
+#include "console/StandardInput.h"
 #include "server/Server.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -37,16 +39,24 @@ void AllowManyDescriptors() {
   setrlimit(RLIMIT_NOFILE, &limit);
 }
 
+// Or a socket might get the number of a standard stream that the program was started without.
+void OpenStandardStreams() {
+  for (int stream = 0; stream <= 2; ++stream) {
+    if (fcntl(stream, F_GETFD) < 0) static_cast<void>(open("/dev/null", O_RDWR));
+  }
+}
+
 void Serve(const Options& options, const sigset_t& stopSignals) {
   Server server(ClientLib::IPAddress::Resolve(options.Address.c_str()), options.Port,
                 {options.Queue, options.Verbose});
   Card card({{options.Firmware, options.Serial},
-             options.Speed,
-             {options.SvgFile, options.Beam, options.DrawAllRuns}},
+             {options.Speed, {options.SvgFile, options.Beam, options.DrawAllRuns}, options.StandaloneList}},
             server);
+  for (const InputSetting& input : options.Inputs) card.Inputs.Set(input.Port, input.Bits);
   server.Start(card);
   std::printf("Listening on %s\n", server.GetPlace().c_str());
   std::fflush(stdout);
+  const StandardInput console(card);
   WaitForStop(stopSignals);
   card.Execution.Stop();  // first, so that clients are told and no call waits for the end of a run
   server.Stop();
@@ -58,6 +68,7 @@ void Serve(const Options& options, const sigset_t& stopSignals) {
 
 int main(int count, char** arguments) {
   using namespace VELTRO::KELVO::VirtualCard;
+  OpenStandardStreams();
   int exitCode = 0;
   const auto options = ParseOptions(count, arguments, exitCode);
   if (!options) return exitCode;

@@ -1,14 +1,9 @@
-/* Command lists: build them, upload them to the card, run them and follow their progress.
- * Conventions: kelvo.h.
+/* Command lists: make them, upload them to the card, run them and follow their progress. The commands that
+ * they are built of are in KelvoListAppendAPI.h. Conventions: kelvo.h.
  *
  * A list lives in the application's memory under a list handle (int64_t) and on the card under a list id
  * (int32_t) that the application chooses. Functions that build a list are local and take the list handle;
  * functions that act on the card take the connection handle and the list id.
- *
- * Every vlListAppend... function appends one command, or nothing when it fails, and returns 0 or -1 with
- *   a bad handle (kelvo.h, 3 and 4), or
- *   "Command exceeds the maximum allowed command size of 921600 . Please split into several commands."
- * and is local. Only what it does is said with each.
  */
 #ifndef KELVO_LIST_API_H
 #define KELVO_LIST_API_H
@@ -22,6 +17,11 @@ KELVO_EXTERN_C_BEGIN
 /* Makes an empty list on the connection `handle`. Returns its list handle, or -1 (kelvo.h, 3;
  * "List handle already occupied."). Local. */
 KELVO_API int64_t vlListAllocate(int32_t handle);
+
+/* Makes a list from its text (docs/list-text.md has the form): what vlListToString writes, or what is written by
+ * hand. Returns its list handle, or -1 (kelvo.h, 3; "Illegal list content!" for a text that is no list;
+ * "List handle already occupied."). Local. */
+KELVO_API int64_t vlListAllocateFromString(int32_t handle, const char* text);
 
 /* Releases the list. Safe while another thread appends to it or uploads it. Returns 0 whether or not the list
  * existed, or -1 when its connection does not exist (kelvo.h, 3). Local. */
@@ -37,79 +37,43 @@ KELVO_API int32_t vlListClear(int64_t list);
 /* Returns the number of commands in the list, or -1. Local. */
 KELVO_API int32_t vlListCommandCount(int64_t list);
 
-/* ---- Motion: positions in field units ---- */
+/* Appends all commands of the list `other`, which may be the same list or one of another connection. Its labels
+ * and open loops stay where they are. Returns 0 or -1. Local. */
+KELVO_API int32_t vlListAppendList(int64_t list, int64_t other);
 
-/* Jumps (moves with the laser off) to the position (x, y). */
-KELVO_API int32_t vlListAppendJumpAbs2D(int64_t list, double x, double y);
-/* Jumps by (dx, dy) from where the list has arrived. */
-KELVO_API int32_t vlListAppendJumpRel2D(int64_t list, double dx, double dy);
-/* Jumps to the position (x, y, z). */
-KELVO_API int32_t vlListAppendJumpAbs3D(int64_t list, double x, double y, double z);
-/* Jumps by (dx, dy, dz). */
-KELVO_API int32_t vlListAppendJumpRel3D(int64_t list, double dx, double dy, double dz);
-/* Marks a straight line (laser on) to the position (x, y). */
-KELVO_API int32_t vlListAppendMarkAbs2D(int64_t list, double x, double y);
-/* Marks a straight line by (dx, dy). */
-KELVO_API int32_t vlListAppendMarkRel2D(int64_t list, double dx, double dy);
-/* Marks a straight line to the position (x, y, z). */
-KELVO_API int32_t vlListAppendMarkAbs3D(int64_t list, double x, double y, double z);
-/* Marks a straight line by (dx, dy, dz). */
-KELVO_API int32_t vlListAppendMarkRel3D(int64_t list, double dx, double dy, double dz);
+/* Appends one command in text form (docs/list-text.md), "{ MA, P2D[ X=1 Y=2 ] }". Loops in text do not change how many
+ * are open. Returns 0, or -1: "Unable to parse command", "Unable to parse command code" (an unknown mnemonic),
+ * "Unable to parse Point." (too few numbers), or another text that says what cannot be read. Local. */
+KELVO_API int32_t vlListAppendCommandFromString(int64_t list, const char* text);
 
-/* ---- Speeds: field units per microsecond ---- */
+/* Returns the length of the list's text without a terminating zero, or -1. Local. */
+KELVO_API int64_t vlListStringLen(int64_t list);
 
-/* Sets the speed of the jumps that follow. */
-KELVO_API int32_t vlListAppendJumpSpeed(int64_t list, double speed);
-/* Sets the speed of the marks that follow. */
-KELVO_API int32_t vlListAppendMarkSpeed(int64_t list, double speed);
-
-/* ---- Delays: microseconds ---- */
-
-/* Sets the wait after a jump, in which the galvos settle. */
-KELVO_API int32_t vlListAppendJumpDelay(int64_t list, double delay_us);
-/* Sets the wait after the last mark of a run of marks. */
-KELVO_API int32_t vlListAppendMarkDelay(int64_t list, double delay_us);
-/* Sets the wait between two marks that follow each other. */
-KELVO_API int32_t vlListAppendPolyDelay(int64_t list, double delay_us);
-/* Sets the time from the start of a mark's motion until the laser is on; negative switches it on before. */
-KELVO_API int32_t vlListAppendLaserOnDelay(int64_t list, double delay_us);
-/* Sets the time from the end of a mark's motion until the laser is off. */
-KELVO_API int32_t vlListAppendLaserOffDelay(int64_t list, double delay_us);
-/* Waits, without motion. */
-KELVO_API int32_t vlListAppendSleep(int64_t list, double duration_us);
-
-/* ---- Laser ---- */
-
-/* Switches the laser on and leaves it on until vlListAppendLaserOff's command. */
-KELVO_API int32_t vlListAppendLaserOn(int64_t list);
-/* Switches the laser off. */
-KELVO_API int32_t vlListAppendLaserOff(int64_t list);
-
-/* ---- Flow ---- */
-
-/* Makes the card send the progress notification `value` when the list arrives here. */
-KELVO_API int32_t vlListAppendProgress(int64_t list, int32_t value);
-/* Opens a loop that runs what follows, up to its loop end, `count` times. */
-KELVO_API int32_t vlListAppendLoopStart(int64_t list, int32_t count);
-/* Closes the innermost loop. Nothing checks that one is open: vlListSet refuses a list whose loops do not
- * match. */
-KELVO_API int32_t vlListAppendLoopEnd(int64_t list);
-/* Leaves the innermost loop. Fails with "No loop opened!" when none is open. */
-KELVO_API int32_t vlListAppendLoopBreak(int64_t list);
+/* Writes the list's text, as vlListAllocateFromString reads it, with a terminating zero into `buffer` of `size`
+ * bytes, and its length without the zero to `*length`. Returns 0, or -1 with "Buffer is too small." unless `size`
+ * is at least the length plus 2 (deliberately one byte more than the text and its zero). Local. */
+KELVO_API int32_t vlListToString(int64_t list, char* buffer, uint32_t size, uint32_t* length);
 
 /* ---- Lists on the card ---- */
 
 /* Uploads the list as the card's list `list_id`, in as many pieces as it needs; with `append` behind what the
  * card has under that id, else in its place. `list_field` is a number the card receives ahead of the
  * commands; -1 where the card's manual asks for none. What is uploaded is the list as it is at the time of
- * the call; other threads may go on changing it. Returns 0, or -1: "There are open loops inside the list!"
- * (nothing is sent), or kelvo.h, 5. After a failure in the middle the card may hold the first part of the
+ * the call; other threads may go on changing it. Resolves the list's labels. Returns 0, or -1: "Label 'NAME' not defined
+ * (referenced from 'CODE' at INDEX).", "There are open loops inside the list!" or "Command INDEX is too large to be
+ * uploaded.", and nothing is sent; or kelvo.h, 5. After a failure in the middle the card may hold the first part of the
  * list. Remote. */
 KELVO_API int32_t vlListSet(int32_t handle, int32_t list_id, int64_t list, bool append, int32_t list_field);
 
 /* Fetches the card's list `list_id` and puts it in place of the content of `list`, labels included: a fetched
  * list has none. Returns 0 or -1; on failure the list is as it was. Remote. */
 KELVO_API int32_t vlListGet(int32_t handle, int32_t list_id, int64_t list);
+
+/* Makes the list `list_id` that the card has stored one that it can run. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlListLoad(int32_t handle, int32_t list_id);
+
+/* Makes the card store its list `list_id` for good. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlListStore(int32_t handle, int32_t list_id);
 
 /* Deletes the card's list `list_id`; what `flag` means is the card's business (the virtual card: also delete
  * what it stored of it). Returns 0 or -1. Remote. */
@@ -127,12 +91,27 @@ KELVO_API int32_t vlListExecute(int32_t handle, int32_t list_id);
 /* Ends the running list; without one it does nothing. Returns 0 or -1. Remote. */
 KELVO_API int32_t vlListAbortExecution(int32_t handle);
 
+/* Ends the running list and puts execution back to its beginning (the virtual card: variables, counters and signals,
+ * too). Returns 0 or -1. Remote. */
+KELVO_API int32_t vlListResetExecution(int32_t handle);
+
 /* Writes whether a list is running to `*in_progress`. Returns 0 or -1. Remote. */
 KELVO_API int32_t vlListIsExecutionInProgress(int32_t handle, bool* in_progress);
 
 /* Writes the status of the card's list `list_id`, whose values are the card's business (the virtual card: 0
  * no such list, 1 ready, 2 running), to `*status`. Returns 0 or -1. Remote. */
 KELVO_API int32_t vlListGetListStatus(int32_t handle, int32_t list_id, int32_t* status);
+
+/* Writes where the card is in its list `list_id` to `*caret` (the virtual card: the index of the command that is
+ * running, -1 when the list is not). Returns 0 or -1. Remote. */
+KELVO_API int32_t vlListGetListCaret(int32_t handle, int32_t list_id, int32_t* caret);
+
+/* Limits how long a list may run (the virtual card: in milliseconds of its own time, 0 for no limit). Returns 0 or
+ * -1. Remote. */
+KELVO_API int32_t vlListSetExecutionLimit(int32_t handle, int32_t limit);
+
+/* Writes the execution limit to `*limit`. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlListGetExecutionLimit(int32_t handle, int32_t* limit);
 
 /* Statistics of the latest execution. Times are the card's own (the virtual card: microseconds). */
 typedef struct vlListExecutionStats {

@@ -17,4 +17,34 @@
 
 #define KELVO_API __attribute__((visibility("default")))
 
+KELVO_EXTERN_C_BEGIN
+
+/* Points, in field units unless a function says otherwise. */
+typedef struct vlPoint2D {
+  double X, Y;
+} vlPoint2D;
+typedef struct vlPoint3D {
+  double X, Y, Z;
+} vlPoint3D;
+typedef struct vlPoint2DInt {
+  int32_t X, Y;
+} vlPoint2DInt;
+typedef struct vlPoint3DInt {
+  int32_t X, Y, Z;
+} vlPoint3DInt;
+
+/* An affine map x' = A x + b; A[row][column]. */
+typedef struct vlTransform3D {
+  double A[3][3];
+  double b[3];
+} vlTransform3D;
+
+KELVO_STATIC_ASSERT(sizeof(vlPoint2D) == 16 && sizeof(vlPoint3D) == 24,
+                    "the layout is part of the interface");
+KELVO_STATIC_ASSERT(sizeof(vlPoint2DInt) == 8 && sizeof(vlPoint3DInt) == 12,
+                    "the layout is part of the interface");
+KELVO_STATIC_ASSERT(sizeof(vlTransform3D) == 96, "the layout is part of the interface");
+
+KELVO_EXTERN_C_END
+
 #endif

@@ -45,5 +45,6 @@
 #include "kelvo/KelvoClientAPI.h"
 #include "kelvo/KelvoFontAPI.h"
 #include "kelvo/KelvoListAPI.h"
+#include "kelvo/KelvoListAppendAPI.h"
 
 #endif

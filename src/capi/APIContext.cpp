@@ -63,12 +63,15 @@ std::shared_ptr<ConnectionContext> APIContext::Share(int handle) {
 }
 
 void APIContext::Remove(int handle) {
-  std::shared_ptr<ConnectionContext> removed;  // destroyed last, after the lock
-  const MutexLock lock(mutex_);
-  if (const auto found = contexts_.find(handle); found != contexts_.end()) {
+  std::shared_ptr<ConnectionContext> removed;
+  {
+    const MutexLock lock(mutex_);
+    const auto found = contexts_.find(handle);
+    if (found == contexts_.end()) return;
     removed = std::move(found->second);
     contexts_.erase(found);
   }
+  removed->EndHandles();
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -16,6 +16,12 @@ struct ConnectionContext {
   ListAPI GetListAPI() { return {Client, Client.GetListEvents()}; }
   FontAPI GetFontAPI() { return FontAPI(Client); }
 
+  // Ends every list and font, also for threads that hold one.
+  void EndHandles() {
+    Lists.ReleaseAll();
+    Fonts.ReleaseAll();
+  }
+
   ClientAPI Client;
   ListTable Lists;
   FontTable Fonts;

@@ -10,6 +10,7 @@
 
 #include "capi/APIContext.h"
 #include "capi/KelvoErrorHandler.h"
+#include "capi/RecentList.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -41,13 +42,15 @@ auto OnConnection(std::int32_t handle, Work&& work) noexcept {
   return Guarded([&] { return work(*APIContext::getInstance().Share(handle)); });
 }
 
+// The list of a list handle, valid until this thread looks for another one.
+inline ListTable::Entry& FindList(std::int64_t list) {
+  return ThreadOwned<RecentList>::Get().Find(list);
+}
+
 // On the list of a list handle, under its lock.
 template <class Work>
 auto OnList(std::int64_t list, Work&& work) noexcept {
-  return Guarded([&] {
-    const auto connection = APIContext::getInstance().Share(ListTable::ConnectionOf(list));
-    return connection->Lists.Get(list)->Use(work);
-  });
+  return Guarded([&] { return FindList(list).Use(work); });
 }
 
 // The same for the font of a font handle.

@@ -55,6 +55,16 @@ void HandleTable<Kind>::Delete(std::int64_t handle) {
   if (!Release(handle)) ThrowMissing();
 }
 
+template <class Kind>
+void HandleTable<Kind>::ReleaseAll() {
+  std::unordered_map<std::int64_t, std::shared_ptr<Entry>> released;
+  {
+    const MutexLock lock(mutex_);
+    released.swap(entries_);
+  }
+  for (const auto& [handle, entry] : released) entry->Release();
+}
+
 template class HandleTable<ListKind>;
 template class HandleTable<FontKind>;
 

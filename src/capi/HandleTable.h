@@ -1,6 +1,7 @@
 // The lists and the fonts of one connection under their handles.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
@@ -41,14 +42,16 @@ class HandleTable {
     template <class F>
     auto Use(F&& f) KELVO_EXCLUDES(mutex_) {
       const MutexLock lock(mutex_);
-      if (released_) ThrowMissing();
+      if (IsReleased()) ThrowMissing();
       return f(object_);
     }
     void Release();
+    // For a look without the lock: what it says may be over by the time it is read.
+    bool IsReleased() const { return released_.load(std::memory_order_relaxed); }
 
    private:
     Mutex mutex_;
-    bool released_ KELVO_GUARDED_BY(mutex_) = false;
+    std::atomic<bool> released_ = false;  // set under the mutex
     Object object_ KELVO_GUARDED_BY(mutex_);
   };
 
@@ -64,6 +67,8 @@ class HandleTable {
   bool Release(std::int64_t handle);
   // The same, but throws std::runtime_error "NAME does not exist." when there is none.
   void Delete(std::int64_t handle);
+  // Releases every object there is: who still holds an entry finds it released.
+  void ReleaseAll();
 
  private:
   [[noreturn]] static void ThrowMissing();

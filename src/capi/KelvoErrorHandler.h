@@ -6,11 +6,15 @@
 #include <string>
 #include <string_view>
 
+#include "capi/ThreadOwned.h"
+
 namespace VELTRO::KELVO::ClientLib {
 
 class KelvoErrorHandler {
  public:
-  static KelvoErrorHandler& getThreadLocalInstance() noexcept;
+  static KelvoErrorHandler& getThreadLocalInstance() noexcept {
+    return ThreadOwned<KelvoErrorHandler>::Get();
+  }
 
   // Keeps a text as the current error. When it cannot be stored the error is "Unable to generate error
   // message.".
@@ -21,10 +25,10 @@ class KelvoErrorHandler {
 
   std::string_view Get() const noexcept { return current_; }
 
- private:
   // No error, and no memory either.
   void Release() noexcept;
 
+ private:
   std::string buffer_;
   std::string_view current_;
 };

@@ -1,9 +1,10 @@
 #include "kelvo/KelvoListAPI.h"
 
 #include <algorithm>
-#include <limits>
+#include <exception>
 
 #include "capi/Frame.h"
+#include "capi/TextBuffer.h"
 
 using namespace VELTRO::KELVO::ClientLib;
 
@@ -40,10 +41,29 @@ int32_t UnRegister(int32_t handle, ListEventKind kind, uint32_t callback_id) {
   });
 }
 
+CommandList Copy(const CommandList& commands) {
+  return commands;
+}
+
+CommandList ReadList(const char* text) {
+  try {
+    return CommandList::FromString(text);
+  } catch (const std::exception&) {
+    throw std::runtime_error("Illegal list content!");
+  }
+}
+
 }  // namespace
 
 int64_t vlListAllocate(int32_t handle) {
   return OnConnection(handle, [](ConnectionContext& connection) { return connection.Lists.Allocate(); });
+}
+
+int64_t vlListAllocateFromString(int32_t handle, const char* text) {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    NotNull(text, "text");
+    return connection.Lists.Allocate(ReadList(text));
+  });
 }
 
 int32_t vlListReleaseHandle(int64_t list) {
@@ -64,100 +84,35 @@ int32_t vlListCommandCount(int64_t list) {
   return OnList(list, [](CommandList& commands) { return static_cast<int32_t>(commands.GetCommandCount()); });
 }
 
-int32_t vlListAppendJumpAbs2D(int64_t list, double x, double y) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendJumpAbs(Point2D{x, y}); });
+int32_t vlListAppendList(int64_t list, int64_t other) {
+  return Guarded([&] {
+    const CommandList appended = FindList(other).Use(Copy);
+    FindList(list).Use([&](CommandList& commands) { commands.Append(appended); });
+  });
 }
 
-int32_t vlListAppendJumpRel2D(int64_t list, double dx, double dy) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendJumpRel(Point2D{dx, dy}); });
+int32_t vlListAppendCommandFromString(int64_t list, const char* text) {
+  return OnList(list, [&](CommandList& commands) {
+    commands.Append(Command::FromString(NotNull(text, "text")).View());
+  });
 }
 
-int32_t vlListAppendJumpAbs3D(int64_t list, double x, double y, double z) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendJumpAbs(Point3D{x, y, z}); });
+int64_t vlListStringLen(int64_t list) {
+  return OnList(list, [](CommandList& commands) { return static_cast<int64_t>(commands.ToString().size()); });
 }
 
-int32_t vlListAppendJumpRel3D(int64_t list, double dx, double dy, double dz) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendJumpRel(Point3D{dx, dy, dz}); });
-}
-
-int32_t vlListAppendMarkAbs2D(int64_t list, double x, double y) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendMarkAbs(Point2D{x, y}); });
-}
-
-int32_t vlListAppendMarkRel2D(int64_t list, double dx, double dy) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendMarkRel(Point2D{dx, dy}); });
-}
-
-int32_t vlListAppendMarkAbs3D(int64_t list, double x, double y, double z) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendMarkAbs(Point3D{x, y, z}); });
-}
-
-int32_t vlListAppendMarkRel3D(int64_t list, double dx, double dy, double dz) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendMarkRel(Point3D{dx, dy, dz}); });
-}
-
-int32_t vlListAppendJumpSpeed(int64_t list, double speed) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendJumpSpeed(speed); });
-}
-
-int32_t vlListAppendMarkSpeed(int64_t list, double speed) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendMarkSpeed(speed); });
-}
-
-int32_t vlListAppendJumpDelay(int64_t list, double delay_us) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendJumpDelay(delay_us); });
-}
-
-int32_t vlListAppendMarkDelay(int64_t list, double delay_us) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendMarkDelay(delay_us); });
-}
-
-int32_t vlListAppendPolyDelay(int64_t list, double delay_us) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendPolyDelay(delay_us); });
-}
-
-int32_t vlListAppendLaserOnDelay(int64_t list, double delay_us) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendLaserOnDelay(delay_us); });
-}
-
-int32_t vlListAppendLaserOffDelay(int64_t list, double delay_us) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendLaserOffDelay(delay_us); });
-}
-
-int32_t vlListAppendSleep(int64_t list, double duration_us) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendSleep(duration_us); });
-}
-
-int32_t vlListAppendLaserOn(int64_t list) {
-  return OnList(list, [](CommandList& commands) { commands.AppendLaserOn(); });
-}
-
-int32_t vlListAppendLaserOff(int64_t list) {
-  return OnList(list, [](CommandList& commands) { commands.AppendLaserOff(); });
-}
-
-int32_t vlListAppendProgress(int64_t list, int32_t value) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendProgress(value); });
-}
-
-int32_t vlListAppendLoopStart(int64_t list, int32_t count) {
-  return OnList(list, [&](CommandList& commands) { commands.AppendLoopStart(count); });
-}
-
-int32_t vlListAppendLoopEnd(int64_t list) {
-  return OnList(list, [](CommandList& commands) { commands.AppendLoopEnd(); });
-}
-
-int32_t vlListAppendLoopBreak(int64_t list) {
-  return OnList(list, [](CommandList& commands) { commands.AppendLoopBreak(); });
+int32_t vlListToString(int64_t list, char* buffer, uint32_t size, uint32_t* length) {
+  return OnList(list, [&](CommandList& commands) { CopyText(commands.ToString(), buffer, size, length); });
 }
 
 int32_t vlListSet(int32_t handle, int32_t list_id, int64_t list, bool append, int32_t list_field) {
   return OnConnection(handle, [&](ConnectionContext& connection) {
     // A snapshot, which shares the commands' memory: no lock is held while the card is waited for.
-    CommandList snapshot =
-        connection.Lists.Get(list)->Use([](const CommandList& commands) { return commands; });
-    connection.GetListAPI().Set(list_id, snapshot, append, list_field);
+    CommandList snapshot = connection.Lists.Get(list)->Use([&](CommandList& commands) {
+      ListAPI::Prepare(commands, list_field);
+      return commands;
+    });
+    connection.GetListAPI().Send(list_id, snapshot, append);
   });
 }
 
@@ -185,6 +140,14 @@ int32_t vlListGetStoredListIDs(int32_t handle, int32_t* ids, uint32_t capacity, 
   });
 }
 
+int32_t vlListLoad(int32_t handle, int32_t list_id) {
+  return OnConnection(handle, [&](ConnectionContext& connection) { connection.GetListAPI().Load(list_id); });
+}
+
+int32_t vlListStore(int32_t handle, int32_t list_id) {
+  return OnConnection(handle, [&](ConnectionContext& connection) { connection.GetListAPI().Store(list_id); });
+}
+
 int32_t vlListExecute(int32_t handle, int32_t list_id) {
   return OnConnection(handle,
                       [&](ConnectionContext& connection) { connection.GetListAPI().Execute(list_id); });
@@ -193,6 +156,11 @@ int32_t vlListExecute(int32_t handle, int32_t list_id) {
 int32_t vlListAbortExecution(int32_t handle) {
   return OnConnection(handle,
                       [](ConnectionContext& connection) { connection.GetListAPI().AbortExecution(); });
+}
+
+int32_t vlListResetExecution(int32_t handle) {
+  return OnConnection(handle,
+                      [](ConnectionContext& connection) { connection.GetListAPI().ResetExecution(); });
 }
 
 int32_t vlListIsExecutionInProgress(int32_t handle, bool* in_progress) {
@@ -206,6 +174,25 @@ int32_t vlListGetListStatus(int32_t handle, int32_t list_id, int32_t* status) {
   return OnConnection(handle, [&](ConnectionContext& connection) {
     NotNull(status, "status");
     *status = connection.GetListAPI().GetListStatus(list_id);
+  });
+}
+
+int32_t vlListGetListCaret(int32_t handle, int32_t list_id, int32_t* caret) {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    NotNull(caret, "caret");
+    *caret = connection.GetListAPI().GetListCaret(list_id);
+  });
+}
+
+int32_t vlListSetExecutionLimit(int32_t handle, int32_t limit) {
+  return OnConnection(
+      handle, [&](ConnectionContext& connection) { connection.GetListAPI().SetExecutionLimit(limit); });
+}
+
+int32_t vlListGetExecutionLimit(int32_t handle, int32_t* limit) {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    NotNull(limit, "limit");
+    *limit = connection.GetListAPI().GetExecutionLimit();
   });
 }
 

@@ -2,10 +2,23 @@
 
 #include <stdexcept>
 
-#include "lists/CommandCodes.h"
+#include "lists/CommandTextReader.h"
 #include "lists/CommandValueReader.h"
+#include "lists/FixedTable.h"
+#include "lists/PackedCommands.h"
 
 namespace VELTRO::KELVO::ClientLib {
+
+namespace {
+
+#define KELVO_ONE(name, acronym, type) +1
+#define KELVO_BY_ACRONYM(name, acronym, type) {NameKey(#acronym), CommandValueType::name},
+constexpr FixedTable<CommandValueType::_enumerated, 0 KELVO_VALUE_TYPES(KELVO_ONE)> TypesByAcronym(
+    {{KELVO_VALUE_TYPES(KELVO_BY_ACRONYM)}});
+#undef KELVO_ONE
+#undef KELVO_BY_ACRONYM
+
+}  // namespace
 
 void PayloadRoom::ThrowTooLarge() {
   // The blank before the full stop belongs to the text.
@@ -53,9 +66,19 @@ void Command::Clear() {
 }
 
 bool Command::TryParseValueType(std::string_view text, CommandValueType& type) {
-  const auto acronym = CommandValueTypeAcronym::_from_string_nothrow(text);
-  if (acronym) type = CommandValueType::_from_integral(acronym->_to_integral());
-  return acronym.has_value();
+  const auto* found = TypesByAcronym.Find(NameKey(text));
+  if (found != nullptr) type = *found;
+  return found != nullptr;
+}
+
+Command Command::FromMatch(std::string_view commandText) {
+  return CommandTextReader::ReadCommand(commandText);
+}
+
+void Command::AppendCommandsFromString(std::string_view text, PackedCommands& list) {
+  PackedCommands read;
+  CommandTextReader::ReadList(text, read);
+  list.Append(read);
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -16,6 +16,8 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
+class PackedCommands;
+
 // The largest payload of one command, of one piece of a list upload and of one file write.
 inline constexpr std::size_t MaxPacketSize = 921600;
 
@@ -83,6 +85,11 @@ class Command {
   void Clear();
 
   std::string ToString() const { return View().ToString(); }
+  // The command of a text, blanks around it allowed (CommandTextReader.h).
+  static Command FromMatch(std::string_view commandText);
+  static Command FromString(std::string_view commandText) { return FromMatch(commandText); }
+  // Appends the commands of a list's text. A text that is refused leaves the list as it was.
+  static void AppendCommandsFromString(std::string_view text, PackedCommands& list);
 
   // The type of an acronym of the text form; false when there is none.
   static bool TryParseValueType(std::string_view text, CommandValueType& type);

@@ -1,7 +1,6 @@
 #include "lists/CommandCodes.h"
 
-#include <string>
-#include <unordered_map>
+#include "lists/FixedTable.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -13,38 +12,30 @@ static_assert(CommandCode::MARK_GENERAL_ELLIPSE ==
 static_assert(CommandCode::STOP_MOTF_3D == (CommandBase::MOTF_JUMP_CMD | CommandBase::_3D));
 static_assert(CommandCode::MAGNIFICATION_REL == (0x50 | CommandBase::_REL));
 
-template <class Map, class Enum>
-void AddMnemonics(Map& map, auto add) {
-  const auto names = Enum::_names();
-  const auto values = Enum::_values();
-  for (std::size_t i = 0; i < names.size(); ++i) add(map, names[i], values[i]._to_integral());
-}
+#define KELVO_ONE(mnemonic, name, code) +1
+constexpr std::size_t Count = 0 KELVO_COMMANDS(KELVO_ONE, KELVO_ONE) KELVO_COMMANDS_2(KELVO_ONE);
+#undef KELVO_ONE
 
-// Never destroyed, like the enumerations' own tables.
-template <class Map>
-const Map& MakeMap(auto add) {
-  auto& map = *new Map;
-  AddMnemonics<Map, CommandCodeAcronym>(map, add);
-  AddMnemonics<Map, CommandCodeAcronym2>(map, add);
-  return map;
-}
+using CodesByName = FixedTable<std::int32_t, Count>;
+using NamesByCode = FixedTable<std::string_view, Count>;
+
+#define KELVO_BY_NAME(mnemonic, name, code) {NameKey(#mnemonic), code},
+#define KELVO_BY_CODE(mnemonic, name, code) {std::uint32_t{code}, #mnemonic},
+constexpr CodesByName Codes({{KELVO_COMMANDS(KELVO_BY_NAME, KELVO_BY_NAME) KELVO_COMMANDS_2(KELVO_BY_NAME)}});
+constexpr NamesByCode Names({{KELVO_COMMANDS(KELVO_BY_CODE, KELVO_BY_CODE) KELVO_COMMANDS_2(KELVO_BY_CODE)}});
+#undef KELVO_BY_NAME
+#undef KELVO_BY_CODE
 
 }  // namespace
 
 std::optional<std::string_view> MnemonicOf(std::int32_t code) {
-  using Map = std::unordered_map<std::int32_t, std::string_view>;
-  static const Map& map = MakeMap<Map>(
-      [](Map& all, std::string_view mnemonic, std::int32_t value) { all.emplace(value, mnemonic); });
-  const auto found = map.find(code);
-  return found == map.end() ? std::nullopt : std::optional(found->second);
+  const std::string_view* found = Names.Find(static_cast<std::uint32_t>(code));
+  return found == nullptr ? std::nullopt : std::optional(*found);
 }
 
 std::optional<std::int32_t> CodeOf(std::string_view mnemonic) {
-  using Map = std::unordered_map<std::string_view, std::int32_t>;
-  static const Map& map =
-      MakeMap<Map>([](Map& all, std::string_view name, std::int32_t value) { all.emplace(name, value); });
-  const auto found = map.find(mnemonic);
-  return found == map.end() ? std::nullopt : std::optional(found->second);
+  const std::int32_t* found = Codes.Find(NameKey(mnemonic));
+  return found == nullptr ? std::nullopt : std::optional(*found);
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -3,10 +3,18 @@
 #include <limits>
 #include <stdexcept>
 
+#include "lists/CommandTextReader.h"
+
 namespace VELTRO::KELVO::ClientLib {
 
 CommandList::CommandList(std::span<const Command> commands) {
   for (const Command& command : commands) Append(command.View());
+}
+
+CommandList CommandList::FromString(Text text) {
+  CommandList list;
+  CommandTextReader::ReadList(text, list);
+  return list;
 }
 
 void CommandList::Clear() {

@@ -35,6 +35,9 @@ class CommandList : public PackedCommands {
   // Appends the commands of another list, neither its labels nor its open loops.
   void Append(const CommandList& other) { PackedCommands::Append(other); }
 
+  // The list of a text (CommandTextReader.h).
+  static CommandList FromString(Text text);
+
   // Empties commands and labels. Loops that are open stay open.
   void Clear();
 

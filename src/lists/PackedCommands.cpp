@@ -4,6 +4,8 @@
 #include <functional>
 #include <stdexcept>
 
+#include "lists/CommandTextWriter.h"
+
 namespace VELTRO::KELVO::ClientLib {
 
 CommandView PackedCommands::ReadAt(std::size_t& place) const {
@@ -132,12 +134,16 @@ std::string PackedCommands::RangeToString() const {
 }
 
 std::string PackedCommands::TextOf(std::size_t place, std::size_t end) const {
-  std::string text = "[ ";
+  std::string text;
+  CommandTextWriter writer(text, end - place);
+  writer.Put("[ ");
   for (const std::size_t begin = place; place < end;) {
-    if (place > begin) text += ", ";
-    text += ReadAt(place).ToString();
+    if (place > begin) writer.Put(", ");
+    writer.PutCommand(ReadAt(place));
   }
-  return text + " ]";
+  writer.Put(" ]");
+  writer.Flush();
+  return text;
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstdio>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace VELTRO::KELVO::Test {
@@ -27,18 +28,22 @@ class CardProcess {
     std::vector<char*> argv;
     for (std::string& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);
-    int ends[2];
+    int ends[2], inputEnds[2];
     EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    EXPECT_EQ(pipe2(inputEnds, O_CLOEXEC), 0);
     pid_ = fork();
     if (pid_ == 0) {
       prctl(PR_SET_PDEATHSIG, SIGKILL);
       alarm(200);  // seconds, so that a card that hangs fails its test
+      dup2(inputEnds[0], STDIN_FILENO);
       dup2(ends[1], STDOUT_FILENO);
       dup2(ends[1], STDERR_FILENO);
       execv(argv[0], argv.data());
       _exit(127);
     }
     close(ends[1]);
+    close(inputEnds[0]);
+    input_ = fdopen(inputEnds[1], "w");
     output_ = fdopen(ends[0], "r");
     firstLine_ = ReadLine();
   }
@@ -46,6 +51,7 @@ class CardProcess {
     if (pid_ > 0) {
       EXPECT_EQ(End(SIGTERM), 0) << firstLine_;
     }
+    EndInput();
     fclose(output_);
   }
   CardProcess(const CardProcess&) = delete;
@@ -53,6 +59,14 @@ class CardProcess {
 
   const std::string& GetFirstLine() const { return firstLine_; }
   int GetPort() const { return std::stoi(firstLine_.substr(firstLine_.rfind(':') + 1)); }
+  // Gives it a line on standard input.
+  void Say(const std::string& line) {
+    fputs((line + "\n").c_str(), input_);
+    fflush(input_);
+  }
+  void EndInput() {
+    if (input_ != nullptr) fclose(std::exchange(input_, nullptr));
+  }
   // Sends the signal, 0 for none, and waits. The exit code; -1 when it did not end by itself.
   int End(int signal) {
     int status = 0;
@@ -69,6 +83,7 @@ class CardProcess {
 
  private:
   pid_t pid_ = -1;
+  std::FILE* input_ = nullptr;
   std::FILE* output_ = nullptr;
   std::string firstLine_;
 };

@@ -6,7 +6,9 @@ namespace VELTRO::KELVO::VirtualCard {
 
 Card::Card(CardSettings settings, Notifier& clients)
     : Identity(std::move(settings.Identity)),
-      Execution(settings.Speed, std::move(settings.Plotter), clients),
-      Lists(Execution) {}
+      Inputs(runSignal_),
+      Variables(runSignal_),
+      Lists(Execution),
+      Execution(std::move(settings.Execution), {clients, runSignal_, Inputs, Variables, Lists, Fonts}) {}
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -4,7 +4,9 @@
 #include <string>
 
 #include "card/CardFonts.h"
+#include "card/CardInputs.h"
 #include "card/CardLists.h"
+#include "card/CardVariables.h"
 #include "card/Notifier.h"
 #include "execution/Executor.h"
 
@@ -17,8 +19,7 @@ struct CardIdentity {
 
 struct CardSettings {
   CardIdentity Identity;
-  double Speed = 1;
-  PlotterSettings Plotter;
+  ExecutorSettings Execution;
 };
 
 // Any thread may use any part at any time.
@@ -27,10 +28,16 @@ class Card {
   // Throws as Plotter does.
   Card(CardSettings settings, Notifier& clients);
 
+ private:
+  AbortSignal runSignal_;
+
+ public:
   const CardIdentity Identity;
+  CardInputs Inputs;
+  CardVariables Variables;
   CardFonts Fonts;
-  Executor Execution;
   CardLists Lists;
+  Executor Execution;  // the last, so that no run outlives what it acts upon
 };
 
 }  // namespace VELTRO::KELVO::VirtualCard

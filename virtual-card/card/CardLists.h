@@ -1,19 +1,21 @@
-// The lists that the card holds.
+// The lists that the card holds, and those that it has stored.
 #pragma once
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <vector>
 
 #include "common/Mutex.h"
 #include "execution/Executor.h"
+#include "execution/ListSource.h"
 #include "lists/CommandList.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
-// Any thread may call anything at any time. A run works on the list as it was when it was started; all the
-// same, the list that is running cannot be changed.
-class CardLists {
+// Any thread may call anything at any time. The list that was started cannot be changed while it runs. Those
+// that it calls can: a call that is under way goes on with the list as it was, the next one takes the new list.
+class CardLists : public ListSource {
  public:
   // What GetStatus gives.
   enum Status : std::int32_t { NoSuchList = 0, Ready = 1, Running = 2 };
@@ -25,20 +27,32 @@ class CardLists {
   void Set(std::int32_t id, ClientLib::CommandList list, bool append);
   // Throws std::runtime_error "There is no list ID on the card.".
   ClientLib::CommandList Get(std::int32_t id);
-  // Throws as both of the above.
-  void Delete(std::int32_t id);
+  // Stores the list as it is now. Throws as Get.
+  void Store(std::int32_t id);
+  // Puts the stored list under its id. Throws as Set, or std::runtime_error "There is no stored list ID on the
+  // card.".
+  void Load(std::int32_t id);
+  // With `alsoStored` what is stored of it goes, too. Throws as Set and Get.
+  void Delete(std::int32_t id, bool alsoStored);
+  // Of the lists that are there or stored, ascending.
   std::vector<std::int32_t> GetIds();
+  // A list that is called is running, too.
   Status GetStatus(std::int32_t id);
   // Throws as Get and Executor::Start.
   void Execute(std::int32_t id);
 
+  std::optional<ListSnapshot> FindChanged(std::int32_t id, std::uint64_t known) override;
+
  private:
-  const ClientLib::CommandList& Find(std::int32_t id) KELVO_REQUIRES(mutex_);
+  const ListSnapshot& Find(std::int32_t id) KELVO_REQUIRES(mutex_);
+  void Put(std::int32_t id, ClientLib::CommandList list) KELVO_REQUIRES(mutex_);
   void CheckNotRunning(std::int32_t id);
 
   Executor& executor_;
   ClientLib::Mutex mutex_;
-  std::map<std::int32_t, ClientLib::CommandList> lists_ KELVO_GUARDED_BY(mutex_);
+  std::map<std::int32_t, ListSnapshot> lists_ KELVO_GUARDED_BY(mutex_);
+  std::map<std::int32_t, ClientLib::CommandList> stored_ KELVO_GUARDED_BY(mutex_);
+  std::uint64_t version_ KELVO_GUARDED_BY(mutex_) = 0;  // of the latest change
 };
 
 }  // namespace VELTRO::KELVO::VirtualCard

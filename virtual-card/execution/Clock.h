@@ -2,6 +2,8 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
+#include <limits>
 
 #include "execution/AbortSignal.h"
 
@@ -9,18 +11,29 @@ namespace VELTRO::KELVO::VirtualCard {
 
 class Clock {
  public:
-  // `speed` is simulated time per real time; infinite: nothing is waited for.
-  Clock(double speed, AbortSignal& abort) : speed_(speed), abort_(abort) {}
+  static constexpr double Forever = std::numeric_limits<double>::infinity();
 
-  // Lets time pass and returns how much did: less than `duration` when the run is aborted meanwhile, nothing
-  // when it has been. Real time follows to within LeadUs. Throws std::runtime_error "The run takes too
-  // long.".
+  // `speed` is simulated time per real time; infinite: nothing is waited for. At `limit` the run has expired.
+  Clock(double speed, AbortSignal& abort, double limit) : speed_(speed), abort_(abort), limit_(limit) {}
+
+  // Lets time pass and returns how much did: less than `duration` when the run is aborted or expires
+  // meanwhile, nothing when it has been. Real time follows to within LeadUs. Throws std::runtime_error "The
+  // run takes too long.".
   double Advance(double duration);
+  // Lets time pass until `condition` holds, `timeout` is over (Forever: none) or the run is aborted or
+  // expires. Without waiting for real time the time-out passes at once; for want of one, time passes as it
+  // really does.
+  void WaitFor(double timeout, const std::function<bool()>& condition);
   // Waits until real time has caught up with simulated time.
   void CatchUp() { WaitForRealTime(0); }
 
   double Now() const { return now_; }
-  bool IsAborted() const { return abort_.IsRaised(); }
+  // Whether the run is to end: it was aborted, or has expired.
+  bool IsAborted() const { return abort_.IsRaised() || expired_; }
+  // Throws std::runtime_error "The run has reached the execution limit of N ms." when it has expired.
+  void CheckLimit() const {
+    if (expired_) RefuseLimit();
+  }
   // Real microseconds since the start in which nothing was waited for.
   double GetComputationTime() const { return RealTime() - waited_; }
 
@@ -32,12 +45,15 @@ class Clock {
 
   double RealTime() const;
   void WaitForRealTime(double lead);
+  [[noreturn]] void RefuseLimit() const;
 
   const double speed_;
   AbortSignal& abort_;
+  const double limit_;
   const Steady::time_point start_ = Steady::now();
   double now_ = 0;
   double waited_ = 0;
+  bool expired_ = false;
 };
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -1,6 +1,7 @@
 #include "execution/CommandInterpreter.h"
 
 #include <exception>
+#include <stdexcept>
 #include <unordered_map>
 
 #include "execution/CommandTable.h"
@@ -15,7 +16,8 @@ const Table& AllCommands() {
   static const Table table = [] {
     Table all;
     for (const auto area : {MotionCommands(), ShapeCommands(), PixelCommands(), ParameterCommands(),
-                            LaserCommands(), FlowCommands()}) {
+                            LaserCommands(), FlowCommands(), WaitCommands(), VariableCommands(),
+                            FontCommands()}) {
       for (const CommandRow& row : area) all.emplace(row.Code, row.Execute);
     }
     return all;
@@ -23,23 +25,42 @@ const Table& AllCommands() {
   return table;
 }
 
+// Calls `act`; what it throws is about the command that the run is at.
+template <class F>
+void Attribute(Run& run, F act) {
+  const Frame& frame = run.Calls.Top();
+  const Program& program = *frame.Commands;  // which outlives its command
+  const std::size_t index = frame.Current;
+  try {
+    act(program, index);
+    run.Time.CheckLimit();
+  } catch (const CommandError&) {  // in the list that it calls
+    throw;
+  } catch (const std::exception& error) {
+    throw CommandError(program, index, error.what());
+  }
+}
+
 }  // namespace
 
 void Interpret(Run& run) {
   const Table& table = AllCommands();
-  while (run.Next < run.Commands.GetCommandCount() && !run.Time.IsAborted()) {
-    run.Current = run.Next++;
-    const ClientLib::CommandView& command = run.Commands.At(run.Current);
-    const auto row = table.find(command.Code);
-    if (row == table.end()) {
-      throw CommandError(run.Current, command.Code, "not supported by the virtual card.");
+  while (!run.Time.IsAborted()) {
+    if (!run.Calls.Step()) {
+      if (run.Calls.Leave()) continue;
+      // What is still to be waited for belongs to the latest command.
+      return Attribute(run, [&](const Program&, std::size_t) {
+        run.Galvos.EndMarks();
+        run.Time.CatchUp();
+      });
     }
-    try {
+    Attribute(run, [&](const Program& program, std::size_t index) {
+      const ClientLib::CommandView& command = program.At(index);
+      const auto row = table.find(command.Code);
+      if (row == table.end()) throw std::runtime_error("not supported by the virtual card.");
       ValueReader values(command.Payload);
       row->second(run, values);
-    } catch (const std::exception& error) {
-      throw CommandError(run.Current, command.Code, error.what());
-    }
+    });
   }
 }
 

@@ -6,15 +6,13 @@
 #include <stdexcept>
 #include <utility>
 
-#include "execution/Clock.h"
 #include "execution/CommandInterpreter.h"
 #include "execution/Motion.h"
-#include "execution/Program.h"
+#include "execution/Programs.h"
 #include "execution/Run.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
-using ClientLib::CommandList;
 using ClientLib::ListExecutionStats;
 using ClientLib::MutexLock;
 
@@ -39,23 +37,28 @@ ListExecutionStats MakeStats(const Clock& clock, const Motion& motion) {
 
 }  // namespace
 
-Executor::Executor(double speed, PlotterSettings plotter, Notifier& clients)
-    : speed_(speed), clients_(clients), plotter_(std::move(plotter)), thread_([this] { Work(); }) {}
+Executor::Executor(ExecutorSettings settings, const RunSurroundings& surroundings)
+    : speed_(settings.Speed),
+      standaloneList_(settings.StandaloneList),
+      surroundings_(surroundings),
+      plotter_(std::move(settings.Plotter)),
+      thread_([this] { Work(); }) {}
 
-void Executor::Start(std::int32_t listId, const CommandList& list) {
+void Executor::Start(std::int32_t listId, ListSnapshot list) {
   const MutexLock lock(mutex_);
   if (stopping_) throw std::runtime_error("The card is stopping.");
   if (running_) throw std::runtime_error("A list is already running.");
-  job_ = Job{listId, list};
+  job_ = Job{listId, std::move(list), limit_ == 0 ? Clock::Forever : limit_ * 1e3};
   running_ = listId;
   ++started_;
-  abort_.Clear();
+  surroundings_.Abort.Clear();
+  surroundings_.Inputs.BeginRun();
   changed_.NotifyAll();
 }
 
 void Executor::Abort() {
   MutexLock lock(mutex_);
-  if (running_) abort_.Raise();
+  if (running_) surroundings_.Abort.Raise();
   for (const std::uint64_t run = started_; concluded_ < run;) changed_.Wait(lock);
 }
 
@@ -63,11 +66,22 @@ void Executor::Stop() {
   {
     const MutexLock lock(mutex_);
     stopping_ = true;
-    if (running_) abort_.Raise();
+    if (running_) surroundings_.Abort.Raise();
     changed_.NotifyAll();
   }
   const MutexLock lock(threadMutex_);
   if (thread_.joinable()) thread_.join();
+}
+
+void Executor::SetExecutionLimit(std::int32_t milliseconds) {
+  if (milliseconds < 0) throw std::runtime_error("The execution limit must not be negative.");
+  const MutexLock lock(mutex_);
+  limit_ = milliseconds;
+}
+
+std::int32_t Executor::GetExecutionLimit() {
+  const MutexLock lock(mutex_);
+  return limit_;
 }
 
 std::optional<std::int32_t> Executor::GetRunningList() {
@@ -81,15 +95,16 @@ ListExecutionStats Executor::GetLastStats() {
 }
 
 void Executor::Work() {
-  while (const auto job = WaitForJob()) {
-    const Result result = Execute(*job);
+  while (auto job = WaitForJob()) {
+    const std::int32_t listId = job->ListId;
+    const Result result = Execute(*std::move(job));
     plotter_.EndRun();
     {
       const MutexLock lock(mutex_);
       stats_ = result.Stats;
       running_.reset();
     }
-    Conclude(job->ListId, result);
+    Conclude(listId, result);
     const MutexLock lock(mutex_);
     ++concluded_;
     changed_.NotifyAll();
@@ -102,19 +117,27 @@ std::optional<Executor::Job> Executor::WaitForJob() {
   return std::exchange(job_, std::nullopt);  // one that was started is concluded, stopping or not
 }
 
-Executor::Result Executor::Execute(const Job& job) {
+Executor::Result Executor::Execute(Job job) {
   plotter_.BeginRun();
-  Clock clock(speed_, abort_);
+  Clock clock(speed_, surroundings_.Abort, job.Limit);
   Motion motion(clock, plotter_, position_);
   std::optional<std::string> error;
   try {
-    const Program program(job.List);
-    Run run{program, clock, motion, clients_};
+    Programs programs(surroundings_.Lists);
+    CallStack calls(carets_);
+    calls.Enter(programs.PrepareList(job.ListId, std::move(job.List)));
+    Run run{clock,
+            motion,
+            surroundings_.Clients,
+            surroundings_.Inputs,
+            surroundings_.Variables,
+            surroundings_.Fonts,
+            programs,
+            calls,
+            standaloneList_};
     Interpret(run);
-    motion.EndMarks();
-    clock.CatchUp();
   } catch (const std::exception& thrown) {
-    error = "List " + std::to_string(job.ListId) + ", " + thrown.what();
+    error = thrown.what();
   }
   motion.Stop();
   return {MakeStats(clock, motion), std::move(error), clock.IsAborted()};
@@ -122,11 +145,11 @@ Executor::Result Executor::Execute(const Job& job) {
 
 void Executor::Conclude(std::int32_t listId, const Result& result) {
   if (result.Error) {
-    clients_.NotifyError(*result.Error);
+    surroundings_.Clients.NotifyError(*result.Error);
   } else if (!result.Aborted) {
-    clients_.NotifyListDone(listId);
+    surroundings_.Clients.NotifyListDone(listId);
   }
-  clients_.NotifyListIdle(listId);
+  surroundings_.Clients.NotifyListIdle(listId);
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -6,14 +6,35 @@
 #include <string>
 #include <thread>
 
+#include "card/CardFonts.h"
+#include "card/CardInputs.h"
+#include "card/CardVariables.h"
 #include "card/Notifier.h"
 #include "common/Mutex.h"
 #include "drawing/Plotter.h"
 #include "execution/AbortSignal.h"
-#include "lists/CommandList.h"
+#include "execution/Carets.h"
+#include "execution/Clock.h"
+#include "execution/ListSource.h"
 #include "lists/ListExecutionStats.h"
 
 namespace VELTRO::KELVO::VirtualCard {
+
+struct ExecutorSettings {
+  double Speed = 1;
+  PlotterSettings Plotter;
+  std::optional<std::int32_t> StandaloneList;
+};
+
+// What runs act upon and look at.
+struct RunSurroundings {
+  Notifier& Clients;
+  AbortSignal& Abort;  // of the run that is running; also wakes its waits
+  CardInputs& Inputs;
+  CardVariables& Variables;
+  ListSource& Lists;
+  CardFonts& Fonts;
+};
 
 // Any thread may call anything at any time.
 //
@@ -22,27 +43,38 @@ namespace VELTRO::KELVO::VirtualCard {
 // idle, or an error and idle, or, after an abort, idle alone.
 class Executor {
  public:
-  Executor(double speed, PlotterSettings plotter, Notifier& clients);
+  // Throws as Plotter does.
+  Executor(ExecutorSettings settings, const RunSurroundings& surroundings);
   ~Executor() { Stop(); }
   Executor(const Executor&) = delete;
   Executor& operator=(const Executor&) = delete;
 
   // Starts a run and returns. Throws std::runtime_error "A list is already running." or "The card is
   // stopping.".
-  void Start(std::int32_t listId, const ClientLib::CommandList& list);
+  void Start(std::int32_t listId, ListSnapshot list);
   // Ends the run and returns when clients have been told. Without one it does nothing.
   void Abort();
   // Aborts and ends the thread; nothing can be started any more.
   void Stop();
 
+  // Simulated milliseconds after which a run ends with an error, from the next run on; 0: none. Throws
+  // std::runtime_error "The execution limit must not be negative.".
+  void SetExecutionLimit(std::int32_t milliseconds);
+  std::int32_t GetExecutionLimit();
+
+  // The list that was started, which the run is told by.
   std::optional<std::int32_t> GetRunningList();
+  // The index of the command that runs in the list, also in one that is called; Carets::NotThere when the run is
+  // not in it.
+  std::int32_t GetCaret(std::int32_t listId) const { return carets_.Find(listId); }
   // Of the latest run that has ended.
   ClientLib::ListExecutionStats GetLastStats();
 
  private:
   struct Job {
     std::int32_t ListId;
-    ClientLib::CommandList List;
+    ListSnapshot List;
+    double Limit;  // microseconds
   };
   struct Result {
     ClientLib::ListExecutionStats Stats;
@@ -52,12 +84,13 @@ class Executor {
 
   void Work();
   std::optional<Job> WaitForJob();
-  Result Execute(const Job& job);
+  Result Execute(Job job);
   void Conclude(std::int32_t listId, const Result& result);
 
   const double speed_;
-  Notifier& clients_;
-  AbortSignal abort_;  // of the run that is running: raised and cleared under the mutex
+  const std::optional<std::int32_t> standaloneList_;
+  const RunSurroundings surroundings_;  // the abort signal is raised and cleared under the mutex
+  Carets carets_;
 
   // The executing thread's own.
   Plotter plotter_;
@@ -68,6 +101,7 @@ class Executor {
   bool stopping_ KELVO_GUARDED_BY(mutex_) = false;
   std::optional<Job> job_ KELVO_GUARDED_BY(mutex_);  // started, not yet taken
   std::optional<std::int32_t> running_ KELVO_GUARDED_BY(mutex_);
+  std::int32_t limit_ KELVO_GUARDED_BY(mutex_) = 0;
   std::uint64_t started_ KELVO_GUARDED_BY(mutex_) = 0;
   std::uint64_t concluded_ KELVO_GUARDED_BY(mutex_) = 0;
   ClientLib::ListExecutionStats stats_ KELVO_GUARDED_BY(mutex_);

@@ -1,6 +1,7 @@
 #include "execution/Program.h"
 
 #include <exception>
+#include <utility>
 
 #include "lists/CommandCodes.h"
 #include "lists/CommandValueReader.h"
@@ -31,13 +32,16 @@ std::int32_t DepthOf(const CommandView& command, bool isStart) {
 
 }  // namespace
 
-CommandError::CommandError(std::size_t index, std::int32_t code, const std::string& reason)
-    : std::runtime_error("command " + std::to_string(index) + " (" + NameOf(code) + "): " + reason) {}
-
-Program::Program(const ClientLib::CommandList& list) : list_(list) {
+Program::Program(std::string name, ClientLib::CommandList list, std::optional<std::int32_t> listId)
+    : name_(std::move(name)), listId_(listId), list_(std::move(list)) {
   commands_.reserve(list_.GetCommandCount());
   list_.ForEach([this](const CommandView& command) { commands_.push_back(command); });
   FindLoops();
+}
+
+std::string Program::Describe(std::size_t index) const {
+  if (index >= commands_.size()) return name_;
+  return name_ + ", command " + std::to_string(index) + " (" + NameOf(commands_[index].Code) + ")";
 }
 
 void Program::FindLoops() {
@@ -60,10 +64,10 @@ void Program::FindLoops() {
       loopEnds_.emplace(open.back().Index, i);
       open.pop_back();
     } catch (const std::exception& error) {
-      throw CommandError(i, command.Code, error.what());
+      throw CommandError(*this, i, error.what());
     }
   }
-  if (!open.empty()) throw CommandError(open.back().Index, CommandCode2::LOOP_START, "The loop has no end.");
+  if (!open.empty()) throw CommandError(*this, open.back().Index, "The loop has no end.");
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard

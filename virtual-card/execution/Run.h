@@ -1,32 +1,32 @@
 // One run of a list: all that its commands act upon.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <optional>
 
+#include "card/CardFonts.h"
+#include "card/CardInputs.h"
+#include "card/CardVariables.h"
 #include "card/Notifier.h"
+#include "execution/CallStack.h"
 #include "execution/Clock.h"
 #include "execution/Motion.h"
-#include "execution/Program.h"
+#include "execution/Programs.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
 struct Run {
-  struct Loop {
-    std::size_t Start;        // index of its loop start
-    std::size_t End;          // of its loop end
-    std::int32_t PassesLeft;  // the current one included
-  };
-
-  const Program& Commands;
   Clock& Time;
   Motion& Galvos;
   Notifier& Clients;
+  CardInputs& Inputs;
+  CardVariables& Variables;
+  CardFonts& Fonts;
+  Programs& Prepared;
+  CallStack& Calls;
+  std::optional<std::int32_t> StandaloneList;
 
-  std::size_t Current = 0;       // index of the command that is executed
-  std::size_t Next = 0;          // of the one after it; flow commands set it
-  std::vector<Loop> Loops = {};  // those that are running, the innermost last
+  std::optional<std::int32_t> Font = {};  // chosen by the run; else the card's active one
 };
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -9,13 +9,23 @@ std::span<const Method> ListMethods() {
       {"SetList", [](Card& card, std::int32_t id, CommandList list,
                      bool append) { card.Lists.Set(id, std::move(list), append); }},
       {"GetList", [](Card& card, std::int32_t id) { return card.Lists.Get(id); }},
-      // The flag says whether what is stored of the list goes, too. The card stores none.
-      {"DeleteList", [](Card& card, std::int32_t id, bool) { card.Lists.Delete(id); }},
+      {"LoadList", [](Card& card, std::int32_t id) { card.Lists.Load(id); }},
+      {"StoreList", [](Card& card, std::int32_t id) { card.Lists.Store(id); }},
+      {"DeleteList", [](Card& card, std::int32_t id, bool alsoStored) { card.Lists.Delete(id, alsoStored); }},
       {"GetStoredListIDs", [](Card& card) { return card.Lists.GetIds(); }},
       {"GetListStatus",
        [](Card& card, std::int32_t id) { return static_cast<std::int32_t>(card.Lists.GetStatus(id)); }},
+      {"GetListCaret", [](Card& card, std::int32_t id) { return card.Execution.GetCaret(id); }},
       {"ExecuteList", [](Card& card, std::int32_t id) { card.Lists.Execute(id); }},
       {"AbortExecution", [](Card& card) { card.Execution.Abort(); }},
+      {"ResetExecution",
+       [](Card& card) {
+         card.Execution.Abort();
+         card.Variables.Clear();
+       }},
+      {"SetExecutionLimit",
+       [](Card& card, std::int32_t milliseconds) { card.Execution.SetExecutionLimit(milliseconds); }},
+      {"GetExecutionLimit", [](Card& card) { return card.Execution.GetExecutionLimit(); }},
       {"IsExecutionInProgress", [](Card& card) { return card.Execution.GetRunningList().has_value(); }},
       {"GetLastExecutionStats", [](Card& card) { return card.Execution.GetLastStats(); }},
   };

@@ -1,0 +1,140 @@
+// The text form of commands and lists, there and back.
+#include <limits>
+#include <locale>
+
+#include "Helpers.h"
+#include "lists/CommandCodes.h"
+#include "lists/CommandList.h"
+
+namespace VELTRO::KELVO::Test {
+namespace {
+
+// Calls `check` with each text of a table and what its row has it make. A row is "text | text => outcome".
+void ForEachText(const char* table, auto&& check) {
+  std::istringstream rows(table);
+  for (std::string row; std::getline(rows, row);) {
+    const std::size_t arrow = row.find(" => ");
+    for (std::size_t begin = 0, end = 0; begin < arrow; begin = end + 3) {
+      end = std::min(row.find(" | ", begin), arrow);
+      SCOPED_TRACE(row.substr(begin, end - begin));
+      check(row.substr(begin, end - begin), row.substr(arrow + 4));
+    }
+  }
+}
+
+TEST(CommandText, OfACommandIsReadInEveryShapeAndWithNothingElseInIt) {
+  EXPECT_EQ(Command::FromString("\n {\v[\fLON\r]\t}\n").ToString(), "{ LON }");
+  const auto check = [](const std::string& text, const std::string& expected) {
+    std::string result;
+    const std::string failure = Failure([&] { result = Command::FromMatch(text).ToString(); });
+    if (result.empty()) result = expected.starts_with(":") ? failure.substr(failure.find(": ")) : failure;
+    EXPECT_EQ(result, expected);
+  };
+  ForEachText(R"({LON} | {LON]} | {[LON } | { LON, V1 } => { LON }
+{MA,P2D[X=1 Y=-2.5]} | {[MA,P2D[1,-25e-1] ]} | {MA , V001,P2D [1-2.5]]} | {MA,P2D[X = +1.0Y=-.25E+1]} => { MA, P2D[ X=1 Y=-2.5 ] }
+{NO,V0255} => { NO, V255 }
+{NO,F64[-1e-400],F64[0.01e-99999999999999999999],U16Arr[1,2 ,, 3],ByteArr[]} => { NO, F64[ -0 ], F64[ 0 ], U16Arr[ 1 2 3  ], ByteArr[  ] }
+{NO,V0,I32[+7],P2IArr[(1 2)(X=3,Y=4) 5 6]} => { NO, V0, I32[ 7 ], P2IArr[ ( X=1 Y=2 ) ( X=3 Y=4 ) ( X=5 Y=6 )  ] }
+{} | {LON} x | {275} | {LON, Unsupported value} | {[[LON} | {XY, Z[1], } | {LON, V1.5} | {LON, A[} => Unable to parse command
+{XY, F64[x]} | {lon} | {SKMMEMCHX} => Unable to parse command code
+{MA,P2D[X=1 Y=]} | {MA,P2D[Y=1 X=2]} | {MA,P2DArr[(1)]} | {MA,P3D[1 2]} => Unable to parse Point.
+{NO,F64[-inf]} | {NO,F64[nan]} | {NO,F64[x]} | {NO,F64Arr[1;2]} => : not a finite number
+{MA,P2D[1 2 3]} | {NO,F64[5.]} | {NO,I32[1 2]} | {NO,P2D[1 2,]} => : more than a value
+{NO,F64[100e307]} | {NO,F64[0.1e99999999999999999999]} => : too large
+{NO,Byte[256]} | {NO,U64[-1]} | {NO,P2I[1 2e0]} | {NO,I16[]} | {NO,I32[1.0]} => : not a whole number that fits
+{NO,Bool[true]} | {NO,Bool[1]} => : neither True nor False
+{NO,V1[1]} | {NO,Invalid[0]} | {NO,UInt16[1]} => : of an unknown type
+{NO,P4DArr[]} | {NO,P4IArr[(1 2 3 4)]} => : of a type that has no text
+{NO,P2DArr[(1 2]} | {NO,P2DArr[(1 2 3)]} => : a parenthesis that is not closed
+{NO,V256} | {NO,V99999999999999999999} => : more than 255
+)",
+              check);
+}
+
+TEST(CommandText, OfAListIsTakenWholeOrNotAtAll) {
+  const auto check = [](const std::string& text, const std::string& expected) {
+    CommandList list;
+    list.AppendLoopStart(1);
+    const auto failure = Failure([&] { Command::AppendCommandsFromString(text, list); });
+    const CommandList read = failure == "no failure" ? CommandList::FromString(text) : CommandList();
+    EXPECT_EQ(failure == "no failure" ? read.ToString() : failure, expected);
+    EXPECT_EQ(list.GetCommandCount(), 1 + read.GetCommandCount());
+    EXPECT_EQ(list.GetLoopDepth(), 1);
+  };
+  ForEachText(R"([] |  [ ]  => [  ]
+[{LOE}{LOF},,{NO}] => [ { LOE }, { LOF }, { NO } ]
+  | , | [,] | [ {LON} | {LON} ] | [[ {LON} ]] | [{LON}; {LOF}] | {LON}, {LOF => Unable to parse command
+{NO},{NO,F64[40 characters are shown of what is read..]} => Unable to parse value F64[ 40 characters are shown of what is read.... ] of command 1: more than a value
+)",
+              check);
+}
+
+struct Commas : std::numpunct<char> {  // for a locale that need not be installed
+  char do_decimal_point() const override { return ','; }
+  std::string do_grouping() const override { return "\1"; }
+};
+
+void AppendArrays(CommandList& list, const auto&... elements) {
+  list.Append(1, std::span(&elements, 1)..., std::span(&elements, 0)...);
+}
+
+TEST(CommandText, EveryCodeAndValueComesBackBitForBitInAnyLocale) {
+  const std::locale before = std::locale::global(std::locale(std::locale(), new Commas));
+  CommandList list;
+  for (const auto code : CommandCode::_values()) list.Append(code, Point2D{code._to_integral() / 7.0, 0.1});
+  for (const auto code : CommandCode2::_values()) list.Append(code);
+  for (const double d : {5e-324, 2.2250738585072011e-308, 2.2250738585072014e-308, 1.7976931348623157e308,
+                         -0.0, 0.1, -1 / 3.0, 1e22, 1e23, 9007199254740993.0}) {
+    list.Append(1, d, -d, Point3D{d, 1, -d}, Point4D{d, 0, d, 1}, -1, true);
+    AppendArrays(list, d, Point2D{d, -d}, Point3D{d, 0, 1});
+  }
+  list.Append(1, std::uint8_t{255}, std::int16_t{-32768}, std::uint16_t{65535}, INT32_MIN, UINT32_MAX,
+              INT64_MIN, UINT64_MAX, false, Point2DInt{INT32_MIN, 1}, Point3DInt{1, 2, INT32_MAX},
+              Point4DInt{4, 3, 2, 1});
+  AppendArrays(list, std::uint8_t{255}, std::uint16_t{65535}, Point2DInt{1, -1}, Point3DInt{1, 2, 3});
+  CommandList read = CommandList::FromString(list.ToString());
+  std::locale::global(before);
+  list.SetRange(0, list.GetCommandCount());
+  read.SetRange(0, read.GetCommandCount());
+  EXPECT_EQ(Hex(read.RangeBytes()), Hex(list.RangeBytes())) << list.ToString();
+}
+
+TEST(CommandText, WhatHasNoTextIsShownAsSuch) {
+  CommandList list;
+  list.Append(275, std::numeric_limits<double>::quiet_NaN(), -1 / 0.0, std::span<const Point4D>(), 1);
+  list.Append({1, Unsigned(Bytes("09 00 00 05 01 07 22 01 02"))});
+  EXPECT_EQ(list.ToString(),
+            "[ { 275, F64[ nan ], F64[ -inf ], Unsupported value, I32[ 1 ] }, "
+            "{ PI, V9, Bool[ True ], Unsupported value } ]");
+}
+
+// Reads a text whose part between the asterisks is repeated up to a length; the shortest time of a few.
+double TimeOf(const std::string& pattern, std::size_t size) {
+  const std::size_t begin = pattern.find('*');
+  const std::size_t end = pattern.rfind('*');
+  std::string text = pattern.substr(0, begin);
+  while (text.size() < size) text.append(pattern, begin + 1, end - begin - 1);
+  text.append(pattern, end + 1);
+  double shortest = 1e9;
+  for (int i = 0; i < 3; ++i) {
+    const Stopwatch stopwatch;
+    Failure([&] { CommandList::FromString(text); });
+    shortest = std::min(shortest, stopwatch.Milliseconds());
+  }
+  return shortest;
+}
+
+TEST(CommandText, TakesTimeAsItIsLong) {
+  const auto check = [](const std::string& pattern, const std::string&) {
+    EXPECT_LT(TimeOf(pattern, 8000000), 24 * TimeOf(pattern, 1000000) + 1);
+  };
+  ForEachText(
+      R"(*{ MA, P2D[ X=0.1234567 Y=-7 ] }, * | {NO*,P2DArr[]*} | {NO*,P2D[(]*} | {LON, *, *} | {*x* | [* * | *[* | *{* | *{LON, A[* | {*{LON, A[*]} | {NO*,V1*} | {LON*]*} | {LON,V*0*1} => linear
+{NO,ByteArr[*7 *]} | {NO,F64Arr[*7e-9*]} | {NO,P2D[*X=1 *]} | {NO,P2DArr[*(1 2)*]} | {NO,F64[* *1]} => linear
+{NO,F64[*1*]} | {NO,F64[.*0*]} | {NO,F64[1e*1*]} | {NO,I32[*-*]} => linear
+)",
+      check);
+}
+
+}  // namespace
+}  // namespace VELTRO::KELVO::Test

@@ -1,0 +1,25 @@
+// Where a run finds the lists that it calls.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "lists/CommandList.h"
+
+namespace VELTRO::KELVO::VirtualCard {
+
+// A list as it was at one moment. No other list that the card ever held has the same version.
+struct ListSnapshot {
+  std::uint64_t Version;
+  ClientLib::CommandList Commands;
+};
+
+class ListSource {
+ public:
+  virtual ~ListSource() = default;
+  // The list as it is now, or nothing when it still is that of version `known`. Throws std::runtime_error
+  // "There is no list ID on the card.".
+  virtual std::optional<ListSnapshot> FindChanged(std::int32_t id, std::uint64_t known) = 0;
+};
+
+}  // namespace VELTRO::KELVO::VirtualCard
