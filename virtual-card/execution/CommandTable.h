@@ -2,8 +2,8 @@
 //
 // A row's function takes the run and the command's values, in their order and of exactly these types:
 //   CommandRow(CommandCode::MARK_ABS, [](Run& run, Point2D p) { run.Galvos.Mark(run.Galvos.To(p)); })
-// An array is an Array of its element's type; a type with a function Read(ValueReader&) stands for several values
-// (Conditions.h). A command whose values vary is given the reader of its values instead.
+// A type with a function Read(ValueReader&) stands for several values (Conditions.h) or an array.
+// A command whose values vary is given the reader of its values instead.
 #pragma once
 
 #include <cstdint>
@@ -19,11 +19,12 @@ namespace VELTRO::KELVO::VirtualCard {
 
 using ValueReader = ClientLib::Command::CommandValueReader;
 
+// An array value of a command.
 template <class T>
 struct Array {
-  using Element = T;
   ClientLib::Command::ArrayValue Values;
 
+  static Array Read(ValueReader& values) { return {values.AsArrayOf<T>()}; }
   std::size_t GetCount() const { return Values.GetCount(); }
   T operator[](std::size_t i) const { return Values.As<T>(i); }
 };
@@ -45,8 +46,6 @@ struct CommandRow {
       return values.AsBool();
     } else if constexpr (requires { T::Read(values); }) {
       return T::Read(values);
-    } else if constexpr (requires(T array) { array.Values; }) {
-      return {values.AsArrayOf<typename T::Element>()};
     } else {
       return values.As<T>();
     }

@@ -37,7 +37,7 @@ void Motion::Jump(Point3D target) {
 
 void Motion::Go(Point3D target) {
   const Point3D from = galvos_;
-  Walk(Curve::Line(position_, target).Under(transformation_), Parameters.JumpSpeed, Pen::Jump);
+  Walk(Curve::Line(from, transformation_.Apply(target)), Parameters.JumpSpeed, Pen::Jump);
   position_ = target;
   double delay = Parameters.JumpDelay;
   if (Parameters.HasVariableJumpDelay && Parameters.JumpLengthLimit > 0) {

@@ -145,7 +145,6 @@ std::span<const CommandRow> ParameterCommands() {
       Transforms<SetAffine, Array<double>, Array<double>>(CommandCode::TRANSFORMATION),
 
       {CommandCode::LM_WIDTH, [](Run&, double width) { NotNegative(width, "width"); }},
-      {CommandCode2::EVALUATION_LEADTIME, [](Run&, double t) { NotNegative(t, "time"); }},
       Taken<std::uint16_t>(CommandCode::SET_SIMMERPOWER),
       Taken<bool>(CommandCode::ENABLE_PILOT),
       Taken<bool>(CommandCode::ARM_LASER),

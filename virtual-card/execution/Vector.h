@@ -28,10 +28,10 @@ inline bool IsFinite(const ClientLib::Point3D& a) {
   return std::isfinite(a.X()) && std::isfinite(a.Y()) && std::isfinite(a.Z());
 }
 
-// The cosine of the angle between two directions; -1, a full turn back, when there is none.
+// The cosine of the angle between two directions; -1, that of a full turn back, when there is none.
 inline double Cosine(const ClientLib::Point3D& a, const ClientLib::Point3D& b) {
-  const double lengths = Length(a) * Length(b);
-  return lengths > 0 ? std::clamp(Dot(a, b) / lengths, -1.0, 1.0) : -1;
+  const double cosine = Dot((1 / Length(a)) * a, (1 / Length(b)) * b);
+  return cosine >= -1 ? std::min(cosine, 1.0) : -1;
 }
 
 inline ClientLib::Point2D InPlane(const ClientLib::Point3D& p) {
