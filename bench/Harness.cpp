@@ -36,30 +36,31 @@ void RunOnce(const RunRow& run, std::uint16_t port, RowResult& result) {
 
 }  // namespace
 
-void Harness::AddReference(const std::string& name, const std::string& unit, RunRow run) {
-  rows_.push_back({name, unit, "", std::nullopt, std::move(run)});
+void Harness::AddReference(const std::string& name, const std::string& unit, RunRow run, int leastCores) {
+  rows_.push_back({name, unit, "", std::nullopt, std::move(run), leastCores});
 }
 
 void Harness::AddLibraryRow(const std::string& name, const std::string& reference, std::optional<Goal> goal,
-                            RunRow run) {
+                            RunRow run, int leastCores) {
   std::size_t place = IndexOfReference(reference);
   const std::string unit = rows_[place].unit;
   do {
     ++place;
   } while (place < rows_.size() && rows_[place].reference == reference);
   rows_.insert(rows_.begin() + static_cast<std::ptrdiff_t>(place),
-               {name, unit, reference, goal, std::move(run)});
+               {name, unit, reference, goal, std::move(run), leastCores});
 }
 
 void Harness::AddSelfCheckRows() {
   for (const Row& row : std::vector<Row>(rows_)) {
-    if (row.reference.empty()) AddLibraryRow(row.name + ", again", row.name, std::nullopt, row.run);
+    if (row.reference.empty())
+      AddLibraryRow(row.name + ", again", row.name, std::nullopt, row.run, row.leastCores);
   }
 }
 
 bool Harness::Run(const Options& options) const {
-  const std::vector<Row> rows = Select(options.filter);
-  if (rows.empty()) throw std::invalid_argument("no row matches \"" + options.filter + "\"");
+  if (Select(options.filter, TwoCores).empty())
+    throw std::invalid_argument("no row matches \"" + options.filter + "\"");
   PrintMachine();
 
   std::vector<std::pair<int, std::vector<int>>> modes;
@@ -70,6 +71,7 @@ bool Harness::Run(const Options& options) const {
 
   std::vector<RowResult> results;
   for (const auto& [cores, modeCpus] : modes) {
+    const std::vector<Row> rows = Select(options.filter, cores);
     PinAllThreads(modeCpus);
     const RawServerProcess server;
     std::vector<RowResult> modeResults;
@@ -95,7 +97,7 @@ bool Harness::Run(const Options& options) const {
   return PrintTable(results);
 }
 
-std::vector<Harness::Row> Harness::Select(const std::string& filter) const {
+std::vector<Harness::Row> Harness::Select(const std::string& filter, int cores) const {
   std::vector<Row> selected;
   for (const Row& row : rows_) {
     // A library row never runs without the reference that it is compared with.
@@ -103,7 +105,7 @@ std::vector<Harness::Row> Harness::Select(const std::string& filter) const {
       const bool isRelated = &other == &row || other.reference == row.name;
       return isRelated && other.name.find(filter) != std::string::npos;
     });
-    if (isWanted) selected.push_back(row);
+    if (isWanted && row.leastCores <= cores) selected.push_back(row);
   }
   return selected;
 }

@@ -33,6 +33,9 @@ class RowContext {
 // Measures one round and gives its figure; throws if anything is wrong with the answers.
 using RunRow = std::function<double(RowContext&)>;
 
+// What a row that is about threads side by side needs.
+inline constexpr int TwoCores = 2;
+
 struct Options {
   bool isQuick = false;
   bool isSelfCheck = false;
@@ -43,11 +46,11 @@ struct Options {
 
 class Harness {
  public:
-  void AddReference(const std::string& name, const std::string& unit, RunRow run);
+  void AddReference(const std::string& name, const std::string& unit, RunRow run, int leastCores = 1);
   // Runs right after its reference row in every round and is compared with it round by round. The goal may be
   // left out.
   void AddLibraryRow(const std::string& name, const std::string& reference, std::optional<Goal> goal,
-                     RunRow run);
+                     RunRow run, int leastCores = 1);
   // Registers every reference row a second time as if it were a library: shows how far from 1.0 a ratio can
   // be by chance alone.
   void AddSelfCheckRows();
@@ -62,9 +65,10 @@ class Harness {
     std::string reference;
     std::optional<Goal> goal;
     RunRow run;
+    int leastCores;
   };
 
-  std::vector<Row> Select(const std::string& filter) const;
+  std::vector<Row> Select(const std::string& filter, int cores) const;
   std::size_t IndexOfReference(const std::string& name) const;
 
   std::vector<Row> rows_;

@@ -9,8 +9,10 @@
 
 #include "Harness.h"
 #include "LibraryRows.h"
+#include "ListRows.h"
 #include "RawServer.h"
 #include "ReferenceRows.h"
+#include "TextRows.h"
 
 namespace {
 
@@ -75,6 +77,8 @@ int main(int argc, char** argv) {
     Harness harness;
     RegisterReferenceRows(harness);
     RegisterLibraryRows(harness);
+    RegisterListRows(harness);
+    RegisterTextRows(harness);
     if (options.isSelfCheck) harness.AddSelfCheckRows();
     return harness.Run(options) ? 0 : 1;
   } catch (const std::invalid_argument& error) {

@@ -12,6 +12,7 @@
 #include <time.h>
 
 #include "call.h"
+#include "card_address.h"
 #include "kelvo/kelvo.h"
 #include "nameplate.h"
 #include "progress_bar.h"
@@ -29,29 +30,21 @@ enum {
 typedef struct Options {
   const char* serial;
   const char* logFile;
-  const char* host;
-  int32_t port;
+  CardAddress card;
 } Options;
 
 static _Noreturn void ExitWithUsage(void) {
   fprintf(stderr,
           "usage: mark_nameplate [--serial TEXT] [--log FILE] [HOST [PORT]]\n"
-          "  --serial TEXT  the serial number, up to 18 of 0-9 A-Z - . / and space (default 00012345)\n"
+          "  --serial TEXT  the serial number, up to 18 characters of ASCII (default 00012345)\n"
           "  --log FILE     write all calls to the card and its answers to FILE\n"
           "  HOST, PORT     the card (default 127.0.0.1 and %d)\n",
           KELVO_DEFAULT_PORT);
   exit(2);
 }
 
-static int32_t ParsePort(const char* text) {
-  char* end = NULL;
-  const long port = strtol(text, &end, 10);
-  if (end == text || *end != '\0' || port < 1 || port > 65535) ExitWithUsage();
-  return (int32_t)port;
-}
-
 static Options ParseOptions(int count, char** arguments) {
-  Options options = {.serial = "00012345", .logFile = NULL, .host = "127.0.0.1", .port = KELVO_DEFAULT_PORT};
+  Options options = {.serial = "00012345", .logFile = NULL};
   int i = 1;
   for (; i < count && arguments[i][0] == '-'; i += 2) {
     if (i + 1 == count) ExitWithUsage();
@@ -63,9 +56,8 @@ static Options ParseOptions(int count, char** arguments) {
       ExitWithUsage();
     }
   }
-  if (count - i > 2 || !IsMarkableSerial(options.serial)) ExitWithUsage();
-  if (i < count) options.host = arguments[i];
-  if (i + 1 < count) options.port = ParsePort(arguments[i + 1]);
+  if (!ParseCardAddress(count - i, arguments + i, &options.card)) ExitWithUsage();
+  if (!IsMarkableSerial(options.serial)) ExitWithUsage();
   return options;
 }
 
@@ -90,7 +82,7 @@ static void CatchStopSignals(void) {
 typedef enum JobEnd { kJobComplete, kJobEndedEarly, kJobStopped, kJobTimedOut } JobEnd;
 
 static int32_t Connect(const Options* options) {
-  const int32_t handle = (int32_t)CALL(vlConnect, options->host, options->port);
+  const int32_t handle = (int32_t)CALL(vlConnect, options->card.host, options->card.port);
   if (options->logFile != NULL) CALL(vlEnableCommandLogging, handle, options->logFile, kLogValueLength);
   return handle;
 }

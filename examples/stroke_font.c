@@ -2,53 +2,137 @@
 
 #include <stddef.h>
 
-/* Characters are drawn on a grid, four units wide and six high, and a gap of two units follows. */
-enum { kGridHeight = 6, kGridPitch = 6 };
+#include "call.h"
+#include "kelvo/kelvo.h"
+
+/* Characters are drawn on a grid, four units wide, and a gap of two units follows. The base line is at 2, so that
+ * there is room below it. Small letters reach up to 6, capitals to 8. */
+enum { kBaseLine = 2, kCapitalHeight = 6, kGridPitch = 6 };
 
 /* Strokes are separated by spaces. A stroke is a run of grid points, each one digit for x and one for y: a
  * jump to the first point, marks to the others. */
 static const char* const kStrokes[128] = {
     [' '] = "",
-    ['-'] = "1333",
-    ['.'] = "2030312120",
-    ['/'] = "0046",
-    ['0'] = "103041453616050110 0145",
-    ['1'] = "152620 1030",
-    ['2'] = "05163645440040",
-    ['3'] = "0516364544334241301001 1333",
-    ['4'] = "30360242",
-    ['5'] = "460603334241301001",
-    ['6'] = "4536160501103041423303",
-    ['7'] = "064610",
-    ['8'] = "13020110304142331304051636454433",
-    ['9'] = "0110304145361605041343",
-    ['A'] = "0004264440 0242",
-    ['B'] = "00063645443342413000 0333",
-    ['C'] = "4536160501103041",
-    ['D'] = "00062644422000",
-    ['E'] = "46060040 0333",
-    ['F'] = "460600 0333",
-    ['G'] = "45361605011030414323",
-    ['H'] = "0006 0343 4640",
-    ['I'] = "1636 2620 1030",
-    ['J'] = "0110304146",
-    ['K'] = "0006 460340",
-    ['L'] = "060040",
-    ['M'] = "0006234640",
-    ['N'] = "00064046",
-    ['O'] = "103041453616050110",
-    ['P'] = "00063645443303",
-    ['Q'] = "103041453616050110 2240",
-    ['R'] = "00063645443303 2340",
-    ['S'] = "453616050413334241301001",
-    ['T'] = "0646 2620",
-    ['U'] = "060110304146",
-    ['V'] = "062046",
-    ['W'] = "0610233046",
-    ['X'] = "0046 0640",
-    ['Y'] = "062346 2320",
-    ['Z'] = "06460040",
+    ['!'] = "2825 2322",
+    ['"'] = "1816 3836",
+    ['#'] = "1218 3238 0444 0646",
+    ['$'] = "473818070615354443321203 2921",
+    ['%'] = "0248 0807171808 3332424333",
+    ['&'] = "420607182837360403122244",
+    ['\''] = "2826",
+    ['('] = "38272332",
+    [')'] = "18272312",
+    ['*'] = "2723 0644 0446",
+    ['+'] = "2723 0545",
+    [','] = "232211",
+    ['-'] = "1535",
+    ['.'] = "2322",
+    ['/'] = "0248",
+    ['0'] = "123243473818070312 0347",
+    ['1'] = "172822 1232",
+    ['2'] = "07183847460242",
+    ['3'] = "0718384746354443321203 1535",
+    ['4'] = "32380444",
+    ['5'] = "480805354443321203",
+    ['6'] = "4738180703123243443505",
+    ['7'] = "084812",
+    ['8'] = "15040312324344351506071838474635",
+    ['9'] = "0312324347381807061545",
+    [':'] = "2625 2322",
+    [';'] = "2625 232211",
+    ['<'] = "470543",
+    ['='] = "0646 0444",
+    ['>'] = "074503",
+    ['?'] = "07183847462524 2322",
+    ['@'] = "4212030718384745342415263634",
+    ['A'] = "0206284642 0444",
+    ['B'] = "02083847463544433202 0535",
+    ['C'] = "4738180703123243",
+    ['D'] = "02082846442202",
+    ['E'] = "48080242 0535",
+    ['F'] = "480802 0535",
+    ['G'] = "47381807031232434525",
+    ['H'] = "0208 0545 4842",
+    ['I'] = "1838 2822 1232",
+    ['J'] = "0312324348",
+    ['K'] = "0208 480542",
+    ['L'] = "080242",
+    ['M'] = "0208254842",
+    ['N'] = "02084248",
+    ['O'] = "123243473818070312",
+    ['P'] = "02083847463505",
+    ['Q'] = "123243473818070312 2442",
+    ['R'] = "02083847463505 2542",
+    ['S'] = "473818070615354443321203",
+    ['T'] = "0848 2822",
+    ['U'] = "080312324348",
+    ['V'] = "082248",
+    ['W'] = "0812253248",
+    ['X'] = "0248 0842",
+    ['Y'] = "082548 2522",
+    ['Z'] = "08480242",
+    ['['] = "38181232",
+    ['\\'] = "0842",
+    [']'] = "18383212",
+    ['^'] = "062846",
+    ['_'] = "0141",
+    ['`'] = "1827",
+    ['a'] = "4536160503123243 4642",
+    ['b'] = "0802 0516364543321203",
+    ['c'] = "4536160503123243",
+    ['d'] = "4842 4536160503123243",
+    ['e'] = "04444536160503123243",
+    ['f'] = "48382722 1636",
+    ['g'] = "4536160503123243 4641301001",
+    ['h'] = "0802 0516364542",
+    ['i'] = "162622 1232 2728",
+    ['j'] = "263631201001 3738",
+    ['k'] = "0802 460442",
+    ['l'] = "182822 1232",
+    ['m'] = "0602 05162522 25364542",
+    ['n'] = "0602 0516364542",
+    ['o'] = "123243453616050312",
+    ['p'] = "0600 0516364543321203",
+    ['q'] = "4536160503123243 4640",
+    ['r'] = "0602 05163645",
+    ['s'] = "45361605143443321203",
+    ['t'] = "28233242 1636",
+    ['u'] = "0603123243 4642",
+    ['v'] = "062246",
+    ['w'] = "0612243246",
+    ['x'] = "0642 0246",
+    ['y'] = "0603123243 4641301001",
+    ['z'] = "06460242",
+    ['{'] = "38272615242332",
+    ['|'] = "2820",
+    ['}'] = "18272635242312",
+    ['~'] = "05163445",
 };
+
+/* The moves of a character, one after the other: each to a point of the grid, as a mark or a jump. */
+typedef struct Moves {
+  const char* next;
+  bool begun;
+  bool isMark;
+  int x;
+  int y;
+} Moves;
+
+static Moves MovesOf(char character) {
+  return (Moves){.next = kStrokes[(unsigned char)character], .x = 0, .y = kBaseLine};
+}
+
+/* Takes the next move; false when there is none, and all stays as it was after the last. */
+static bool TakeMove(Moves* moves) {
+  if (*moves->next == '\0') return false;
+  moves->isMark = moves->begun && *moves->next != ' ';
+  if (*moves->next == ' ') moves->next += 1;
+  moves->begun = true;
+  moves->x = moves->next[0] - '0';
+  moves->y = moves->next[1] - '0';
+  moves->next += 2;
+  return true;
+}
 
 bool HasCharacter(char character) {
   const unsigned char code = (unsigned char)character;
@@ -56,25 +140,32 @@ bool HasCharacter(char character) {
 }
 
 void MarkCharacter(int64_t list, char character, Point origin, double height) {
-  const double unit = height / kGridHeight;
-  bool strokeBegins = true;
-  for (const char* next = kStrokes[(unsigned char)character]; *next != '\0';) {
-    if (*next == ' ') {
-      strokeBegins = true;
-      next += 1;
-      continue;
-    }
-    const Point point = {origin.x + unit * (next[0] - '0'), origin.y + unit * (next[1] - '0')};
-    if (strokeBegins) {
-      JumpTo(list, point);
-    } else {
+  const double unit = height / kCapitalHeight;
+  for (Moves moves = MovesOf(character); TakeMove(&moves);) {
+    const Point point = {origin.x + unit * moves.x, origin.y + unit * (moves.y - kBaseLine)};
+    if (moves.isMark) {
       MarkTo(list, point);
+    } else {
+      JumpTo(list, point);
     }
-    strokeBegins = false;
-    next += 2;
   }
 }
 
+void AppendGlyph(int64_t list, char character, double height) {
+  const double unit = height / kCapitalHeight;
+  Moves moves = MovesOf(character);
+  for (Moves from = moves; TakeMove(&moves); from = moves) {
+    const double dx = unit * (moves.x - from.x);
+    const double dy = unit * (moves.y - from.y);
+    if (moves.isMark) {
+      CALL(vlListAppendMarkRel2D, list, dx, dy);
+    } else {
+      CALL(vlListAppendJumpRel2D, list, dx, dy);
+    }
+  }
+  CALL(vlListAppendJumpRel2D, list, unit * (kGridPitch - moves.x), unit * (kBaseLine - moves.y));
+}
+
 double CharacterPitch(double height) {
-  return height * kGridPitch / kGridHeight;
+  return height * kGridPitch / kCapitalHeight;
 }

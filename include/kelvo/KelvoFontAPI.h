@@ -30,9 +30,10 @@ KELVO_API int32_t vlFontReleaseHandle(int64_t font);
 
 /* ---- Glyphs ---- */
 
-/* Makes the commands of `list` the glyph of `character`. They are copied, labels are not: the list may change or
- * be released afterwards. The list may be one of another connection. Returns 0, or -1 (kelvo.h, 3; "Font does not
- * exist."; "List does not exist."; "Char already occupied.": the glyph that is there stays). Local. */
+/* Makes the commands of `list` the glyph of `character`. They are copied, so the list may change or be released
+ * afterwards; branches to labels become branches to where the labels are. The list may be one of another
+ * connection. Returns 0, or -1 (kelvo.h, 3; "Font does not exist."; "List does not exist."; "Char already
+ * occupied.": the glyph that is there stays; a label that vlListSet would refuse). Local. */
 KELVO_API int32_t vlFontAddChar(int64_t font, uint16_t character, int64_t list);
 
 /* Makes a new list with a copy of the commands of `character`'s glyph, on the connection of the font. Returns

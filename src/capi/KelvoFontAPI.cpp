@@ -15,12 +15,12 @@ const CommandList& GlyphOf(const Font& font, std::uint16_t character) {
   return found->second;
 }
 
-// The commands of a list of any connection, without its labels and open loops.
+// The commands of a list of any connection, with their branches to labels resolved.
 CommandList CommandsOf(std::int64_t list) {
-  const auto connection = APIContext::getInstance().Share(ListTable::ConnectionOf(list));
-  const CommandList snapshot =
-      connection->Lists.Get(list)->Use([](const CommandList& commands) { return commands; });
-  CommandList commands;
+  CommandList snapshot =
+      ThreadOwned<RecentList>::Get().Find(list).Use([](const CommandList& commands) { return commands; });
+  snapshot.ResolveBranchesAndLabels();
+  CommandList commands;  // neither labels nor open loops
   commands.Append(snapshot);
   return commands;
 }

@@ -4,21 +4,10 @@
 
 #include "lists/CommandTextReader.h"
 #include "lists/CommandValueReader.h"
-#include "lists/FixedTable.h"
 #include "lists/PackedCommands.h"
+#include "lists/ValueTypes.h"
 
 namespace VELTRO::KELVO::ClientLib {
-
-namespace {
-
-#define KELVO_ONE(name, acronym, type) +1
-#define KELVO_BY_ACRONYM(name, acronym, type) {NameKey(#acronym), CommandValueType::name},
-constexpr FixedTable<CommandValueType::_enumerated, 0 KELVO_VALUE_TYPES(KELVO_ONE)> TypesByAcronym(
-    {{KELVO_VALUE_TYPES(KELVO_BY_ACRONYM)}});
-#undef KELVO_ONE
-#undef KELVO_BY_ACRONYM
-
-}  // namespace
 
 void PayloadRoom::ThrowTooLarge() {
   // The blank before the full stop belongs to the text.

@@ -33,9 +33,8 @@ std::optional<std::string_view> MnemonicOf(std::int32_t code) {
   return found == nullptr ? std::nullopt : std::optional(*found);
 }
 
-std::optional<std::int32_t> CodeOf(std::string_view mnemonic) {
-  const std::int32_t* found = Codes.Find(NameKey(mnemonic));
-  return found == nullptr ? std::nullopt : std::optional(*found);
+const std::int32_t* FindCode(std::string_view mnemonic) {
+  return Codes.Find(NameKey(mnemonic));
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -65,7 +65,11 @@ enum : std::int32_t {
 
 // The mnemonic of a code, or nothing for a code that has none.
 std::optional<std::string_view> MnemonicOf(std::int32_t code);
-// The code of a mnemonic: the ordinary ones are looked up first.
-std::optional<std::int32_t> CodeOf(std::string_view mnemonic);
+// The code of a mnemonic, or nothing: the ordinary ones are looked up first.
+const std::int32_t* FindCode(std::string_view mnemonic);
+inline std::optional<std::int32_t> CodeOf(std::string_view mnemonic) {
+  const std::int32_t* found = FindCode(mnemonic);
+  return found == nullptr ? std::nullopt : std::optional(*found);
+}
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -9,56 +9,69 @@
 // scanned once, whatever is in it.
 #pragma once
 
+#include <array>
 #include <cstddef>
-#include <optional>
 #include <string_view>
 
 namespace VELTRO::KELVO::ClientLib {
+
+namespace Characters {
+
+enum : unsigned char { Blank = 1, Comma = 2, Letter = 4, Digit = 8 };
+
+inline constexpr auto Classes = [] {
+  std::array<unsigned char, 256> classes{};
+  for (const unsigned char c : std::string_view(" \t\n\v\f\r")) classes[c] = Blank;
+  classes[','] = Comma;
+  for (unsigned char c = 'A'; c <= 'Z'; ++c) classes[c] = classes[c + 'a' - 'A'] = Letter;
+  for (unsigned char c = '0'; c <= '9'; ++c) classes[c] = Digit;
+  return classes;
+}();
+
+}  // namespace Characters
 
 // Goes through a text from its front.
 class TextCursor {
  public:
   explicit TextCursor(std::string_view text) : at_(text.data()), end_(text.data() + text.size()) {}
 
-  bool AtEnd() const { return at_ == end_; }
   const char* At() const { return at_; }
-  std::string_view Rest() const { return {at_, static_cast<std::size_t>(end_ - at_)}; }
+  const char* End() const { return end_; }
+  bool AtEnd() const { return at_ == end_; }
   bool IsAt(char c) const { return at_ != end_ && *at_ == c; }
+  bool IsAtAny(unsigned classes) const {
+    return at_ != end_ && (Characters::Classes[static_cast<unsigned char>(*at_)] & classes) != 0;
+  }
 
-  bool Take(char c);
-  void SkipBlanks();
-  void SkipBlanksAndCommas();
+  void MoveTo(const char* at) { at_ = at; }
+  bool Take(char c) {
+    if (!IsAt(c)) return false;
+    ++at_;
+    return true;
+  }
   // These take what there is of it, which may be nothing.
-  std::string_view TakeName();
-  std::string_view TakeDigits();
-  std::string_view TakeNumber();
+  std::string_view TakeAll(unsigned classes) {
+    const char* const begin = at_;
+    while (IsAtAny(classes)) ++at_;
+    return {begin, static_cast<std::size_t>(at_ - begin)};
+  }
+  std::string_view TakeName() {
+    return IsAtAny(Characters::Letter) ? TakeAll(Characters::Letter | Characters::Digit) : std::string_view();
+  }
+  void SkipBlanks() { TakeAll(Characters::Blank); }
+  void SkipBlanksAndCommas() { TakeAll(Characters::Blank | Characters::Comma); }
   // Takes all up to a character and the character; false when it does not follow.
   bool TakeUntil(char c);
 
  private:
-  std::string_view From(const char* begin) const { return {begin, static_cast<std::size_t>(at_ - begin)}; }
-
   const char* at_;
   const char* end_;
 };
 
-// The groups of the command expression.
-struct CommandMatch {
-  std::string_view Mnemonic;
-  std::string_view Version;  // its digits; empty for none
-  std::string_view Values;   // each with the comma before it
-};
+// Takes ", V" and digits, which it returns, when they are a version and not the name of a value; else nothing.
+std::string_view TakeVersion(TextCursor& cursor);
 
-// Takes a command at the cursor; nothing when none begins there, and the cursor is then anywhere.
-std::optional<CommandMatch> TakeCommand(TextCursor& cursor);
-
-// The groups of the value expression.
-struct ValueMatch {
-  std::string_view Acronym;
-  std::string_view Text;  // without the blanks around it
-};
-
-// Takes a value and the comma before it at the cursor, which is in a command's values.
-ValueMatch TakeValue(TextCursor& cursor);
+// Whether a command, whatever is in it, begins at the cursor.
+bool MatchesCommand(TextCursor cursor);
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -4,9 +4,7 @@
 #include <charconv>
 #include <cstdint>
 #include <stdexcept>
-#include <string>
 #include <system_error>
-#include <vector>
 
 #include "lists/CommandCodes.h"
 #include "lists/PackedCommands.h"
@@ -54,31 +52,48 @@ bool IsBelowOne(std::string_view number) {
   return power < 1 - order;
 }
 
+// Takes a number of the number expression; false when none is there.
 template <class T>
-T ToNumber(std::string_view text) {
-  const std::string_view unsignedText = text.starts_with('+') ? text.substr(1) : text;
-  const char* const end = unsignedText.data() + unsignedText.size();
-  T number{};
-  const auto [at, error] = std::from_chars(unsignedText.data(), end, number);
+bool TakeNumber(TextCursor& cursor, T& number) {
+  TextCursor ahead = cursor;
+  ahead.Take('+');
+  const char* const begin = ahead.At();
+  if (begin == cursor.At()) ahead.Take('-');
+  const char* end = ahead.End();
+  const bool hasDigits = !ahead.TakeAll(Characters::Digit).empty();
+  const char* const afterDigits = ahead.At();
+  const bool hasFraction = ahead.Take('.') && ahead.IsAtAny(Characters::Digit);
+  if (!hasDigits && !hasFraction) return false;
+  // A number ends ahead of a point that nothing follows, which from_chars would take.
+  if (afterDigits != end && *afterDigits == '.' && !hasFraction) end = afterDigits;
+  const auto [at, error] = std::from_chars(begin, end, number);
   if constexpr (std::is_floating_point_v<T>) {
-    if (error == std::errc()) return number;
-    if (text.empty()) throw Refusal{"not a finite number"};
-    if (!IsBelowOne(text)) throw Refusal{"too large"};
-    return text.starts_with('-') ? -0.0 : 0.0;
+    if (error == std::errc::result_out_of_range) {
+      if (!IsBelowOne({begin, at})) throw Refusal{"too large"};
+      number = *begin == '-' ? -0.0 : 0.0;
+    }
   } else {
-    if (error != std::errc() || at != end) throw Refusal{"not a whole number that fits"};
-    return number;
+    const bool hasExponent = at != end && (*at == 'e' || *at == 'E');
+    if (error != std::errc() || hasFraction || hasExponent) throw Refusal{"not a whole number that fits"};
   }
+  cursor.MoveTo(at);
+  return true;
 }
 
 template <class T>
 void TakeElement(TextCursor& cursor, T& number) {
-  number = ToNumber<T>(cursor.TakeNumber());
+  if (TakeNumber(cursor, number)) return;
+  throw Refusal{std::is_floating_point_v<T> ? "not a finite number" : "not a whole number that fits"};
+}
+
+void TakeElement(TextCursor& cursor, bool& value) {
+  const std::string_view name = cursor.TakeName();
+  value = name == "True";
+  if (!value && name != "False") throw Refusal{"neither True nor False"};
 }
 
 template <std::size_t N, class T>
 void TakeElement(TextCursor& cursor, Point<N, T>& point) {
-  cursor.SkipBlanks();
   for (std::size_t i = 0; i < N; ++i) {
     if (i > 0) cursor.SkipBlanksAndCommas();
     if (cursor.Take(CoordinateNames[i])) {
@@ -86,40 +101,21 @@ void TakeElement(TextCursor& cursor, Point<N, T>& point) {
       if (!cursor.Take('=')) FailPoint();
       cursor.SkipBlanks();
     }
-    const std::string_view number = cursor.TakeNumber();
-    if (number.empty()) FailPoint();
-    point.Coordinates[i] = ToNumber<T>(number);
+    if (!TakeNumber(cursor, point.Coordinates[i])) FailPoint();
   }
 }
 
-template <class T>
-T ToScalar(std::string_view text) {
-  T value{};
-  if constexpr (std::is_same_v<T, bool>) {
-    value = text == "True";
-    if (!value && text != "False") throw Refusal{"neither True nor False"};
-  } else {
-    TextCursor cursor(text);
-    TakeElement(cursor, value);
-    if (!cursor.AtEnd()) throw Refusal{"more than a value"};
-  }
-  return value;
-}
-
-// The elements of an array; more than a command takes are not read.
-template <class T>
-std::vector<T> ToElements(std::string_view text) {
-  std::vector<T> elements;
-  for (TextCursor cursor(text); !cursor.AtEnd(); cursor.SkipBlanksAndCommas()) {
-    const bool enclosed = IsPointType<T> && cursor.Take('(');
-    TakeElement(cursor, elements.emplace_back());
-    if (enclosed) {
-      cursor.SkipBlanks();
-      if (!cursor.Take(')')) throw Refusal{"a parenthesis that is not closed"};
-    }
-    if (elements.size() * sizeof(T) > 2 * MaxPacketSize) break;
-  }
-  return elements;
+// Takes the end of a value and of its command; false, with nothing taken, when there is more.
+bool TakeEnd(TextCursor& cursor) {
+  TextCursor ahead = cursor;
+  ahead.SkipBlanks();
+  if (!ahead.Take(']')) return false;
+  ahead.SkipBlanks();
+  ahead.Take(']');
+  ahead.SkipBlanks();
+  if (!ahead.Take('}')) return false;
+  cursor = ahead;
+  return true;
 }
 
 }  // namespace
@@ -127,11 +123,11 @@ std::vector<T> ToElements(std::string_view text) {
 Command CommandTextReader::ReadCommand(std::string_view text) {
   TextCursor cursor(text);
   cursor.SkipBlanks();
-  const auto match = TakeCommand(cursor);
+  PackedCommands commands;
+  CommandTextReader(commands).Read(cursor);
   cursor.SkipBlanks();
-  if (!match || !cursor.AtEnd()) FailCommand();
-  CommandTextReader reader;
-  const CommandView command = reader.Read(*match);
+  if (!cursor.AtEnd()) FailCommand();
+  const CommandView command = commands.At(0);
   return {command.Code, command.Payload};
 }
 
@@ -141,58 +137,129 @@ void CommandTextReader::ReadList(std::string_view text, PackedCommands& list) {
   const bool enclosed = cursor.Take('[');
   cursor.SkipBlanks();
   const bool empty = enclosed && cursor.IsAt(']');
-  CommandTextReader reader;
+  CommandTextReader reader(list);
   std::size_t count = 0;
   for (cursor.SkipBlanksAndCommas(); cursor.IsAt('{'); cursor.SkipBlanksAndCommas()) {
-    const auto match = TakeCommand(cursor);
-    if (!match) FailCommand();
     reader.index_ = count++;
-    list.Append(reader.Read(*match));
+    reader.Read(cursor);
   }
   if (enclosed && !cursor.Take(']')) FailCommand();
   cursor.SkipBlanks();
   if (!cursor.AtEnd() || (count == 0 && !empty)) FailCommand();
 }
 
-CommandView CommandTextReader::Read(const CommandMatch& match) {
-  const auto code = CodeOf(match.Mnemonic);
-  if (!code) throw std::runtime_error("Unable to parse command code");
-  values_.Clear();
-  for (TextCursor cursor(match.Values); !cursor.AtEnd();) {
-    const ValueMatch value = TakeValue(cursor);
-    try {
-      ReadValue(value);
-    } catch (const Refusal& refusal) {
-      Fail("value " + Shown(value.Acronym) + "[ " + Shown(value.Text) + " ]", refusal.Reason);
-    }
+void CommandTextReader::Read(TextCursor& cursor) {
+  const TextCursor begin = cursor;
+  try {
+    ReadParts(cursor);
+  } catch (const std::runtime_error&) {
+    // That a text is no command at all comes first, wherever in it the fault is.
+    if (!MatchesCommand(begin)) FailCommand();
+    throw;
   }
-  if (!match.Version.empty()) ReadVersion(match.Version);
-  return {*code, values_.GetPayload()};
 }
 
-void CommandTextReader::ReadVersion(std::string_view digits) {
+void CommandTextReader::ReadParts(TextCursor& cursor) {
+  if (!cursor.Take('{')) FailCommand();
+  cursor.SkipBlanks();
+  cursor.Take('[');
+  cursor.SkipBlanks();
+  const std::int32_t* const code = FindCode(cursor.TakeName());
+  if (code == nullptr) throw std::runtime_error("Unable to parse command code");
+  cursor.SkipBlanks();
+  code_ = *code;
+  version_ = TakeVersion(cursor);
+  size_ = 0;
+  room_ = PayloadRoom();
+  while (cursor.Take(',')) {
+    cursor.SkipBlanks();
+    const std::string_view acronym = cursor.TakeName();
+    cursor.SkipBlanks();
+    if (!cursor.Take('[')) FailCommand();
+    if (ReadValue(acronym, cursor)) return;
+    cursor.SkipBlanks();
+  }
+  cursor.Take(']');
+  cursor.SkipBlanks();
+  if (!cursor.Take('}')) FailCommand();
+  if (!version_.empty()) ReadVersion();
+  if (size_ > 0) PutUInt24(payload_.data() + 1, size_ - Command::HeaderBytes);
+  list_.Append(CommandView{code_, {payload_.data(), size_}});
+}
+
+void CommandTextReader::ReadVersion() {
   unsigned char version = 0;
-  if (std::from_chars(digits.data(), digits.data() + digits.size(), version).ec != std::errc()) {
-    Fail("version " + Shown(digits), "more than 255");
+  if (std::from_chars(version_.data(), version_.data() + version_.size(), version).ec != std::errc()) {
+    Fail("version " + Shown(version_), "more than 255");
   }
   // A command without values has no payload to bear the usual version.
-  if (values_.GetByteCount() > 0 || version != Command::PayloadVersion) values_.setVersion(version);
+  if (size_ == 0 && version != Command::PayloadVersion) Extend(0);
+  if (size_ > 0) payload_[0] = version;
 }
 
-void CommandTextReader::ReadValue(const ValueMatch& value) {
-  CommandValueType type = CommandValueType::Invalid;
-  Command::TryParseValueType(value.Acronym, type);
-  const bool known = VisitValueType(type, [&]<class T>(std::type_identity<T>) {
-    if constexpr (!HasText<T>) {
-      throw Refusal{"of a type that has no text"};
-    } else if constexpr (IsArrayType<T>) {
-      const auto elements = ToElements<typename T::value_type>(value.Text);
-      values_.Add(T(elements));
-    } else {
-      values_.Add(ToScalar<T>(value.Text));
+bool CommandTextReader::ReadValue(std::string_view acronym, TextCursor& cursor) {
+  const TextCursor begin = cursor;
+  cursor.SkipBlanks();
+  bool appended = false;
+  try {
+    const auto* const type = TypesByAcronym.Find(NameKey(acronym));
+    const bool known = type != nullptr && VisitValueType(*type, [&]<class T>(std::type_identity<T>) {
+                         if constexpr (!HasText<T>) {
+                           throw Refusal{"of a type that has no text"};
+                         } else if constexpr (IsArrayType<T>) {
+                           ReadElements<typename T::value_type>(cursor);
+                         } else {
+                           T value{};
+                           TakeElement(cursor, value);
+                           if (size_ == 0 && version_.empty() && TakeEnd(cursor)) {
+                             list_.Append(code_, value);
+                             appended = true;
+                           } else {
+                             PutValue(Extend(ValueSize(value)), value);
+                           }
+                         }
+                       });
+    if (appended) return true;
+    if (!known) throw Refusal{"of an unknown type"};
+    room_.Extend(size_);
+    cursor.SkipBlanks();
+    if (!cursor.Take(']')) throw Refusal{"more than a value"};
+  } catch (const Refusal& refusal) {
+    cursor = begin;
+    cursor.TakeUntil(']');
+    const std::string_view text(begin.At(), static_cast<std::size_t>(cursor.At() - begin.At()));
+    Fail("value " + Shown(acronym) + "[" + Shown(text), refusal.Reason);
+  }
+  return false;
+}
+
+template <class T>
+void CommandTextReader::ReadElements(TextCursor& cursor) {
+  Extend(1 + ArrayCountBytes);
+  const std::size_t begin = size_;
+  while (!cursor.IsAt(']') && size_ <= 2 * MaxPacketSize) {
+    const bool enclosed = IsPointType<T> && cursor.Take('(');
+    if (enclosed) cursor.SkipBlanks();
+    T element{};
+    TakeElement(cursor, element);
+    if (enclosed) {
+      cursor.SkipBlanks();
+      if (!cursor.Take(')')) throw Refusal{"a parenthesis that is not closed"};
     }
-  });
-  if (!known) throw Refusal{"of an unknown type"};
+    std::memcpy(Extend(sizeof element), &element, sizeof element);
+    cursor.SkipBlanksAndCommas();
+  }
+  unsigned char* const head = payload_.data() + begin - 1 - ArrayCountBytes;
+  *head = TypeByteOf<std::span<const T>>;
+  PutUInt24(head + 1, (size_ - begin) / sizeof(T));
+}
+
+unsigned char* CommandTextReader::Extend(std::size_t count) {
+  const std::size_t begin = size_ == 0 ? Command::HeaderBytes : size_;
+  size_ = begin + count;
+  if (size_ > payload_.size()) payload_.resize(std::max(2 * size_, std::size_t{256}));
+  if (begin == Command::HeaderBytes) payload_[0] = Command::PayloadVersion;
+  return payload_.data() + begin;
 }
 
 void CommandTextReader::Fail(std::string what, std::string_view reason) const {

@@ -10,8 +10,11 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "lists/Command.h"
 #include "lists/CommandScanner.h"
@@ -30,14 +33,31 @@ class CommandTextReader {
   static void ReadList(std::string_view text, PackedCommands& list);
 
  private:
-  // The command that matched, until the next one is read.
-  CommandView Read(const CommandMatch& match);
-  void ReadVersion(std::string_view digits);
-  void ReadValue(const ValueMatch& value);
+  explicit CommandTextReader(PackedCommands& list) : list_(list) {}
+
+  // Appends the command at the cursor.
+  void Read(TextCursor& cursor);
+  // The same, but of several faults in the text it need not name the first.
+  void ReadParts(TextCursor& cursor);
+  void ReadVersion();
+  // Puts the value at the cursor into the payload. True when it has appended the command: a scalar that is all
+  // that a command has goes straight into the list.
+  bool ReadValue(std::string_view acronym, TextCursor& cursor);
+  template <class T>
+  void ReadElements(TextCursor& cursor);
   [[noreturn]] void Fail(std::string what, std::string_view reason) const;
 
-  Command values_{0};  // a payload under construction; its memory serves all commands
-  std::optional<std::size_t> index_;
+  // Makes `count` more bytes of the payload, whether they are within its limit or not.
+  unsigned char* Extend(std::size_t count);
+
+  PackedCommands& list_;
+  std::optional<std::size_t> index_;  // of the command in the text of a list
+  // The command that is read.
+  std::int32_t code_ = 0;
+  std::string_view version_;            // its digits; empty for none
+  std::vector<unsigned char> payload_;  // its first size_ bytes; the rest is room
+  std::size_t size_ = 0;
+  PayloadRoom room_;
 };
 
 }  // namespace VELTRO::KELVO::ClientLib

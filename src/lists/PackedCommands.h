@@ -100,13 +100,12 @@ class PackedCommands {
 };
 
 inline unsigned char* PackedCommands::AppendEnvelope(std::int32_t code, std::size_t payloadSize) {
-  unsigned char envelope[Envelope::MostBytes];
-  const auto size = static_cast<std::size_t>(Envelope::Put(envelope, code, payloadSize) - envelope);
   NotePlace(packed_.Size());
-  unsigned char* at = packed_.Extend(size + payloadSize);
-  std::memcpy(at, envelope, size);
+  unsigned char* const at = packed_.Extend(Envelope::MostBytes + payloadSize);
+  unsigned char* const payload = Envelope::Put(at, code, payloadSize);
+  packed_.Truncate(packed_.Size() - Envelope::MostBytes + static_cast<std::size_t>(payload - at));
   Count(payloadSize);
-  return at + size;
+  return payload;
 }
 
 template <class... Values>

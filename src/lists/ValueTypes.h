@@ -2,6 +2,7 @@
 #pragma once
 
 #include "lists/CommandValue.h"
+#include "lists/FixedTable.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -46,6 +47,13 @@ constexpr std::string_view AcronymOf(std::uint8_t type) {
   }
 #undef KELVO_ACRONYM_CASE
 }
+
+#define KELVO_ONE(name, acronym, type) +1
+#define KELVO_BY_ACRONYM(name, acronym, type) {NameKey(#acronym), CommandValueType::name},
+inline constexpr FixedTable<CommandValueType::_enumerated, 0 KELVO_VALUE_TYPES(KELVO_ONE)> TypesByAcronym(
+    {{KELVO_VALUE_TYPES(KELVO_BY_ACRONYM)}});
+#undef KELVO_ONE
+#undef KELVO_BY_ACRONYM
 
 // Calls `visit` with a std::type_identity of the C++ type of the values: a scalar, a point, or a span of const
 // elements. False for the type byte of no value.

@@ -64,7 +64,7 @@ TEST(CommandText, OfAListIsTakenWholeOrNotAtAll) {
   ForEachText(R"([] |  [ ]  => [  ]
 [{LOE}{LOF},,{NO}] => [ { LOE }, { LOF }, { NO } ]
   | , | [,] | [ {LON} | {LON} ] | [[ {LON} ]] | [{LON}; {LOF}] | {LON}, {LOF => Unable to parse command
-{NO},{NO,F64[40 characters are shown of what is read..]} => Unable to parse value F64[ 40 characters are shown of what is read.... ] of command 1: more than a value
+{NO},{NO,F64[40 characters are shown of what is read..]} => Unable to parse value F64[40 characters are shown of what is read.... of command 1: more than a value
 )",
               check);
 }
