@@ -86,6 +86,7 @@ int32_t vlListCommandCount(int64_t list) {
 
 int32_t vlListAppendList(int64_t list, int64_t other) {
   return Guarded([&] {
+    FindList(list);  // a fault of this one is told first
     const CommandList appended = FindList(other).Use(Copy);
     FindList(list).Use([&](CommandList& commands) { commands.Append(appended); });
   });

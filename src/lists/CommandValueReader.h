@@ -84,6 +84,12 @@ class Command::CommandValueReader {
   Point3DInt AsPoint3DInt() { return As<Point3DInt>(); }
   Point4DInt AsPoint4DInt() { return As<Point4DInt>(); }
   ArrayValue AsArray();
+  // The next value, which must be an array of T.
+  template <class T>
+  ArrayValue AsArrayOf() {
+    checkType(TypeByteOf<std::span<const T>>);
+    return AsArray();
+  }
 
   // The next value, which must be of type T.
   template <class T>

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <sstream>
+#include <tuple>
 
 #include "support/FakeCard.h"
 #include "support/Process.h"
@@ -36,6 +38,7 @@ std::uint32_t number = 0;
 std::uint16_t character = 0;
 std::int32_t value = 0;
 bool flag = false;
+char buffer[9];
 vlListExecutionStats stats;
 constexpr vlListEventCallback OnEvent = [](std::int32_t, std::int32_t) {};
 constexpr vlErrorEventCallback OnError = [](std::int32_t, std::int32_t, const char*, std::uint32_t) {};
@@ -58,7 +61,9 @@ const Function onConnections[] = {
     {"vlListSet", [](std::int32_t handle) { return vlListSet(handle, 1, ListOf(handle), false, -1); }},
     {"vlListGet", [](std::int32_t handle) { return vlListGet(handle, 1, ListOf(handle)); }},
     ENTRY(vlListDelete, 1, false), ENTRY(vlListGetStoredListIDs, &value, 1U, &number),
-    ENTRY(vlListExecute, 1), ENTRY(vlListAbortExecution), ENTRY(vlListIsExecutionInProgress, &flag),
+    ENTRY(vlListAllocateFromString, "[  ]"), ENTRY(vlListLoad, 1), ENTRY(vlListStore, 1),
+    ENTRY(vlListResetExecution), ENTRY(vlListGetListCaret, 1, &value), ENTRY(vlListSetExecutionLimit, 1),
+    ENTRY(vlListGetExecutionLimit, &value), ENTRY(vlListExecute, 1), ENTRY(vlListAbortExecution), ENTRY(vlListIsExecutionInProgress, &flag),
     ENTRY(vlListGetListStatus, 1, &value), ENTRY(vlListGetLastExecutionStats, &stats),
     ENTRY(vlListWaitForProgress, &value, 0), ENTRY(vlListWaitForListDone, &value, 0),
     ENTRY(vlListWaitForListIdle, &value, 0), ENTRY(vlListInterruptWaitForProgress),
@@ -76,17 +81,8 @@ const Function onConnections[] = {
 // clang-format off
 const Function onLists[] = {
     LIST_ENTRY(vlListReleaseHandle), LIST_ENTRY(vlListDeleteHandle), LIST_ENTRY(vlListClear),
-    LIST_ENTRY(vlListCommandCount), LIST_ENTRY(vlListAppendJumpAbs2D, 1.0, 2.0),
-    LIST_ENTRY(vlListAppendJumpRel2D, 1.0, 2.0), LIST_ENTRY(vlListAppendJumpAbs3D, 1.0, 2.0, 3.0),
-    LIST_ENTRY(vlListAppendJumpRel3D, 1.0, 2.0, 3.0), LIST_ENTRY(vlListAppendMarkAbs2D, 1.0, 2.0),
-    LIST_ENTRY(vlListAppendMarkRel2D, 1.0, 2.0), LIST_ENTRY(vlListAppendMarkAbs3D, 1.0, 2.0, 3.0),
-    LIST_ENTRY(vlListAppendMarkRel3D, 1.0, 2.0, 3.0), LIST_ENTRY(vlListAppendJumpSpeed, 1.0),
-    LIST_ENTRY(vlListAppendMarkSpeed, 1.0), LIST_ENTRY(vlListAppendJumpDelay, 1.0),
-    LIST_ENTRY(vlListAppendMarkDelay, 1.0), LIST_ENTRY(vlListAppendPolyDelay, 1.0),
-    LIST_ENTRY(vlListAppendLaserOnDelay, 1.0), LIST_ENTRY(vlListAppendLaserOffDelay, 1.0),
-    LIST_ENTRY(vlListAppendSleep, 1.0), LIST_ENTRY(vlListAppendLaserOn), LIST_ENTRY(vlListAppendLaserOff),
-    LIST_ENTRY(vlListAppendProgress, 1), LIST_ENTRY(vlListAppendLoopStart, 1),
-    LIST_ENTRY(vlListAppendLoopEnd), LIST_ENTRY(vlListAppendLoopBreak),
+    LIST_ENTRY(vlListCommandCount), LIST_ENTRY(vlListStringLen), LIST_ENTRY(vlListToString, buffer, 9U, &number),
+    LIST_ENTRY(vlListAppendMarkAbs2D, 1.0, 2.0), LIST_ENTRY(vlListAppendList, std::int64_t{1}),
 };
 // clang-format on
 
@@ -169,6 +165,35 @@ TEST(Frame, ASuccessErasesTheErrorBefore) {
   EXPECT_EQ(vlGetLastErrorLen(), 15 + 2);
   EXPECT_EQ(vlListAllocate(connection) & 0xFFFFFFFF, 1);
   EXPECT_EQ(vlGetLastErrorLen(), 2);
+}
+
+TEST(Lists, AskTheCardInItsWords) {
+  std::string asked;
+  FakeCard card(FakeCard::Answering([&](const Request& request) {
+    std::ostringstream text;
+    text << request.Method << request.Arguments.get();
+    asked = text.str();
+    return Response(request.Id, 7);
+  }));
+  Connection connection(card.Port());
+  const std::tuple<std::function<std::int32_t()>, const char*, bool> calls[] = {
+      {[&] { return vlListLoad(connection, 3); }, "LoadList[3]", false},
+      {[&] { return vlListStore(connection, 3); }, "StoreList[3]", false},
+      {[&] { return vlListDelete(connection, 3, true); }, "DeleteList[3,true]", false},
+      {[&] { return vlListExecute(connection, 3); }, "ExecuteList[3]", false},
+      {[&] { return vlListAbortExecution(connection); }, "AbortExecution[]", false},
+      {[&] { return vlListResetExecution(connection); }, "ResetExecution[]", false},
+      {[&] { return vlListGetListStatus(connection, 3, &value); }, "GetListStatus[3]", true},
+      {[&] { return vlListGetListCaret(connection, 3, &value); }, "GetListCaret[3]", true},
+      {[&] { return vlListSetExecutionLimit(connection, -3); }, "SetExecutionLimit[-3]", false},
+      {[&] { return vlListGetExecutionLimit(connection, &value); }, "GetExecutionLimit[]", true},
+  };
+  for (const auto& [call, expected, hasValue] : calls) {
+    value = 0;
+    EXPECT_EQ(call(), 0) << LastError();
+    EXPECT_EQ(asked, expected);
+    EXPECT_EQ(value, hasValue ? 7 : 0) << expected;
+  }
 }
 
 TEST(Lists, AreNumberedAndNeverNumberedAgain) {

@@ -93,7 +93,6 @@ TEST(VirtualCardRun, IsAbortedAtOnceHoweverLongItWouldTake) {
 
 TEST(VirtualCardRun, EndsWithAnErrorThatNamesTheCommand) {
   const std::pair<const char*, const char*> cases[] = {
-      {"0 (ARCA): not supported by the virtual card.", "ARCA 0,0 1.0"},
       {"0 (code 7654321): not supported by the virtual card.", "UNKNOWN"},
       {"0 (JS): The speed must be positive and finite.", "JS 0.0"},
       {"0 (SL): The duration must be finite and not negative.", "SL nan"},

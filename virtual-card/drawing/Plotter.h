@@ -24,6 +24,8 @@ class Plotter {
   Plotter(const Plotter&) = delete;
   Plotter& operator=(const Plotter&) = delete;
 
+  double GetBeam() const { return settings_.Beam; }
+
   void BeginRun();
   void AddSegment(Drawing::Kind kind, ClientLib::Point2D from, ClientLib::Point2D to);
   void AddDot(ClientLib::Point2D at);

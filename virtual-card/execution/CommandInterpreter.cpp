@@ -15,8 +15,8 @@ using Table = std::unordered_map<std::int32_t, CommandRow::Function>;
 const Table& AllCommands() {
   static const Table table = [] {
     Table all;
-    for (const auto area : {MotionCommands(), ParameterCommands(), LaserCommands(), FlowCommands(),
-                            WaitCommands(), VariableCommands(), FontCommands()}) {
+    for (const auto area : {MotionCommands(), ShapeCommands(), PixelCommands(), ParameterCommands(),
+                            LaserCommands(), FlowCommands(), WaitCommands(), VariableCommands(), FontCommands()}) {
       for (const CommandRow& row : area) all.emplace(row.Code, row.Execute);
     }
     return all;

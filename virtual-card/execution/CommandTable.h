@@ -2,8 +2,8 @@
 //
 // A row's function takes the run and the command's values, in their order and of exactly these types:
 //   CommandRow(CommandCode::MARK_ABS, [](Run& run, Point2D p) { run.Galvos.Mark(run.Galvos.To(p)); })
-// A type with a function Read(ValueReader&) stands for several values (Conditions.h).
-// A command whose values vary is given the reader of its values instead.
+// An array is an Array of its element's type; a type with a function Read(ValueReader&) stands for several values
+// (Conditions.h). A command whose values vary is given the reader of its values instead.
 #pragma once
 
 #include <cstdint>
@@ -18,6 +18,15 @@
 namespace VELTRO::KELVO::VirtualCard {
 
 using ValueReader = ClientLib::Command::CommandValueReader;
+
+template <class T>
+struct Array {
+  using Element = T;
+  ClientLib::Command::ArrayValue Values;
+
+  std::size_t GetCount() const { return Values.GetCount(); }
+  T operator[](std::size_t i) const { return Values.As<T>(i); }
+};
 
 struct CommandRow {
   // Throws std::exception when the values are not those of the command, or make no sense.
@@ -36,6 +45,8 @@ struct CommandRow {
       return values.AsBool();
     } else if constexpr (requires { T::Read(values); }) {
       return T::Read(values);
+    } else if constexpr (requires(T array) { array.Values; }) {
+      return {values.AsArrayOf<typename T::Element>()};
     } else {
       return values.As<T>();
     }
@@ -60,6 +71,8 @@ struct CommandRow {
 
 // The rows of each area.
 std::span<const CommandRow> MotionCommands();
+std::span<const CommandRow> ShapeCommands();
+std::span<const CommandRow> PixelCommands();
 std::span<const CommandRow> ParameterCommands();
 std::span<const CommandRow> LaserCommands();
 std::span<const CommandRow> FlowCommands();

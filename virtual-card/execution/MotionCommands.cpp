@@ -17,6 +17,12 @@ std::span<const CommandRow> MotionCommands() {
       {CommandCode::MARK_REL, [](Run& run, Point2D p) { run.Galvos.Mark(run.Galvos.By(p)); }},
       {CommandCode::MARK_3D_ABS, [](Run& run, Point3D p) { run.Galvos.Mark(run.Galvos.To(p)); }},
       {CommandCode::MARK_3D_REL, [](Run& run, Point3D p) { run.Galvos.Mark(run.Galvos.By(p)); }},
+      // Without an encoder there is no motion to stop, only the jump to where the field comes to rest.
+      {CommandCode::STOP_MOTF, [](Run& run, Point2D p) { run.Galvos.Jump(run.Galvos.To(p)); }},
+      {CommandCode::STOP_MOTF_3D, [](Run& run, Point3D p) { run.Galvos.Jump(run.Galvos.To(p)); }},
+      {CommandCode::MAGNIFICATION_ABS, [](Run& run, double m, bool wait) { run.Galvos.Magnify(m, wait); }},
+      {CommandCode::MAGNIFICATION_REL,
+       [](Run& run, double m, bool wait) { run.Galvos.Magnify(run.Galvos.GetMagnification() + m, wait); }},
   };
   return Rows;
 }

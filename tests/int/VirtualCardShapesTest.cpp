@@ -1,0 +1,228 @@
+// What the virtual card draws, and how long it takes: against points computed from the formulas.
+#include <cmath>
+#include <functional>
+#include <numbers>
+
+#include "int/CardClient.h"
+
+namespace VELTRO::KELVO::Test {
+namespace {
+
+using std::numbers::pi;
+using Path = std::vector<Point3D>;               // of the picture, which has no z, z is 0
+using Formula = std::function<Point3D(double)>;  // t from 0 to 1
+
+// The strokes of the picture's marks, as "x,y x,y|x,y x,y", or its dots, as "x,y x,y".
+Text Part(const Text& svg, const Text& group) {
+  const bool isDots = group == "dots";
+  const Text begin = isDots ? "<circle cx='" : "points='";
+  Text result;
+  std::istringstream lines(svg.substr(svg.find("id='" + group)));
+  for (Text line; std::getline(lines, line) && line != "</g>";) {
+    const std::size_t at = line.find(begin);
+    if (at == Text::npos) continue;
+    if (!result.empty()) result += isDots ? " " : "|";
+    const std::size_t from = at + begin.size(), to = line.find('\'', from);
+    result += line.substr(from, to - from);
+    if (!isDots) continue;
+    const std::size_t y = line.find("cy='") + 4;
+    result += "," + line.substr(y, line.find('\'', y) - y);
+  }
+  return result;
+}
+
+double Distance(const Point3D& p, const Point3D& q) {
+  return std::hypot(p.X() - q.X(), p.Y() - q.Y(), p.Z() - q.Z());
+}
+
+// In the plane, from the path's lines.
+double Distance(const Path& path, const Point3D& p) {
+  double least = HUGE_VAL;
+  for (std::size_t i = 1; i < path.size(); ++i) {
+    const double ax = path[i - 1].X(), ay = path[i - 1].Y(), dx = path[i].X() - ax, dy = path[i].Y() - ay;
+    const double square = dx * dx + dy * dy;
+    const double share = square > 0 ? ((p.X() - ax) * dx + (p.Y() - ay) * dy) / square : 0;
+    const double t = std::clamp(share, 0.0, 1.0);
+    least = std::min(least, std::hypot(p.X() - ax - t * dx, p.Y() - ay - t * dy));
+  }
+  return least;
+}
+
+Formula Ellipse(Point3D centre, double a, double b, double rotation, double from, double sweep, double z) {
+  return [=](double t) {
+    const double x = a * std::cos(from + sweep * t), y = b * std::sin(from + sweep * t);
+    return Point3D{{centre.X() + x * std::cos(rotation) - y * std::sin(rotation),
+                    centre.Y() + x * std::sin(rotation) + y * std::cos(rotation), z + t * (centre.Z() - z)}};
+  };
+}
+
+// By repeated division.
+Formula Bezier(Path points) {
+  return [=](double t) {
+    Path p = points;
+    for (; p.size() > 1; p.pop_back()) {
+      for (std::size_t i = 0; i + 1 < p.size(); ++i) {
+        for (std::size_t k = 0; k < 3; ++k) {
+          p[i].Coordinates[k] += t * (p[i + 1].Coordinates[k] - p[i].Coordinates[k]);
+        }
+      }
+    }
+    return p[0];
+  };
+}
+
+TEST(VirtualCardShapes, LieOnTheirCurvesFromEndToEnd) {
+  const double arcStart = std::atan2(-4, -3), ellipticStart = std::atan2(0.6, 0.8);
+  // All begin at 1,2,3. Commands that mean the same; the formula; length of the way if it is not the formula's.
+  const std::tuple<std::vector<const char*>, Formula, double> cases[] = {
+      {{"ARCA 4,6 -2.5", "ARCR 3,4 -2.5", "ARC3A 4,6,3 -2.5", "ELLCA 4,6 1.0 0.7 -2.5"},
+       Ellipse({{4, 6, 3}}, 5, 5, 0, arcStart, -2.5, 3),
+       0},
+      {{"ARC3A 4,6,10 7.0", "ARC3R 3,4,7 7.0"}, Ellipse({{4, 6, 10}}, 5, 5, 0, arcStart, 7, 3), 0},
+      {{"ELLA 4,6 5.0 2.0 0.5", "ELLR 3,4 5.0 2.0 0.5"}, Ellipse({{4, 6, 3}}, 5, 2, 0.5, 0, 2 * pi, 3), 0},
+      {{"ELL3A 4,6,10 5.0 2.0 0.5", "ELL3R 3,4,7 5.0 2.0 0.5"},
+       Ellipse({{4, 6, 10}}, 5, 2, 0.5, 0, 2 * pi, 10),
+       0},
+      {{"ELLCA 7,-2 2.0 1.5707963267948966 3.0", "ELLCR 6,-4 2.0 1.5707963267948966 3.0"},
+       Ellipse({{7, -2, 3}}, 5, 10, pi / 2, ellipticStart, 3, 3),
+       0},
+      {{"ELLC3A 7,-2,-1 2.0 1.5707963267948966 3.0", "ELLC3R 6,-4,-4 2.0 1.5707963267948966 3.0"},
+       Ellipse({{7, -2, -1}}, 5, 10, pi / 2, ellipticStart, 3, 3),
+       0},
+      {{"ELLG 1,1,1 3,0,4 1,5,0 -4.0"},
+       [](double t) {
+         const double c = std::cos(-4 * t), s = std::sin(-4 * t);
+         return Point3D{{1 + 3 * c + s, 1 + 5 * s, 1 + 4 * c}};
+       },
+       0},
+      {{"BEZA 5,9 11,0", "BEZR 4,7 10,-2"}, Bezier({{{1, 2, 3}}, {{5, 9, 3}}, {{11, 0, 3}}}), 0},
+      {{"BEZ3A 5,9,-9 11,0,7", "BEZ3R 4,7,-12 10,-2,4"},
+       Bezier({{{1, 2, 3}}, {{5, 9, -9}}, {{11, 0, 7}}}),
+       0},
+      {{"BEZCA 5,9 -3,9 11,0", "BEZCR 4,7 -4,7 10,-2"},
+       Bezier({{{1, 2, 3}}, {{5, 9, 3}}, {{-3, 9, 3}}, {{11, 0, 3}}}),
+       0},
+      {{"BEZC3A 5,9,-9 -3,9,0 11,0,7", "BEZC3R 4,7,-12 -4,7,-3 10,-2,4"},
+       Bezier({{{1, 2, 3}}, {{5, 9, -9}}, {{-3, 9, 0}}, {{11, 0, 7}}}),
+       0},
+      // The transformation takes the start to 2,1,3 and applies to what follows; a circle becomes an ellipse.
+      {{"HSCA 2,1,1 SCF 1,3 TRA F64[0;1;0;1;0;0;0;0;1] F64[0;0;0] JA 1,0 ARCA 0,0 6.283185307179586"},
+       [](double t) {
+         return Point3D{{3 * std::sin(2 * pi * t), 2 * std::cos(2 * pi * t), 3}};
+       },
+       0},
+      {{"WOBA 0.5,0.25 WOBF 0.001,0.002 WOBP 0,1.5 WOBE true MA 11,2"},
+       [](double t) {
+         return Point3D{
+             {1 + 10 * t + 0.5 * std::sin(20 * pi * t), 2 + 0.25 * std::sin(40 * pi * t + 1.5), 3}};
+       },
+       10},
+  };
+  const PictureFile picture;
+  const CardProcess card({"--speed", "max", "--svg", picture.Name(), "--beam", "0.1"});
+  Client client(card);
+  for (const auto& [commands, formula, way] : cases) {
+    Path curve;
+    double length = 0;
+    for (int i = 0; i <= 4000; ++i) {
+      curve.push_back(formula(i / 4000.0));
+      if (i > 0) length += Distance(curve[curve.size() - 2], curve.back());
+    }
+    for (const Text command : commands) {
+      SCOPED_TRACE(command);
+      EXPECT_EQ(client.Run("JS 1e12 J3A 1,2,3 " + command).front(), "done 7");
+      EXPECT_NEAR(client.Lists.GetLastExecutionStats().ExecutionTime, (way > 0 ? way : length) / 0.001, 0.01);
+      Path drawn;
+      std::istringstream points(Part(picture.Content(), "marks"));
+      for (Text p; points >> p;) {
+        auto& [x, y, z] = drawn.emplace_back().Coordinates;
+        EXPECT_EQ(std::sscanf(p.c_str(), "%lf,%lf", &x, &y), 2) << p;  // one stroke, no "|"
+      }
+      ASSERT_GT(drawn.size(), 10U);
+      for (const Point3D& point : drawn) EXPECT_LT(Distance(curve, point), 1e-4);
+      for (const Point3D& point : curve) EXPECT_LT(Distance(drawn, point), 0.0011);
+      EXPECT_LT(Distance({drawn.front(), drawn.front()}, curve.front()), 1e-6);
+      EXPECT_LT(Distance({drawn.back(), drawn.back()}, curve.back()), 1e-6);
+    }
+  }
+}
+
+TEST(VirtualCardShapes, AreDrawnInTheTimeThatTheyTake) {
+  // List, microseconds, macro vectors, strokes, dots.
+  const std::tuple<const char*, double, int, const char*, const char*> cases[] = {
+      {"DLP F64[2;1] DLE true 0.5 MA 10,0", 10000, 1, "0,0 1.5,0|2.5,0 4.5,0|5.5,0 7.5,0|8.5,0 10,0", ""},
+      {"DLP F64[3] DLE true 0.0 MA 2,0 MA 2,2 MA 2,9 JA 5,5 MA 7,5", 13500, 5, "0,0 2,0 2,1|2,4 2,7|5,5 7,5",
+       ""},
+      {"BMPA 0,0 4,0 U16[9;0;0;5] 0 PWSC 0.0 1 BMP3R 0,0,0 0,2,0 U16[7] 1", 6000, 2, "0,0 1,0|3,0 4,0", ""},
+      {"BMPR 1,0 3,0 U16[5] 0", 100 + 2000, 1, "1,0 3,0", ""},
+      {"JS 1e12 JD 10.0 JA 1,1 PASR 0,0 4,0 U16[9;0;9] F64[100;50] 0", 40 + 200, 2, "", "1,1 5,1"},
+      {"JS 1e12 PAS3A 1,2,3 1,2,9 U16[1] F64[5;6] 1 PASA 3,4 9,9 U16[1] F64[1] 0", 12, 2, "", "1,2 1,2 3,4"},
+      {"JS 1e12 LY 0.5 JASA F64[1;2;3;4] 5 JAS3A F64[5;6;7] 1 JASA F64[8;8] 0", 22, 3, "", "1,2 3,4 5,6"},
+      {"LONP 10 false JR 5,0", 500, 1, "0,0 1,0", ""},
+      {"LONP 10 true LONP 10 false SL 50.0", 150, 0, "", "0,0 0,0"},
+      {"LON UV2 P2I[1000,0;1500,500] LOF PV3 P3D[3,3,1]", 30, 2, "0,0 1,0 1.5,0.5", ""},
+      {"JA 10,0 SCF 2,0 MR 1,7", 1000 + 2000, 2, "10,0 12,0", ""},
+      {"PD 100.0 VPD true MA 1,0 MA 2,0 MA 2,1 MA 2,0", 4150, 4, "0,0 1,0 2,0 2,1 2,0", ""},
+      {"JD 100.0 JDM 20.0 JLL 10.0 VJD true JA 5,0 JA 25,0", 560 + 2100, 2, "", ""},
+      {"SKWM 2 SKET 10.0 SKAD 3.0 SKDD 4.0 SKMCH 0.5 MA 1,0 MA 2,0 MA 2,1", 13 + 27 + 14 + 3000, 3,
+       "0,0 1,0 2,0 2,1", ""},
+      {"SPSC 2.0 MA 1,0 JA 2,0 MAGS 0.01 SPMA 2.0 false SPMR 1.0 true", 500 + 50 + 100, 2, "0,0 1,0", ""},
+      {"PTC 1 U32:1 U32:2 U32:3 STX Byte[1;2] HBS 1 1 F64[0.5] MFSTP 1,0", 100, 1, "", ""},
+  };
+  const PictureFile picture;
+  const CardProcess card({"--speed", "max", "--svg", picture.Name()});
+  Client client(card);
+  for (const auto& [list, microseconds, macroVectors, strokes, dots] : cases) {
+    SCOPED_TRACE(list);
+    client.Run("J3A 0,0,0");
+    EXPECT_EQ(client.Run(list).front(), "done 7");
+    const ListExecutionStats stats = client.Lists.GetLastExecutionStats();
+    EXPECT_NEAR(stats.ExecutionTime, microseconds, 1e-6);
+    EXPECT_EQ(stats.MacroVectors, macroVectors);
+    EXPECT_EQ(Part(picture.Content(), "marks"), strokes);
+    EXPECT_EQ(Part(picture.Content(), "dots"), dots);
+  }
+}
+
+TEST(VirtualCardShapes, AreRefusedWhenTheyMakeNoSense) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"0 (ARCA): The sweep must be finite and have at most 100000 turns.", "ARCA 1,0 1e6"},
+      {"0 (ARCA): The sweep must be finite and have at most 100000 turns.", "ARCA 1,0 nan"},
+      {"0 (ARCA): The target is not finite.", "ARCA nan,0 1.0"},
+      {"0 (BEZA): The shape is not finite.", "BEZA 1e308,0 -1e308,0"},
+      {"0 (ELLA): The half axis must be positive and finite.", "ELLA 0,0 1.0 0.0 0.0"},
+      {"0 (ELLCA): The ratio of the half axes must be positive and finite.", "ELLCA 0,0 -1.0 0.0 1.0"},
+      {"0 (BMPA): There must be at least one power.", "BMPA 0,0 1,0 U16[] 0"},
+      {"0 (BMPA): Command value is of type DoubleArr, not UInt16Arr.", "BMPA 0,0 1,0 F64[] 0"},
+      {"0 (PASA): There must be at least one power and one exposure time.", "PASA 0,0 1,0 U16[1] F64[] 0"},
+      {"0 (PWR): There is no power channel 2.", "PWR U16:1 2"},
+      {"0 (JASA): The last point is not whole.", "JASA F64[1;2;3] 1"},
+      {"0 (LONP): The number of pulses must be finite and not negative.", "LONP -1 true"},
+      {"0 (DLP): The length of the whole pattern must be positive and finite.", "DLP F64[0;0]"},
+      {"2 (MA): The pattern is too short for a mark of this length.", "DLP F64[1e-9] DLE true 0.0 MA 1,0"},
+      {"2 (MA): The wobble is too fast for a mark of this duration.", "WOBF 1e9,1 WOBE true MA 1,0"},
+      {"0 (TRA): A transformation has 9 factors and 3 shifts.", "TRA F64[1] F64[1]"},
+      {"0 (SKWM): There is no sky-writing mode 3.", "SKWM 3"},
+  };
+  const CardProcess card({"--speed", "max"});
+  Client client(card);
+  for (const auto& [error, list] : cases) {
+    client.Run("JA 0,0");
+    EXPECT_EQ(client.Run(list), (Events{Text("error List 7, command ") + error, "idle 7"}));
+  }
+}
+
+TEST(VirtualCardShapes, AreAbortedInTheMiddle) {
+  const CardProcess card({"--speed", "max", "--beam", "1e-9"});
+  Client client(card);
+  client.Run("PI 1 ARCA 1e6,0 6e5", "progress");
+  const Stopwatch watch;
+  client.Lists.AbortExecution();
+  EXPECT_LT(watch.Milliseconds(), 1000);
+  EXPECT_EQ(client.EventsUpTo("idle"), Events{"idle 7"});
+  const double whole = 6e5 * 1e6 / 0.001;
+  EXPECT_LT(client.Lists.GetLastExecutionStats().ExecutionTime, whole / 2);
+}
+
+}  // namespace
+}  // namespace VELTRO::KELVO::Test
