@@ -312,10 +312,36 @@ def buffers():
     yield "nothing", steps((receive, 0), (drop, 0), (drop_all, 0))
 
 
+def texts():
+    """A text, or "P", the number of a code and a payload."""
+    shapes = {
+        "list": "[ { JA, P2D[ X=1.5 Y=-2 ] }, { LON }, { MA, P2D[ X=0.1 Y=1e-07 ] } ]", "list_empty": "[  ]",
+        "list_bare": "{LON}{LOF},,{NO}\n", "list_open": "[ {LON}", "list_twice": "[[{LON}]]", "blank": " ",
+        "command": "{\v[\fLON\r]\t}", "version": "{NO,V255,I32[+7]}", "version_alone": "{ NO, V2 }",
+        "version_as_value": "{ NO, V1 [ 5 ] }", "version_large": "{NO,V256}", "version_long": "{NO,V00000000000000000001}",
+        "odd_value": "{NO,F64[ [{(, ]}", "unknown": "{XY, Foo[1]}", "unsupported": "{ NO, Unsupported value }",
+        "scalars": "{NO,Bool[True],Byte[255],I16[-5],U16[5],I32[6],U32[7],I64[-8],U64[9],F64[.5]}",
+        "points": "{NO,P2D[X=1Y=2],P3D[1 2 3],P4D[X=1 Y=2 Z=3 M=4],P2I[1,2],P3I[1-2-3],P4I[X = 1 2 3 M=4]}",
+        "arrays": "{NO,ByteArr[1 2 ],U16Arr[],F64Arr[1, 2],P2DArr[( X=1 Y=2 ) (3 4),5 6],P3DArr[(1 2 3)]}",
+        "arrays_whole": "{NO,P2IArr[( X=1 Y=2 ) ],P3IArr[(1,2,3)]}", "arrays_none": "{NO,P4DArr[(1 2 3 4)],P4IArr[]}",
+        "numbers": "{NO,F64[5e3],F64[-.5E+10],F64[+5.25e-300],F64[1e-400],F64[5e-324],F64[-0]}",
+        "point": "{NO,F64[5.]}", "point_twice": "{NO,P2D[1.2.3]}", "point_more": "{NO,P2D[5.e3 1]}", "signs": "{NO,F64[+-5]}",
+        "large": "{NO,F64[1e309]}", "not_finite": "{NO,F64[nan],F64[-inf]}", "exponent": "{NO,P2D[1e 2]}",
+        "too_few": "{MA,P2D[X=1 Y=]}", "too_many": "{MA,P2D[1 2 3]}", "swapped": "{MA,P2D[Y=1 X=2]}",
+        "does_not_fit": "{NO,U16[65536]}", "fraction": "{NO,I32[1.5]}", "not_closed": "{NO,P2DArr[(1 2]}",
+    }
+    for name, text in shapes.items():
+        yield name, b" " + text.encode()
+    yield "payload_all", b"P\x00" + payload(*SCALARS, *ARRAYS, version=9)
+    yield "payload_not_finite", b"P\x01" + payload(scalar(0x2B, "d", float("nan")), scalar(0x2B, "d", float("inf")))
+    yield "payload_broken", b"P\x02" + payload(SCALARS[0], b"\x2b\x00")
+
+
 def main():
     corpus = pathlib.Path(__file__).resolve().parent / "corpus"
     for target, seeds in (("BufferFuzzer", buffers()), ("CommandFuzzer", commands()),
-                          ("FrameFuzzer", frames()), ("StreamFuzzer", streams())):
+                          ("FrameFuzzer", frames()), ("StreamFuzzer", streams()),
+                          ("TextFuzzer", texts())):
         place = corpus / target
         place.mkdir(parents=True, exist_ok=True)
         for name, content in seeds:

@@ -21,7 +21,7 @@ enum : unsigned char { Blank = 1, Comma = 2, Letter = 4, Digit = 8 };
 
 inline constexpr auto Classes = [] {
   std::array<unsigned char, 256> classes{};
-  for (const unsigned char c : std::string_view(" \t\n\v\f\r")) classes[c] = Blank;
+  for (const char c : std::string_view(" \t\n\v\f\r")) classes[static_cast<unsigned char>(c)] = Blank;
   classes[','] = Comma;
   for (unsigned char c = 'A'; c <= 'Z'; ++c) classes[c] = classes[c + 'a' - 'A'] = Letter;
   for (unsigned char c = '0'; c <= '9'; ++c) classes[c] = Digit;

@@ -7,6 +7,9 @@
 // Whole numbers have neither fraction nor exponent and fit their type. A number too large for a double is
 // refused, and so are "nan" and "inf", though they are written; one too small becomes 0. Arrays of
 // four-dimensional points have no text.
+//
+// What was written is read as it was, but for two things that have no text of their own: a payload of the usual
+// version without values comes back as none, and a Bool of a byte above 1 as 1.
 #pragma once
 
 #include <cstddef>
