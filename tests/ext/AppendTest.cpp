@@ -3,6 +3,7 @@
 
 #include <tuple>
 
+#include "int/CardProcess.h"
 #include "support/FakeCard.h"
 #include "support/Process.h"
 
@@ -293,6 +294,52 @@ TEST(Append, EveryFunctionAppendsItsCommand) {
     EXPECT_EQ(LastError(), row.text) << row.name;
   }
   EXPECT_EQ(vlListCommandCount(list), 0);
+}
+
+TEST(Lists, ComeBackFromTheCardAndFromTextAsTheyWere) {
+  const CardProcess card;
+  Connection connection(card.GetPort());
+  const std::int64_t list = vlListAllocate(connection);
+  for (const Row& row : rows) row.append(list);
+  const std::int64_t fetched = vlListAllocate(connection);
+  EXPECT_EQ(vlListAppendLaserOff(fetched), 0);
+  for (int round = 0; round < 2; ++round) {  // all commands there are, then none
+    const std::int64_t read = vlListAllocateFromString(connection, TextOf(list).c_str());
+    EXPECT_EQ(vlListSet(connection, 4, read, false, 9), 0) << LastError();
+    EXPECT_EQ(vlListGet(connection, 4, fetched), 0) << LastError();
+    EXPECT_EQ(TextOf(fetched), TextOf(list));
+    EXPECT_EQ(vlListClear(list), 0);
+  }
+}
+
+TEST(Lists, AreAppendedToByManyThreads) {
+  constexpr std::uint32_t Marks = 20000;
+  FakeCard card(FakeCard::Obliging());
+  Connection connection(card.Port());
+  std::vector<std::int64_t> own(16);
+  for (std::int64_t& list : own) list = vlListAllocate(connection);
+  const std::int64_t common = vlListAllocate(connection);
+  Together(16, [&](std::uint32_t thread) {
+    for (std::uint32_t i = 0; i < Marks; ++i) {
+      vlListAppendMarkAbs2D(own[thread], thread, i);
+      if (thread % 4 == 0) vlListAppendMarkAbs2D(common, thread, thread);
+    }
+  });
+  const auto mark = [](std::uint32_t x, std::uint32_t y) {
+    return "{ MA, P2D[ X=" + std::to_string(x) + " Y=" + std::to_string(y) + " ] }";
+  };
+  for (std::uint32_t thread = 0; thread < own.size(); ++thread) {
+    std::string expected;
+    for (std::uint32_t i = 0; i < Marks; ++i) expected.append(i == 0 ? "[ " : ", ").append(mark(thread, i));
+    EXPECT_EQ(TextOf(own[thread]), expected + " ]");
+  }
+  std::string left = TextOf(common);
+  for (std::uint32_t thread = 0; thread < own.size(); thread += 4) {
+    std::size_t count = 0;
+    for (std::size_t at = 0; (at = left.find(mark(thread, thread), at)) != std::string::npos; ++at) ++count;
+    EXPECT_EQ(count, Marks);
+  }
+  EXPECT_EQ(vlListCommandCount(common), 4 * Marks);
 }
 
 TEST(Labels, StandForPositionsOnceAListIsSet) {
