@@ -202,7 +202,7 @@ KELVO_API int32_t vlListAppendJumpSpeed(int64_t list, double speed);
 KELVO_API int32_t vlListAppendMarkSpeed(int64_t list, double speed);
 /* Sets the speed of changes of the magnification. */
 KELVO_API int32_t vlListAppendMagnificationSpeed(int64_t list, double speed);
-/* Multiplies the jump speed and the mark speed. */
+/* Multiplies the jump speed, the mark speed and the speed of changes of the magnification. */
 KELVO_API int32_t vlListAppendSpeedScale(int64_t list, double factor);
 /* Sets the wait after a jump, in which the galvos settle. */
 KELVO_API int32_t vlListAppendJumpDelay(int64_t list, double delay_us);
