@@ -69,8 +69,8 @@ static void AppendRing(int64_t list, bool dashed) {
 /* Waits until a part is there, or for `kWaitUs`, and goes on at the label of what came. */
 static void AppendDecision(int64_t list) {
   CALL(vlListAppendProgress, list, kAwaited);
-  CALL(vlListAppendWaitForInput, list, kKindPins, kPort, true, false, kKindPins,
-       kWaitUs); /* any of the pins */
+  /* Any of the pins set, then none of them: all at 0. */
+  CALL(vlListAppendWaitForInput, list, kKindPins, kPort, true, false, kKindPins, kWaitUs);
   CALL(vlListAppendBranchToLabelCondPort, list, "nobody", kKindPins, kPort, true, true, 0);
   CALL(vlListAppendSwitchPort, list, kPort, true, kKindPins);
   for (int i = 0; i < kKindCount; ++i) {
@@ -106,7 +106,7 @@ static void Upload(int32_t handle) {
   AppendDecision(list);
   AppendOutcomes(list);
   CALL(vlListAppendLabel, list, "next");
-  CALL(vlListAppendWaitForInput, list, kKindPins, kPort, true, true, 0, kWaitUs); /* until none is set */
+  CALL(vlListAppendWaitForInput, list, kKindPins, kPort, true, true, 0, kWaitUs); /* it has gone */
   CALL(vlListAppendJumpRel2D, list, kPitch, 0);
   CALL(vlListAppendLoopEnd, list);
   CALL(vlListSet, handle, kListId, list, false, kNoListField);

@@ -83,13 +83,17 @@ static char* Upload(int32_t handle, const char* text) {
   return understood;
 }
 
-/* The text of the list that the card has. */
-static char* Download(int32_t handle) {
+/* Fetches the card's list, prints it and tells whether it is the one that was sent. */
+static bool IsOnCard(int32_t handle, const char* sent) {
   const int64_t list = CALL(vlListAllocate, handle);
   CALL(vlListGet, handle, kListId, list);
-  char* text = TextOf(list);
+  char* received = TextOf(list);
   CALL(vlListReleaseHandle, list);
-  return text;
+  const bool same = strcmp(sent, received) == 0;
+  PrintCommands(received);
+  printf("The list on the card is %s.\n", same ? "the same" : "another one");
+  free(received);
+  return same;
 }
 
 int main(int argc, char** argv) {
@@ -98,14 +102,9 @@ int main(int argc, char** argv) {
   char* text = ReadText(argv[1]);
   const int32_t handle = (int32_t)CALL(vlConnect, card.host, card.port);
   char* sent = Upload(handle, text);
-  if (!RunList(handle, kListId, kTimeoutMs)) return EXIT_FAILURE; /* open connections are ended in order */
-  char* received = Download(handle);
-  PrintCommands(received);
-  const bool same = strcmp(sent, received) == 0;
-  printf("The list on the card is %s.\n", same ? "the same" : "another one");
-  CALL(vlDisconnect, handle);
-  free(received);
-  free(sent);
   free(text);
-  return same ? EXIT_SUCCESS : EXIT_FAILURE;
+  const bool done = RunList(handle, kListId, kTimeoutMs) && IsOnCard(handle, sent);
+  free(sent);
+  CALL(vlDisconnect, handle);
+  return done ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -168,13 +168,13 @@ static void AppendGlyph(int64_t list, char character, double height) {
   CALL(vlListAppendJumpRel2D, list, unit * (kGridPitch - moves.x), unit * (kBaseLine - moves.y));
 }
 
-int64_t BuildFont(int32_t handle, int32_t fontId, double height, char first, char last) {
+int64_t BuildFont(int32_t handle, int32_t fontId, double height, uint16_t first, uint16_t last) {
   const int64_t font = CALL(vlFontAllocate, handle, fontId);
   const int64_t glyph = CALL(vlListAllocate, handle);
-  for (int code = first; code <= last; ++code) {
+  for (uint16_t code = first; code <= last; ++code) {
     CALL(vlListClear, glyph);
     AppendGlyph(glyph, (char)code, height);
-    CALL(vlFontAddChar, font, (uint16_t)code, glyph); /* a copy, so one list does for all */
+    CALL(vlFontAddChar, font, code, glyph); /* a copy, so one list does for all */
   }
   CALL(vlListReleaseHandle, glyph);
   return font;

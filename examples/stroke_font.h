@@ -12,7 +12,7 @@ bool HasCharacter(char character);
 void MarkCharacter(int64_t list, char character, Point origin, double height);
 
 /* Makes a font for a card of the characters from `first` to `last`, and gives its handle. */
-int64_t BuildFont(int32_t handle, int32_t fontId, double height, char first, char last);
+int64_t BuildFont(int32_t handle, int32_t fontId, double height, uint16_t first, uint16_t last);
 
 /* The distance from one character to the next in a line of text. */
 double CharacterPitch(double height);
