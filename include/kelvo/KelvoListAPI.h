@@ -81,8 +81,7 @@ KELVO_API int32_t vlListStore(int32_t handle, int32_t list_id);
 KELVO_API int32_t vlListDelete(int32_t handle, int32_t list_id, bool flag);
 
 /* Writes the ids of the lists that the card holds to `ids`, an array of `capacity` elements, and their number
- * to
- * `*count`. More ids than `capacity` fail with "Buffer is too small." and write nothing. `ids` may be null
+ * to `*count`. More ids than `capacity` fail with "Buffer is too small." and write nothing. `ids` may be null
  * when `capacity` is 0. Returns 0 or -1. Remote. */
 KELVO_API int32_t vlListGetStoredListIDs(int32_t handle, int32_t* ids, uint32_t capacity, uint32_t* count);
 
