@@ -43,7 +43,9 @@
 #define KELVO_H
 
 #include "kelvo/KelvoClientAPI.h"
+#include "kelvo/KelvoConfigurationAPI.h"
 #include "kelvo/KelvoFontAPI.h"
+#include "kelvo/KelvoLaserAPI.h"
 #include "kelvo/KelvoListAPI.h"
 #include "kelvo/KelvoListAppendAPI.h"
 

@@ -25,7 +25,7 @@ class PackedBlock {
 
   // Makes `count` more bytes, not initialised, and returns where they stand. Throws std::bad_alloc.
   unsigned char* Extend(std::size_t count) {
-    if (count > capacity_ - size_ || IsShared()) Own(size_ + count);
+    if (data_ == nullptr || count > capacity_ - size_ || IsShared()) Own(size_ + count);
     unsigned char* at = data_ + size_;
     size_ += count;
     return at;

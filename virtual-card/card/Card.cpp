@@ -5,7 +5,10 @@
 namespace VELTRO::KELVO::VirtualCard {
 
 Card::Card(CardSettings settings, Notifier& clients)
-    : Identity(std::move(settings.Identity)),
+    : state_(std::move(settings.StateDirectory)),
+      Identity(std::move(settings.Identity)),
+      Configuration(state_),
+      Laser(state_),
       Inputs(runSignal_),
       Variables(runSignal_),
       Lists(Execution),

@@ -3,8 +3,10 @@
 
 #include <string>
 
+#include "card/CardConfiguration.h"
 #include "card/CardFonts.h"
 #include "card/CardInputs.h"
+#include "card/CardLaser.h"
 #include "card/CardLists.h"
 #include "card/CardVariables.h"
 #include "card/Notifier.h"
@@ -20,19 +22,23 @@ struct CardIdentity {
 struct CardSettings {
   CardIdentity Identity;
   ExecutorSettings Execution;
+  std::string StateDirectory;  // empty: what is stored ends with the card
 };
 
 // Any thread may use any part at any time.
 class Card {
  public:
-  // Throws as Plotter does.
+  // Throws as Plotter and CardConfiguration do.
   Card(CardSettings settings, Notifier& clients);
 
  private:
   AbortSignal runSignal_;
+  StateDirectory state_;
 
  public:
   const CardIdentity Identity;
+  CardConfiguration Configuration;
+  CardLaser Laser;
   CardInputs Inputs;
   CardVariables Variables;
   CardFonts Fonts;

@@ -80,6 +80,8 @@ const Method& FindMethod(std::string_view name);
 // The rows of each area.
 std::span<const Method> CardMethods();
 std::span<const Method> ListMethods();
+std::span<const Method> LaserMethods();
+std::span<const Method> ConfigurationMethods();
 std::span<const Method> FontMethods();
 
 }  // namespace VELTRO::KELVO::VirtualCard

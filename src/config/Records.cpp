@@ -1,0 +1,9 @@
+// The parts of records that are compiled once: a line for each.
+#include "config/LaserConfig.h"
+#include "config/RecordText.h"
+
+namespace VELTRO::KELVO::ClientLib {
+
+template class Record<LaserConfig, 8>;
+
+}  // namespace VELTRO::KELVO::ClientLib

@@ -1,0 +1,76 @@
+// A configuration record as the card keeps it: an active copy, a stored one, and, while settings are being grouped,
+// one that is to become active.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "card/StateDirectory.h"
+#include "common/Mutex.h"
+#include "config/RecordWire.h"
+
+namespace VELTRO::KELVO::VirtualCard {
+
+// What takes part in a group of settings. Nothing of it throws.
+class UpdateParticipant {
+ public:
+  virtual ~UpdateParticipant() = default;
+  virtual void BeginUpdate() = 0;
+  // What has been set since takes effect, or is dropped.
+  virtual void EndUpdate(bool keep) = 0;
+};
+
+// Any thread may call anything at any time.
+template <class R>
+class KeptRecord : public UpdateParticipant {
+ public:
+  // Takes what was stored under `name` as the active record, too. Throws as StateDirectory::Read, or
+  // std::exception when what is stored there is no such record.
+  KeptRecord(std::string name, StateDirectory& directory)
+      : name_(std::move(name)), directory_(directory), active_(Stored()) {}
+
+  R Get() {
+    const ClientLib::MutexLock lock(mutex_);
+    return active_;
+  }
+  // Sets the active record, or what becomes it when the group of settings ends.
+  void Set(R record) {
+    const ClientLib::MutexLock lock(mutex_);
+    (pending_ ? *pending_ : active_) = std::move(record);
+  }
+  // What is stored, or without it the defaults.
+  void Load() { Set(Stored()); }
+  // Throws as StateDirectory::Write.
+  void Store() {
+    msgpack::sbuffer bytes;
+    msgpack::pack(bytes, Get());
+    directory_.Write(name_, {bytes.data(), bytes.size()});
+  }
+
+  void BeginUpdate() override {
+    const ClientLib::MutexLock lock(mutex_);
+    pending_ = active_;
+  }
+  void EndUpdate(bool keep) override {
+    const ClientLib::MutexLock lock(mutex_);
+    if (keep && pending_) active_ = std::move(*pending_);
+    pending_.reset();
+  }
+
+ private:
+  R Stored() {
+    const auto bytes = directory_.Read(name_);
+    R record;
+    if (bytes) msgpack::unpack(bytes->data(), bytes->size()).get().convert(record);
+    return record;
+  }
+
+  const std::string name_;
+  StateDirectory& directory_;
+  ClientLib::Mutex mutex_;
+  R active_ KELVO_GUARDED_BY(mutex_);
+  std::optional<R> pending_ KELVO_GUARDED_BY(mutex_);
+};
+
+}  // namespace VELTRO::KELVO::VirtualCard
