@@ -9,6 +9,8 @@
 #include "call.h"
 #include "card_address.h"
 #include "kelvo/kelvo.h"
+#include "process.h"
+#include "run_list.h"
 #include "stroke_font.h"
 
 enum {
@@ -16,7 +18,8 @@ enum {
   kLastCharacter = 0x7E,
   kListId = 1,
   kNoListField = -1,
-  kMarkTimeoutMs = 60000 /* the longest text that fits a field takes less */
+  kMostLines = 20,
+  kMarkTimeoutMs = 60000 /* all the text that fits a field takes less */
 };
 
 /* ---- Command line ---- */
@@ -24,7 +27,8 @@ enum {
 typedef struct Options {
   int32_t fontId;
   double height;
-  const char* text; /* null: no text is marked */
+  const char* lines[kMostLines];
+  int lineCount; /* 0: no text is marked */
   CardAddress card;
 } Options;
 
@@ -33,7 +37,8 @@ static _Noreturn void ExitWithUsage(void) {
           "usage: build_font [--font ID] [--height MM] [--text TEXT] [HOST [PORT]]\n"
           "  --font ID     the font's number on the card (default 1)\n"
           "  --height MM   the height of its capital letters (default 3)\n"
-          "  --text TEXT   mark TEXT, in printable ASCII, in the middle of the field\n"
+          "  --text TEXT   mark TEXT, in printable ASCII, in the middle of the field; again for each further "
+          "line\n"
           "  HOST, PORT    the card (default 127.0.0.1 and %d)\n",
           KELVO_DEFAULT_PORT);
   exit(2);
@@ -54,7 +59,7 @@ static const char* CheckText(const char* text) {
 }
 
 static Options ParseOptions(int count, char** arguments) {
-  Options options = {.fontId = 1, .height = 3, .text = NULL};
+  Options options = {.fontId = 1, .height = 3, .lineCount = 0};
   int i = 1;
   for (; i < count && arguments[i][0] == '-'; i += 2) {
     if (i + 1 == count) ExitWithUsage();
@@ -62,8 +67,8 @@ static Options ParseOptions(int count, char** arguments) {
       options.fontId = (int32_t)ParseNumber(arguments[i + 1], 0, 1e6);
     } else if (strcmp(arguments[i], "--height") == 0) {
       options.height = ParseNumber(arguments[i + 1], 0.01, 1000);
-    } else if (strcmp(arguments[i], "--text") == 0) {
-      options.text = CheckText(arguments[i + 1]);
+    } else if (strcmp(arguments[i], "--text") == 0 && options.lineCount < kMostLines) {
+      options.lines[options.lineCount++] = CheckText(arguments[i + 1]);
     } else {
       ExitWithUsage();
     }
@@ -74,22 +79,9 @@ static Options ParseOptions(int count, char** arguments) {
 
 /* ---- The font ---- */
 
-/* Builds the font and gives its handle. A glyph is a copy of the list's commands, so one list does for all. */
-static int64_t BuildFont(int32_t handle, int32_t fontId, double height) {
-  const int64_t font = CALL(vlFontAllocate, handle, fontId);
-  const int64_t glyph = CALL(vlListAllocate, handle);
-  for (int code = kFirstCharacter; code <= kLastCharacter; ++code) {
-    CALL(vlListClear, glyph);
-    AppendGlyph(glyph, (char)code, height);
-    CALL(vlFontAddChar, font, (uint16_t)code, glyph);
-  }
-  CALL(vlListReleaseHandle, glyph);
-  return font;
-}
-
 /* Sends the font to the card, which keeps a stored copy of it, too, and marks text in it from then on. */
 static void InstallFont(int32_t handle, const Options* options) {
-  const int64_t font = BuildFont(handle, options->fontId, options->height);
+  const int64_t font = BuildFont(handle, options->fontId, options->height, kFirstCharacter, kLastCharacter);
   uint32_t count = 0;
   CALL(vlFontCharsLen, font, &count);
   CALL(vlFontSet, handle, font);
@@ -101,58 +93,34 @@ static void InstallFont(int32_t handle, const Options* options) {
 
 /* ---- The text ---- */
 
-/* Speeds in mm/us (0.001 is 1 m/s), delays in us. They depend on scan head, laser and material. */
-static void AppendProcessParameters(int64_t list) {
-  CALL(vlListAppendJumpSpeed, list, 0.004);
-  CALL(vlListAppendMarkSpeed, list, 0.001);
-  CALL(vlListAppendJumpDelay, list, 250);
-  CALL(vlListAppendMarkDelay, list, 150);
-  CALL(vlListAppendPolyDelay, list, 50);
-  CALL(vlListAppendLaserOnDelay, list, 40);
-  CALL(vlListAppendLaserOffDelay, list, 90);
-}
-
-/* The list holds no strokes, only the text: the card takes each character's glyph from the font. */
+/* The list holds no strokes, only the text: the card takes each character's glyph from the font. A glyph leads to
+ * where the next character begins; a new line takes a jump. */
 static void UploadText(int32_t handle, const Options* options) {
   const int64_t list = CALL(vlListAllocate, handle);
-  const double width = (double)strlen(options->text) * CharacterPitch(options->height);
+  const double lineFeed = 2 * options->height;
+  double y = lineFeed * (options->lineCount - 1) / 2 - options->height / 2;
   AppendProcessParameters(list);
-  CALL(vlListAppendJumpAbs2D, list, -width / 2, -options->height / 2);
   CALL(vlListAppendSelectFont, list, options->fontId);
-  CALL(vlListAppendMarkText, list, options->text);
+  for (int i = 0; i < options->lineCount; ++i, y -= lineFeed) {
+    const double width = (double)strlen(options->lines[i]) * CharacterPitch(options->height);
+    CALL(vlListAppendJumpAbs2D, list, -width / 2, y);
+    CALL(vlListAppendMarkText, list, options->lines[i]);
+  }
   CALL(vlListSet, handle, kListId, list, false, kNoListField);
   CALL(vlListReleaseHandle, list);
-}
-
-/* Shows what goes wrong on the card while the list runs. Called on the connection's receive thread. */
-static void ShowError(int32_t handle, int32_t code, const char* message, uint32_t length) {
-  (void)handle;
-  (void)code;
-  fprintf(stderr, "The card reports:\n%.*s\n", (int)length, message);
-}
-
-/* Runs the list. The card goes idle after it however it ends; when all of it was marked, "done" came before. */
-static bool MarkText(int32_t handle) {
-  uint32_t callbackId = 0;
-  int32_t list = 0;
-  CALL(vlListRegisterErrorEventCallback, handle, ShowError, &callbackId);
-  CALL(vlListClearPendingEvents, handle); /* events of an earlier run are not ours */
-  CALL(vlListExecute, handle, kListId);
-  if (CALL(vlListWaitForListIdle, handle, &list, kMarkTimeoutMs) != 0) CALL(vlListAbortExecution, handle);
-  return CALL(vlListWaitForListDone, handle, &list, 0) == 0;
 }
 
 int main(int argc, char** argv) {
   const Options options = ParseOptions(argc, argv);
   const int32_t handle = (int32_t)CALL(vlConnect, options.card.host, options.card.port);
   InstallFont(handle, &options);
-  if (options.text != NULL) {
+  if (options.lineCount > 0) {
     UploadText(handle, &options);
-    if (!MarkText(handle)) {
+    if (!RunList(handle, kListId, kMarkTimeoutMs)) {
       fprintf(stderr, "The text was not marked to its end.\n");
       return EXIT_FAILURE; /* open connections are ended in order */
     }
-    printf("marked: %s\n", options.text);
+    for (int i = 0; i < options.lineCount; ++i) printf("marked: %s\n", options.lines[i]);
   }
   CALL(vlDisconnect, handle);
   return EXIT_SUCCESS;

@@ -8,6 +8,7 @@
 #include "data_matrix.h"
 #include "kelvo/kelvo.h"
 #include "matrix_raster.h"
+#include "process.h"
 #include "shapes.h"
 #include "stroke_font.h"
 
@@ -30,17 +31,6 @@ enum { kOutlineDone = 25, kHolesDone = 29, kCaptionDone = 35, kSerialDone = 42, 
 /* Reports that `done` of `total` steps are done of a part that takes the job from `from` to `to` percent. */
 static void AppendPartProgress(int64_t list, int from, int to, int done, int total) {
   CALL(vlListAppendProgress, list, from + (to - from) * done / total);
-}
-
-/* Speeds in mm/us (0.001 is 1 m/s), delays in us. They depend on scan head, laser and material. */
-static void AppendProcessParameters(int64_t list) {
-  CALL(vlListAppendJumpSpeed, list, 0.004);
-  CALL(vlListAppendMarkSpeed, list, 0.001);
-  CALL(vlListAppendJumpDelay, list, 250);    /* the galvos settle before the next mark */
-  CALL(vlListAppendMarkDelay, list, 150);    /* the galvos, which lag behind, reach a stroke's end */
-  CALL(vlListAppendPolyDelay, list, 50);     /* corners neither round off nor burn in */
-  CALL(vlListAppendLaserOnDelay, list, 40);  /* the galvos get up to speed before the laser goes on */
-  CALL(vlListAppendLaserOffDelay, list, 90); /* it stays on while they catch up; less than the mark delay */
 }
 
 static void AppendOutline(int64_t list) {

@@ -151,7 +151,9 @@ void MarkCharacter(int64_t list, char character, Point origin, double height) {
   }
 }
 
-void AppendGlyph(int64_t list, char character, double height) {
+/* Appends the character as a glyph for a card's font: relative moves from the character's lower left corner to
+ * that of the next. */
+static void AppendGlyph(int64_t list, char character, double height) {
   const double unit = height / kCapitalHeight;
   Moves moves = MovesOf(character);
   for (Moves from = moves; TakeMove(&moves); from = moves) {
@@ -164,6 +166,18 @@ void AppendGlyph(int64_t list, char character, double height) {
     }
   }
   CALL(vlListAppendJumpRel2D, list, unit * (kGridPitch - moves.x), unit * (kBaseLine - moves.y));
+}
+
+int64_t BuildFont(int32_t handle, int32_t fontId, double height, uint16_t first, uint16_t last) {
+  const int64_t font = CALL(vlFontAllocate, handle, fontId);
+  const int64_t glyph = CALL(vlListAllocate, handle);
+  for (uint16_t code = first; code <= last; ++code) {
+    CALL(vlListClear, glyph);
+    AppendGlyph(glyph, (char)code, height);
+    CALL(vlFontAddChar, font, code, glyph); /* a copy, so one list does for all */
+  }
+  CALL(vlListReleaseHandle, glyph);
+  return font;
 }
 
 double CharacterPitch(double height) {

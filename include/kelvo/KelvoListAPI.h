@@ -58,15 +58,16 @@ KELVO_API int32_t vlListToString(int64_t list, char* buffer, uint32_t size, uint
 
 /* Uploads the list as the card's list `list_id`, in as many pieces as it needs; with `append` behind what the
  * card has under that id, else in its place. `list_field` is a number the card receives ahead of the
- * commands; -1 where the card's manual asks for none. What is uploaded is the list as it is at the time of
+ * commands; -1 where the card's manual asks for none. `list` must be one of the same connection. What
+ * is uploaded is the list as it is at the time of
  * the call; other threads may go on changing it. Resolves the list's labels. Returns 0, or -1: "Label 'NAME' not defined
  * (referenced from 'CODE' at INDEX).", "There are open loops inside the list!" or "Command INDEX is too large to be
  * uploaded.", and nothing is sent; or kelvo.h, 5. After a failure in the middle the card may hold the first part of the
  * list. Remote. */
 KELVO_API int32_t vlListSet(int32_t handle, int32_t list_id, int64_t list, bool append, int32_t list_field);
 
-/* Fetches the card's list `list_id` and puts it in place of the content of `list`, labels included: a fetched
- * list has none. Returns 0 or -1; on failure the list is as it was. Remote. */
+/* Fetches the card's list `list_id` and puts it in place of the content of `list`, one of the same connection, labels
+ * included: a fetched list has none. Returns 0 or -1; on failure the list is as it was. Remote. */
 KELVO_API int32_t vlListGet(int32_t handle, int32_t list_id, int64_t list);
 
 /* Makes the list `list_id` that the card has stored one that it can run. Returns 0 or -1. Remote. */
@@ -80,8 +81,7 @@ KELVO_API int32_t vlListStore(int32_t handle, int32_t list_id);
 KELVO_API int32_t vlListDelete(int32_t handle, int32_t list_id, bool flag);
 
 /* Writes the ids of the lists that the card holds to `ids`, an array of `capacity` elements, and their number
- * to
- * `*count`. More ids than `capacity` fail with "Buffer is too small." and write nothing. `ids` may be null
+ * to `*count`. More ids than `capacity` fail with "Buffer is too small." and write nothing. `ids` may be null
  * when `capacity` is 0. Returns 0 or -1. Remote. */
 KELVO_API int32_t vlListGetStoredListIDs(int32_t handle, int32_t* ids, uint32_t capacity, uint32_t* count);
 

@@ -51,8 +51,8 @@ KELVO_API int32_t vlListAppendMarkAbs3D(int64_t list, double x, double y, double
 KELVO_API int32_t vlListAppendMarkRel3D(int64_t list, double dx, double dy, double dz);
 /* Moves the beam optics to a magnification; `wait` holds the list until they are there. */
 KELVO_API int32_t vlListAppendMagnificationAbs(int64_t list, double magnification, bool wait);
-/* The same by a factor of the present magnification. */
-KELVO_API int32_t vlListAppendMagnificationRel(int64_t list, double factor, bool wait);
+/* The same by a difference to the present magnification. */
+KELVO_API int32_t vlListAppendMagnificationRel(int64_t list, double difference, bool wait);
 
 /* ---- Curves, marked from where the galvos are ---- */
 
@@ -202,7 +202,7 @@ KELVO_API int32_t vlListAppendJumpSpeed(int64_t list, double speed);
 KELVO_API int32_t vlListAppendMarkSpeed(int64_t list, double speed);
 /* Sets the speed of changes of the magnification. */
 KELVO_API int32_t vlListAppendMagnificationSpeed(int64_t list, double speed);
-/* Multiplies the jump speed and the mark speed. */
+/* Multiplies the jump speed, the mark speed and the speed of changes of the magnification. */
 KELVO_API int32_t vlListAppendSpeedScale(int64_t list, double factor);
 /* Sets the wait after a jump, in which the galvos settle. */
 KELVO_API int32_t vlListAppendJumpDelay(int64_t list, double delay_us);

@@ -31,7 +31,7 @@ void APIContext::EndAtExit() {
     contexts = self.contexts_;
   }
   for (const auto& [handle, context] : contexts) {
-    if (context->Client.Abandon()) self.Remove(handle);
+    if (context->Process == getpid() && context->Client.Abandon()) self.Remove(handle);
   }
 }
 

@@ -1,6 +1,8 @@
 // What one connection handle stands for: the connection and what the flat interface keeps with it.
 #pragma once
 
+#include <unistd.h>
+
 #include <cstdint>
 
 #include "capi/HandleTable.h"
@@ -22,6 +24,7 @@ struct ConnectionContext {
     Fonts.ReleaseAll();
   }
 
+  const pid_t Process = getpid();  // whose the connection is: a child of fork has it, too, but not its thread
   ClientAPI Client;
   ListTable Lists;
   FontTable Fonts;

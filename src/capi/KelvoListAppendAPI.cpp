@@ -97,8 +97,8 @@ KELVO_APPEND(vlListAppendMarkRel3D, (int64_t list, double dx, double dy, double 
              AppendMarkRel(Point3D{dx, dy, dz}))
 KELVO_APPEND(vlListAppendMagnificationAbs, (int64_t list, double magnification, bool wait),
              AppendMagnificationAbs(magnification, wait))
-KELVO_APPEND(vlListAppendMagnificationRel, (int64_t list, double factor, bool wait),
-             AppendMagnificationRel(factor, wait))
+KELVO_APPEND(vlListAppendMagnificationRel, (int64_t list, double difference, bool wait),
+             AppendMagnificationRel(difference, wait))
 
 // Curves
 KELVO_APPEND(vlListAppendArcAbs2D, (int64_t list, double cx, double cy, double sweep),

@@ -66,7 +66,9 @@ class CommandList : public PackedCommands {
   void AppendMagnificationAbs(double magnification, bool wait) {
     Append(Code::MAGNIFICATION_ABS, magnification, wait);
   }
-  void AppendMagnificationRel(double factor, bool wait) { Append(Code::MAGNIFICATION_REL, factor, wait); }
+  void AppendMagnificationRel(double difference, bool wait) {
+    Append(Code::MAGNIFICATION_REL, difference, wait);
+  }
 
   // Curves
   void AppendArcAbs(Point2D centre, double sweep) { Append(Code::MARK_ARC_ABS, centre, sweep); }

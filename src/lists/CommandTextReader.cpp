@@ -137,6 +137,7 @@ void CommandTextReader::ReadList(std::string_view text, PackedCommands& list) {
   const bool enclosed = cursor.Take('[');
   cursor.SkipBlanks();
   const bool empty = enclosed && cursor.IsAt(']');
+  list.Reserve(text.size() / 2);  // about what commands of long numbers need
   CommandTextReader reader(list);
   std::size_t count = 0;
   for (cursor.SkipBlanksAndCommas(); cursor.IsAt('{'); cursor.SkipBlanksAndCommas()) {

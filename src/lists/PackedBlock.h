@@ -30,6 +30,10 @@ class PackedBlock {
     size_ += count;
     return at;
   }
+  // Makes room for `size` bytes in all, so that up to there it need not grow. Throws std::bad_alloc.
+  void Reserve(std::size_t size) {
+    if (size > capacity_) Own(size);
+  }
   // Cuts back to `size` bytes.
   void Truncate(std::size_t size) { size_ = size; }
   void Clear() { *this = PackedBlock(); }

@@ -61,7 +61,9 @@ void PackedCommands::Append(const CommandView& command) {
 void PackedCommands::Append(const PackedCommands& other) {
   const std::size_t bytes = other.packed_.Size();
   if (bytes == 0) return;
-  notes_.reserve((count_ + other.count_) / Stride + 1);
+  // By leaps: short runs appended to a long one would else copy its notes each time.
+  const std::size_t notes = (count_ + other.count_) / Stride + 1;
+  if (notes > notes_.capacity()) notes_.reserve(std::max(notes, 2 * notes_.capacity()));
   std::size_t place = packed_.Size();
   unsigned char* at = packed_.Extend(bytes);
   // Looked up only now: the other list may be this one, which has just moved.

@@ -29,6 +29,9 @@ class PackedCommands {
     for (std::size_t place = 0; place < packed_.Size();) f(ReadAt(place));
   }
 
+  // Makes room for commands of so many bytes in all, packed; the room costs no memory before it is used.
+  void Reserve(std::size_t bytes) { packed_.Reserve(bytes); }
+
   // Appends one command as it stands; it may lie in this list.
   void Append(const CommandView& command);
   // Appends all commands of another run, which may be this one.

@@ -140,6 +140,14 @@ TEST(Resources, SignalsInterruptNothing) {
   sigaction(SIGALRM, &earlier, nullptr);
 }
 
+TEST(ResourcesDeathTest, TheExitOfAChildLeavesTheConnectionsToItsParent) {
+  const FakeCard card(FakeCard::Obliging());
+  const Connection connection(card.Port());
+  EXPECT_EXIT(std::exit(0), testing::ExitedWithCode(0), "");
+  bool running = true;
+  EXPECT_EQ(vlListIsExecutionInProgress(connection, &running), 0) << LastError();
+}
+
 // What callbacks, which are plain functions, share with their test.
 struct Shared {
   std::mutex mutex;

@@ -148,8 +148,8 @@ TEST(VirtualCardShapes, AreDrawnInTheTimeThatTheyTake) {
       {"JA 10,0 SCF 2,0 MR 1,7", 1000 + 2000, 2, "10,0 12,0", " "},
       {"PD 100.0 VPD true MA 1,0 MA 2,0 MA 2,1 MA 2,0", 4150, 4, "0,0 1,0 2,0 2,1 2,0", " "},
       {"JD 100.0 JDM 20.0 JLL 10.0 VJD true JA 5,0 JA 25,0", 560 + 2100, 2, "", " "},
-      {"SKWM 2 SKET 10.0 SKAD 3.0 SKDD 4.0 SKMCH 0.5 MA 1,0 MA 2,0 MA 2,1", 13 + 27 + 14 + 3000, 3,
-       "0,0 1,0 2,0 2,1", " "},
+      {"SKMMEMCH nan SKWM 2 SKET 10.0 SKAD 3.0 SKDD 4.0 SKMCH 0.5 MA 1,0 MA 2,0 MA 2,1", 13 + 27 + 14 + 3000,
+       3, "0,0 1,0 2,0 2,1", " "},
       {"SPSC 2.0 MA 1,0 JA 2,0 MAGS 0.01 SPMA 2.0 false SPMR 1.0 true", 500 + 50 + 100, 2, "0,0 1,0", " "},
       {"PTC 1 U32:1 U32:2 U32:3 STX Byte[1;2] HBS 1 1 F64[0.5] MFSTP 1,0", 100, 1, "", " "},
   };

@@ -129,7 +129,6 @@ std::span<const CommandRow> ParameterCommands() {
       SetsIn<Sky, &SkyOf::ExtensionTime, Delay>(CommandCode::SKYWRITING_EXTENSION_TIME),
       {CommandCode::SKYWRITING_LASERON_DELAY, [](Run&, double t) { LaserDelay(t); }},
       {CommandCode::SKYWRITING_LASEROFF_DELAY, [](Run&, double t) { LaserDelay(t); }},
-      {CommandCode::SKYWRITING_MERGED_EXTENSIONS_MAX_COH, [](Run&, double c) { HeadingCosine(c); }},
 
       SetsIn<Wobble, &VirtualCard::Wobble::Amplitude, Wobbling>(CommandCode::WOBBLE_AMPLITUDE),
       SetsIn<Wobble, &VirtualCard::Wobble::Frequency, Wobbling>(CommandCode::WOBBLE_FREQUENCY),
@@ -145,6 +144,7 @@ std::span<const CommandRow> ParameterCommands() {
       Transforms<SetAffine, Array<double>, Array<double>>(CommandCode::TRANSFORMATION),
 
       {CommandCode::LM_WIDTH, [](Run&, double width) { NotNegative(width, "width"); }},
+      Taken<double>(CommandCode::SKYWRITING_MERGED_EXTENSIONS_MAX_COH),  // NaN is no limit
       Taken<std::uint16_t>(CommandCode::SET_SIMMERPOWER),
       Taken<bool>(CommandCode::ENABLE_PILOT),
       Taken<bool>(CommandCode::ARM_LASER),
