@@ -48,5 +48,6 @@
 #include "kelvo/KelvoLaserAPI.h"
 #include "kelvo/KelvoListAPI.h"
 #include "kelvo/KelvoListAppendAPI.h"
+#include "kelvo/KelvoScannerAPI.h"
 
 #endif
