@@ -49,5 +49,6 @@
 #include "kelvo/KelvoListAPI.h"
 #include "kelvo/KelvoListAppendAPI.h"
 #include "kelvo/KelvoScannerAPI.h"
+#include "kelvo/KelvoSystemAPI.h"
 
 #endif

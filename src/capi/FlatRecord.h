@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <iterator>
 #include <span>
 #include <stdexcept>
@@ -90,6 +91,18 @@ template <HasFields R, class F>
 void FromRecord(const R& record, F& flat);
 template <HasFields R, class F>
 void ToRecord(const F& flat, R& record);
+
+// A text, and the array that has room for it and its terminating zero.
+template <std::size_t N>
+void FromRecord(const std::string& field, char (&flat)[N]) {
+  if (field.size() >= N) throw DoesNotFit();
+  std::memcpy(flat, field.c_str(), field.size() + 1);
+}
+template <std::size_t N>
+void ToRecord(const char (&flat)[N], std::string& field) {
+  if (std::memchr(flat, 0, N) == nullptr) throw DoesNotFit();
+  field = flat;
+}
 
 // A list, and the struct { uint32_t Count; ... Items[N]; } that has room for N of its elements.
 template <class T, class F>

@@ -1,6 +1,8 @@
 // What exported functions ask the card, and what they make of its answers.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -46,6 +48,17 @@ auto LaserRecord(int version, int polarity, bool last) {
                          0., 0., false, false, false, false, false, false, false, false, last);
 }
 
+auto SystemRecord(int version, const std::string& zone, std::vector<int> axes) {
+  return std::make_tuple(
+      version, zone, false, 0, 0,
+      std::make_tuple(2, false, false, 21120, 11136, 11136, 0, 0, 0, 1000, 3, false, std::move(axes)));
+}
+
+// A time of the card: so many ticks more than at the beginning of 1970, and the bits above them.
+std::string Ticks(std::int64_t more, std::uint64_t kind) {
+  return Packed(static_cast<std::uint64_t>(621355968000000000 + more) | kind << 62);
+}
+
 // As many a line as fit.
 // clang-format off
 TEST(Calls, AskTheCardInItsWords) {
@@ -55,7 +68,12 @@ TEST(Calls, AskTheCardInItsWords) {
   double scale = 0;
   std::int32_t i = 0;
   std::uint32_t n = 0, two[] = {1, 4294967295};
+  std::uint64_t s = 0;
+  char text[5] = "";
   vlLaserConfig laser{}, wrong{};
+  vlSystemConfig system{}, endless{}, threeAxes{};
+  std::ranges::fill(endless.TimeZone, 'x');
+  threeAxes.ScannerMonitoring.ScanHeadAxes.Count = 3;
   wrong.HotPowerTarget = 7;
 #define CALL(call) [&]() -> double { return call; }
   const struct {
@@ -96,6 +114,28 @@ TEST(Calls, AskTheCardInItsWords) {
       {CALL(vlLaserGetConfig(c, &laser)), "GetLaserConfig[]", -1, Packed(LaserRecord(8, 2, false)), "Polarity::_from_integral: invalid argument"},
       {CALL(vlLaserGetConfig(c, &laser)), "GetLaserConfig[]", -1, "\x91\x08", "std::bad_cast"},
       {CALL(vlLaserSetConfig(c, &wrong)), "", -1, "", "PowerTarget::_from_integral: invalid argument"},
+      {CALL(vlSystemLoadConfig(c)), "LoadSystemConfig[]"}, {CALL(vlSystemStoreConfig(c)), "StoreSystemConfig[]"},
+      {CALL(vlSystemResetToDefaults(c)), "ResetToDefaults[]"}, {CALL(vlSystemResetOperatingState(c)), "ResetOperatingState[]"},
+      {CALL(vlSystemGetOperatingState(c, &n) + n), "GetOperatingState[]", 5, "\5"},
+      {CALL(vlSystemGetConnectionLimit(c, &n) + n), "GetConnectionLimit[]", 5, "\5"},
+      {CALL(vlSystemGetFirmwareVersion(c, text, 5, &n) + n), "GetFirmwareVersion[]", 3, "\xA3\x61\x62\x63"},
+      {CALL(vlSystemGetFirmwareProductVersion(c, text, 4, &n)), "GetFirmwareProductVersion[]", -1, "\xA3\x61\x62\x63", "Buffer is too small."},
+      {CALL(vlSystemGetFPGAVersion(c, text, 5, &n) + n), "GetFpgaVersion[]", 0, "\xA0"},
+      {CALL(vlSystemGetOSVersion(c, text, 5, &n) + n), "GetOSVersion[]", 2, "\xA2\x61\x62"},
+      {CALL(vlSystemGetCardSerialNumber(c, text, 5, &n) + text[0]), "GetCardSerialNumber[]", 'x', "\xA1x"},
+      {CALL(vlSystemSetSystemTime(c, 0)), "SetSystemTime[621355968000000000]"},
+      {CALL(vlSystemSetSystemTime(c, 253402300799)), "SetSystemTime[3155378975990000000]"},
+      {CALL(vlSystemSetSystemTime(c, 253402300800)), "", -1, "", "The time is beyond the year 9999."},
+      {CALL(vlSystemSetSystemTime(c, 1844674407371)), "", -1, "", "The time is beyond the year 9999."},  // would wrap to 1
+      {CALL(vlSystemGetTime(c, &s) + static_cast<double>(s)), "GetTime[]", 0, Ticks(9999999, 0)},
+      {CALL(vlSystemGetTime(c, &s) + static_cast<double>(s)), "GetTime[]", 253402300799, Ticks(2534023007999999999, 2)},
+      {CALL(vlSystemGetUniversalTime(c, &s) + static_cast<double>(s)), "GetUniversalTime[]", 1, Ticks(10000000, 3)},
+      {CALL(vlSystemGetUniversalTime(c, &s) + static_cast<double>(s)), "GetUniversalTime[]", 1, Packed(std::int64_t{-4611686018427387904 + 621355968010000000})},
+      {CALL(vlSystemGetConfig(c, &system) + system.ScannerMonitoring.ScanHeadAxes.Items[1]), "GetSystemConfig[]", 7, Packed(SystemRecord(4, std::string(127, 'z'), {1, 7}))},
+      {CALL(vlSystemGetConfig(c, &system)), "GetSystemConfig[]", -1, Packed(SystemRecord(5, std::string(128, 'x'), {})), "Error converting SystemConfig to C."},
+      {CALL(vlSystemGetConfig(c, &system)), "GetSystemConfig[]", -1, Packed(SystemRecord(5, "x", {1, 1, 1})), "Error converting ScannerMonitoringConfig to C."},
+      {CALL(vlSystemSetConfig(c, &endless)), "", -1, "", "Error converting SystemConfig from C."},
+      {CALL(vlSystemToStringConfig(&threeAxes, text, 5, &n)), "", -1, "", "Error converting SystemConfig from C."},
   };
   for (const auto& [call, asked, expected, answer, error] : cases) {
     card.Asked = "";
@@ -105,6 +145,7 @@ TEST(Calls, AskTheCardInItsWords) {
     EXPECT_EQ(card.Asked, asked);
   }
   EXPECT_TRUE(laser.FpsPolarity == 1 && laser.EnableEquallySpacedPulses) << "a failing get changed it";
+  EXPECT_EQ(system.TimeZone, std::string(127, 'z'));
 }
 
 TEST(Laser, TakesCalibrationFiles) {
@@ -144,6 +185,47 @@ TEST(Laser, HasDefaultsOnTheWireAndAsText) {
   EXPECT_EQ(vlLaserToStringConfig(&config, text, length + 2, &length), 0);
   EXPECT_EQ(vlLaserToStringConfig(&config, text, length + 1, &length), -1);
   EXPECT_EQ(LastError(), "Buffer is too small.");
+}
+
+TEST(System, HasDefaultsOnTheWireAndAsText) {
+  AskedCard card;
+  vlSystemConfig config{};
+  char text[1000] = "";
+  std::uint32_t length = 0;
+  ASSERT_EQ(vlSystemInitConfig(&config) + vlSystemSetConfig(card.Handle, &config), 0);
+  EXPECT_TRUE(card.Arguments == Packed(std::make_tuple(SystemRecord(5, "UTC", {3})))) << card.Asked;
+  ASSERT_EQ(vlSystemToStringConfig(&config, text, 1000, &length), 0);
+  EXPECT_STREQ(
+      text,
+      "TimeZone=UTC, EnableStandAloneMode=false, StandAloneListID=0, StandAloneExecuteOnErrorListID=0, "
+      "ScannerMonitoring={ Enabled=false, UsePingPong=false, Command=21120, Mask=11136, "
+      "GoodValue=11136, Command1=0, Mask1=0, GoodValue1=0, Period=1000, MinConsecutiveErrors=3, "
+      "ContinueOnError=false, ScanHeadAxes=[ XY ], ConfigVersion=2 }, ConfigVersion=5");
+}
+
+TEST(VirtualCard, HasAClockAndTimeZones) {
+  const CardProcess process;
+  Connection card(process.GetPort());
+  std::uint32_t zones[999], count = 0;
+  std::uint64_t time = 0, universal = 0;
+  vlSystemConfig config{};
+  ASSERT_EQ(vlSystemSetSystemTime(card, 1000000) + vlSystemInitConfig(&config), 0) << LastError();
+  EXPECT_EQ(vlSystemGetSupportedTimeZones(card, zones, 9, &count), -1);
+  EXPECT_EQ(LastError(), "Error converting TimeZone data.");
+  ASSERT_EQ(vlSystemGetSupportedTimeZones(card, zones, 999, &count), 0) << LastError();
+  const char* name = reinterpret_cast<const char*>(zones);
+  for (std::uint32_t i = 0; i < count; ++i, name += std::strlen(name) + 1) {
+    std::strcpy(config.TimeZone, name);
+    EXPECT_EQ(vlSystemSetConfig(card, &config), 0) << name;
+    EXPECT_EQ(vlSystemGetUniversalTime(card, &universal) + vlSystemGetTime(card, &time), 0) << LastError();
+    EXPECT_NEAR(static_cast<double>(universal), 1000000, 20);
+    if (std::strcmp(name, "Asia/Kolkata") != 0) continue;
+    EXPECT_NEAR(static_cast<double>(time), 1000000 + 5.5 * 3600, 20);
+  }
+  std::strcpy(config.TimeZone, "Nowhere");
+  EXPECT_EQ(vlSystemSetConfig(card, &config), -1);
+  EXPECT_EQ(vlSystemResetToDefaults(card) + vlSystemGetConfig(card, &config), 0);
+  EXPECT_STREQ(config.TimeZone, "UTC");
 }
 
 TEST(VirtualCard, KeepsWhatIsStored) {

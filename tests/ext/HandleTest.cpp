@@ -40,6 +40,8 @@ char buffer[9];
 double scale = 0;
 vlListExecutionStats stats;
 vlLaserConfig laser{};
+vlSystemConfig systemConfig{};
+std::uint64_t seconds = 0;
 constexpr vlListEventCallback OnEvent = [](std::int32_t, std::int32_t) {};
 constexpr vlErrorEventCallback OnError = [](std::int32_t, std::int32_t, const char*, std::uint32_t) {};
 
@@ -83,6 +85,13 @@ const Function onConnections[] = {
     ENTRY(vlLaserLoadPowerCalibration, 0U), ENTRY(vlLaserStorePowerCalibration, 0U),
     ENTRY(vlLaserGetPowerCalibration, 0U, &number, 1U, &number), ENTRY(vlLaserSetPowerCalibration, 0U, &number, 1),
     ENTRY(vlLaserPowerCalibrationGet, 0U, "/tmp/never"), ENTRY(vlLaserPowerCalibrationSet, 0U, "/tmp/never"),
+    ENTRY(vlSystemGetConfig, &systemConfig), ENTRY(vlSystemSetConfig, &systemConfig), ENTRY(vlSystemLoadConfig),
+    ENTRY(vlSystemStoreConfig), ENTRY(vlSystemResetToDefaults), ENTRY(vlSystemGetConnectionLimit, &number),
+    ENTRY(vlSystemGetFirmwareVersion, buffer, 9U, &number), ENTRY(vlSystemGetFirmwareProductVersion, buffer, 9U, &number),
+    ENTRY(vlSystemGetFPGAVersion, buffer, 9U, &number), ENTRY(vlSystemGetOSVersion, buffer, 9U, &number),
+    ENTRY(vlSystemGetCardSerialNumber, buffer, 9U, &number), ENTRY(vlSystemGetOperatingState, &number),
+    ENTRY(vlSystemResetOperatingState), ENTRY(vlSystemGetTime, &seconds), ENTRY(vlSystemGetUniversalTime, &seconds),
+    ENTRY(vlSystemSetSystemTime, std::uint64_t{1}), ENTRY(vlSystemGetSupportedTimeZones, &number, 1U, &number),
 };
 // clang-format on
 
@@ -160,6 +169,8 @@ TEST(Frame, RefusesNullPointers) {
       ENTRY(vlConfigurationIsUpdateActive, nullptr), ENTRY(vlLaserGetConfig, nullptr), ENTRY(vlLaserSetConfig, nullptr),
       ENTRY(vlLaserReadLaserStatus, nullptr), ENTRY(vlLaserGetPowerCalibration, 0U, nullptr, 1U, &number),
       ENTRY(vlLaserSetPowerCalibration, 0U, nullptr, 1), ENTRY(vlLaserPowerCalibrationSet, 0U, nullptr),
+      ENTRY(vlSystemGetConfig, nullptr), ENTRY(vlSystemGetOSVersion, nullptr, 9U, &number), ENTRY(vlSystemGetTime, nullptr),
+      ENTRY(vlSystemGetOSVersion, buffer, 9U, nullptr), ENTRY(vlSystemGetSupportedTimeZones, nullptr, 1U, &number),
       {"vlLaserInitConfig", [](std::int32_t) { return vlLaserInitConfig(nullptr); }},
       {"vlLaserToStringConfig", [](std::int32_t) { return vlLaserToStringConfig(nullptr, buffer, 9, &number); }},
       // clang-format on
