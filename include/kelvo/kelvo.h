@@ -48,5 +48,7 @@
 #include "kelvo/KelvoLaserAPI.h"
 #include "kelvo/KelvoListAPI.h"
 #include "kelvo/KelvoListAppendAPI.h"
+#include "kelvo/KelvoScannerAPI.h"
+#include "kelvo/KelvoSystemAPI.h"
 
 #endif

@@ -2,16 +2,21 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
+#include <iterator>
 #include <span>
 #include <stdexcept>
+#include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "capi/Frame.h"
 #include "capi/TextBuffer.h"
 #include "common/Point.h"
 #include "common/Transform3D.h"
 #include "config/RecordAPI.h"
+#include "kelvo/KelvoTypes.h"
 
 namespace VELTRO::KELVO::ClientLib::Flat {
 
@@ -62,16 +67,68 @@ inline void ToRecord(const vlTransform3D& flat, Transform3D& field) {
   for (std::size_t i = 0; i < field.B.size(); ++i) field.B[i] = flat.b[i];
 }
 
-template <class R, class F>
-requires IsRecord<R>
-void FromRecord(const R& record, F& flat) {
-  flat.ConfigVersion = record.ConfigVersion;
-  R::ForEachPair(record, flat, [](const auto& field, auto& namesake) { FromRecord(field, namesake); });
+// What has no room in the plain struct, or a count there that is none.
+class DoesNotFit : public std::runtime_error {
+ public:
+  DoesNotFit() : runtime_error("Error converting a configuration.") {}
+};
+
+// When `work` throws DoesNotFit and record R has a name, throws std::runtime_error "Error converting NAME WAY C.".
+template <class R, class Work>
+void Converting(const char* way, Work&& work) {
+  if constexpr (requires { R::Name; }) {
+    try {
+      work();
+    } catch (const DoesNotFit&) {
+      throw std::runtime_error(std::string("Error converting ") + R::Name + " " + way + " C.");
+    }
+  } else {
+    work();
+  }
 }
-template <class R, class F>
-requires IsRecord<R>
+
+template <HasFields R, class F>
+void FromRecord(const R& record, F& flat);
+template <HasFields R, class F>
+void ToRecord(const F& flat, R& record);
+
+// A text, and the array that has room for it and its terminating zero.
+template <std::size_t N>
+void FromRecord(const std::string& field, char (&flat)[N]) {
+  if (field.size() >= N) throw DoesNotFit();
+  std::memcpy(flat, field.c_str(), field.size() + 1);
+}
+template <std::size_t N>
+void ToRecord(const char (&flat)[N], std::string& field) {
+  if (std::memchr(flat, 0, N) == nullptr) throw DoesNotFit();
+  field = flat;
+}
+
+// A list, and the struct { uint32_t Count; ... Items[N]; } that has room for N of its elements.
+template <class T, class F>
+void FromRecord(const std::vector<T>& field, F& flat) {
+  if (field.size() > std::size(flat.Items)) throw DoesNotFit();
+  flat.Count = static_cast<std::uint32_t>(field.size());
+  for (std::size_t i = 0; i < field.size(); ++i) FromRecord(field[i], flat.Items[i]);
+}
+template <class T, class F>
+void ToRecord(const F& flat, std::vector<T>& field) {
+  if (flat.Count > std::size(flat.Items)) throw DoesNotFit();
+  field.clear();
+  for (std::uint32_t i = 0; i < flat.Count; ++i) ToRecord(flat.Items[i], field.emplace_back(Blank<T>()));
+}
+
+template <HasFields R, class F>
+void FromRecord(const R& record, F& flat) {
+  if constexpr (IsRecord<R>) flat.ConfigVersion = record.ConfigVersion;
+  // A record inside another is the one that is named; on the way back (Taken) it is the outermost.
+  Converting<R>("to", [&] {
+    R::ForEachPair(record, flat, [](const auto& field, auto& namesake) { FromRecord(field, namesake); });
+  });
+}
+template <HasFields R, class F>
 void ToRecord(const F& flat, R& record) {
-  record.ConfigVersion = flat.ConfigVersion;
+  if constexpr (IsRecord<R>) record.ConfigVersion = flat.ConfigVersion;
   R::ForEachPair(record, flat, [](auto& field, const auto& namesake) { ToRecord(namesake, field); });
 }
 
@@ -100,7 +157,7 @@ std::int32_t Get(std::int32_t handle, F* flat) {
 template <class R, class F>
 R Taken(const F* flat) {
   R record;
-  ToRecord(*NotNull(flat, "config"), record);
+  Converting<R>("from", [&] { ToRecord(*NotNull(flat, "config"), record); });
   return record;
 }
 

@@ -1,5 +1,6 @@
 #include "config/LaserAPI.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>

@@ -43,9 +43,17 @@ class RecordText {
   requires IsReflectiveEnum<T>
   void Value(const T& value) { text_ += value._to_string(); }
   void Value(const std::string& value) { text_ += value; }
-  template <class T>
-  requires IsRecord<T>
-  void Value(const T& value) { text_.append("{ ").append(value.ToString()).append(" }"); }
+  template <IsRecord T>
+  void Value(const T& value) {
+    text_.append("{ ").append(value.ToString()).append(" }");
+  }
+  // A group without a version stands without braces.
+  template <HasFields T>
+  void Value(const T& value) {
+    RecordText fields;
+    WriteFields(value, fields);
+    text_ += fields.Take();
+  }
   template <std::size_t N>
   void Value(const Point<N, double>& point) {
     constexpr std::string_view Names = "XYZM";

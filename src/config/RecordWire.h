@@ -79,13 +79,29 @@ struct Element<std::vector<T>> {
   static void Unpack(const msgpack::object& object, std::vector<T>& values) {
     values.clear();
     for (const msgpack::object& element : ElementsOf(object)) {
-      Element<T>::Unpack(element, values.emplace_back());
+      Element<T>::Unpack(element, values.emplace_back(Blank<T>()));
     }
   }
 };
 
-template <class T>
-requires IsRecord<T>
+// A group without a version.
+template <HasFields T>
+struct Element<T> {
+  static void Pack(auto& packer, const T& group) {
+    packer.pack_array(static_cast<std::uint32_t>(T::FieldCount));
+    T::ForEachField(group, [&](const char*, const auto& field) {
+      Element<std::remove_cvref_t<decltype(field)>>::Pack(packer, field);
+    });
+  }
+  static void Unpack(const msgpack::object& object, T& group) {
+    auto element = ElementsOf(object, T::FieldCount).begin();
+    T::ForEachField(group, [&](const char*, auto& field) {
+      Element<std::remove_cvref_t<decltype(field)>>::Unpack(*element++, field);
+    });
+  }
+};
+
+template <IsRecord T>
 struct Element<T> {
   static void Pack(auto& packer, const T& record) {
     packer.pack_array(static_cast<std::uint32_t>(T::FieldCount + 1));

@@ -8,6 +8,7 @@ Card::Card(CardSettings settings, Notifier& clients)
     : state_(std::move(settings.StateDirectory)),
       Identity(std::move(settings.Identity)),
       Configuration(state_),
+      System(Configuration),
       Laser(state_),
       Inputs(runSignal_),
       Variables(runSignal_),

@@ -8,6 +8,7 @@
 #include "card/CardInputs.h"
 #include "card/CardLaser.h"
 #include "card/CardLists.h"
+#include "card/CardSystem.h"
 #include "card/CardVariables.h"
 #include "card/Notifier.h"
 #include "execution/Executor.h"
@@ -28,7 +29,7 @@ struct CardSettings {
 // Any thread may use any part at any time.
 class Card {
  public:
-  // Throws as Plotter and CardConfiguration do.
+  // Throws as Plotter and StateDirectory do.
   Card(CardSettings settings, Notifier& clients);
 
  private:
@@ -38,6 +39,7 @@ class Card {
  public:
   const CardIdentity Identity;
   CardConfiguration Configuration;
+  CardSystem System;
   CardLaser Laser;
   CardInputs Inputs;
   CardVariables Variables;

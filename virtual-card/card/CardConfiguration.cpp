@@ -1,10 +1,18 @@
 #include "card/CardConfiguration.h"
 
+#include <algorithm>
 #include <stdexcept>
+
+#include "card/TimeZones.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::MutexLock;
+
+CardConfiguration::CardConfiguration(StateDirectory& directory)
+    : Laser("LaserConfig", directory),
+      System("SystemConfig", directory,
+             [](const ClientLib::SystemConfig& config) { FindTimeZone(config.TimeZone); }) {}
 
 void CardConfiguration::BeginUpdate() {
   const MutexLock lock(mutex_);
@@ -23,6 +31,15 @@ void CardConfiguration::EndUpdate(bool keep) {
 bool CardConfiguration::IsUpdateActive() {
   const MutexLock lock(mutex_);
   return updating_;
+}
+
+void CardConfiguration::Reset() {
+  const MutexLock lock(mutex_);
+  for (UpdateParticipant* record : AllRecords()) record->Reset();
+}
+
+bool CardConfiguration::IsSound() {
+  return std::ranges::all_of(AllRecords(), &UpdateParticipant::IsSound);
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard

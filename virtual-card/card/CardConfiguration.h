@@ -6,16 +6,18 @@
 #include "card/KeptRecord.h"
 #include "common/Mutex.h"
 #include "config/LaserConfig.h"
+#include "config/SystemConfig.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
 // Any thread may call anything at any time.
 class CardConfiguration {
  public:
-  // What is stored becomes active. Throws as KeptRecord does.
-  explicit CardConfiguration(StateDirectory& directory) : Laser("LaserConfig", directory) {}
+  // What is stored becomes active.
+  explicit CardConfiguration(StateDirectory& directory);
 
   KeptRecord<ClientLib::LaserConfig> Laser;
+  KeptRecord<ClientLib::SystemConfig> System;
 
   // Throws std::runtime_error "An update is already active.".
   void BeginUpdate();
@@ -23,9 +25,14 @@ class CardConfiguration {
   void EndUpdate(bool keep);
   bool IsUpdateActive();
 
+  // The defaults of every record become active; what is stored stays.
+  void Reset();
+  // Whether all that was stored could be read.
+  bool IsSound();
+
  private:
   // Every record there is: settings of all of them can be grouped.
-  std::vector<UpdateParticipant*> AllRecords() { return {&Laser}; }
+  std::vector<UpdateParticipant*> AllRecords() { return {&Laser, &System}; }
 
   ClientLib::Mutex mutex_;
   bool updating_ KELVO_GUARDED_BY(mutex_) = false;
