@@ -44,9 +44,12 @@
 
 #include "kelvo/KelvoClientAPI.h"
 #include "kelvo/KelvoConfigurationAPI.h"
+#include "kelvo/KelvoEventAPI.h"
 #include "kelvo/KelvoFontAPI.h"
 #include "kelvo/KelvoLaserAPI.h"
 #include "kelvo/KelvoListAPI.h"
 #include "kelvo/KelvoListAppendAPI.h"
+#include "kelvo/KelvoMotfAPI.h"
+#include "kelvo/KelvoProcessAPI.h"
 
 #endif

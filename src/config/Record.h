@@ -8,7 +8,8 @@
 // declares a record of version 2 with two fields, each its type, name and default, in the order in which they
 // travel. Its text, its way over the wire (RecordWire.h) and its copy from and to the plain struct of the flat
 // interface (capi/FlatRecord.h) follow from that line. A field that has no namesake in the plain struct does
-// not compile. Each record has a line in Records.cpp.
+// not compile. Each record has a line in Records.cpp. One whose lists the plain struct may have no room for tells its
+// Name, or the texts TooMany and IllegalNumber, for the errors.
 #pragma once
 
 #include <cstddef>
@@ -61,9 +62,15 @@ class Record : public IConfigI {
   std::string ToString() const override;  // RecordText.h
 };
 
+// Whether a type is a record, or a group of fields without a version.
+template <class T>
+concept HasFields = requires {
+  T::FieldCount;
+};
+
 // Whether a type is a record.
 template <class T>
-concept IsRecord = requires {
+concept IsRecord = HasFields<T> && requires {
   T::CurrentConfigVersion;
 };
 
@@ -72,5 +79,15 @@ template <class T>
 concept IsReflectiveEnum = requires {
   T::_is_valid(0);
 };
+
+// A value to be read into, of any type that a field or its elements have.
+template <class T>
+T Blank() {
+  if constexpr (IsReflectiveEnum<T>) {
+    return T::_values()[0];
+  } else {
+    return T{};
+  }
+}
 
 }  // namespace VELTRO::KELVO::ClientLib

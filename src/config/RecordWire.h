@@ -2,6 +2,7 @@
 // not trusted: the number and kind of the elements and the values of enumerations are checked.
 #pragma once
 
+#include <map>
 #include <span>
 #include <stdexcept>
 #include <vector>
@@ -79,13 +80,50 @@ struct Element<std::vector<T>> {
   static void Unpack(const msgpack::object& object, std::vector<T>& values) {
     values.clear();
     for (const msgpack::object& element : ElementsOf(object)) {
-      Element<T>::Unpack(element, values.emplace_back());
+      Element<T>::Unpack(element, values.emplace_back(Blank<T>()));
     }
   }
 };
 
-template <class T>
-requires IsRecord<T>
+// A map, in the order of its keys; of a key that comes twice, the last counts.
+template <class Key, class T>
+struct Element<std::map<Key, T>> {
+  static void Pack(auto& packer, const std::map<Key, T>& values) {
+    packer.pack_map(static_cast<std::uint32_t>(values.size()));
+    for (const auto& [key, value] : values) {
+      Element<Key>::Pack(packer, key);
+      Element<T>::Pack(packer, value);
+    }
+  }
+  static void Unpack(const msgpack::object& object, std::map<Key, T>& values) {
+    if (object.type != msgpack::type::MAP) throw msgpack::type_error();
+    values.clear();
+    for (const msgpack::object_kv& entry : std::span(object.via.map.ptr, object.via.map.size)) {
+      Key key = Blank<Key>();
+      Element<Key>::Unpack(entry.key, key);
+      Element<T>::Unpack(entry.val, values.insert_or_assign(std::move(key), Blank<T>()).first->second);
+    }
+  }
+};
+
+// A group without a version.
+template <HasFields T>
+struct Element<T> {
+  static void Pack(auto& packer, const T& group) {
+    packer.pack_array(static_cast<std::uint32_t>(T::FieldCount));
+    T::ForEachField(group, [&](const char*, const auto& field) {
+      Element<std::remove_cvref_t<decltype(field)>>::Pack(packer, field);
+    });
+  }
+  static void Unpack(const msgpack::object& object, T& group) {
+    auto element = ElementsOf(object, T::FieldCount).begin();
+    T::ForEachField(group, [&](const char*, auto& field) {
+      Element<std::remove_cvref_t<decltype(field)>>::Unpack(*element++, field);
+    });
+  }
+};
+
+template <IsRecord T>
 struct Element<T> {
   static void Pack(auto& packer, const T& record) {
     packer.pack_array(static_cast<std::uint32_t>(T::FieldCount + 1));

@@ -9,6 +9,7 @@ Card::Card(CardSettings settings, Notifier& clients)
       Identity(std::move(settings.Identity)),
       Configuration(state_),
       Laser(state_),
+      Motf(Configuration.QuadratureDecoder),
       Inputs(runSignal_),
       Variables(runSignal_),
       Lists(Execution),

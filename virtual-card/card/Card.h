@@ -8,6 +8,7 @@
 #include "card/CardInputs.h"
 #include "card/CardLaser.h"
 #include "card/CardLists.h"
+#include "card/CardMotf.h"
 #include "card/CardVariables.h"
 #include "card/Notifier.h"
 #include "execution/Executor.h"
@@ -39,6 +40,7 @@ class Card {
   const CardIdentity Identity;
   CardConfiguration Configuration;
   CardLaser Laser;
+  CardMotf Motf;
   CardInputs Inputs;
   CardVariables Variables;
   CardFonts Fonts;

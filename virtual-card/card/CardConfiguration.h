@@ -5,7 +5,11 @@
 
 #include "card/KeptRecord.h"
 #include "common/Mutex.h"
+#include "config/EventConfig.h"
 #include "config/LaserConfig.h"
+#include "config/MotfConfig.h"
+#include "config/ProcessVariables.h"
+#include "config/QuadratureDecoderConfig.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -13,9 +17,18 @@ namespace VELTRO::KELVO::VirtualCard {
 class CardConfiguration {
  public:
   // What is stored becomes active. Throws as KeptRecord does.
-  explicit CardConfiguration(StateDirectory& directory) : Laser("LaserConfig", directory) {}
+  explicit CardConfiguration(StateDirectory& directory)
+      : Laser("LaserConfig", directory),
+        Variables("Variables", directory),
+        Motf("MotfConfig", directory),
+        QuadratureDecoder("QuadratureDecoderConfig", directory),
+        Events("EventConfig", directory) {}
 
   KeptRecord<ClientLib::LaserConfig> Laser;
+  KeptRecord<ClientLib::ProcessVariables> Variables;
+  KeptRecord<ClientLib::MotfConfig> Motf;
+  KeptRecord<ClientLib::QuadratureDecoderConfig> QuadratureDecoder;
+  KeptRecord<ClientLib::EventConfig> Events;
 
   // Throws std::runtime_error "An update is already active.".
   void BeginUpdate();
@@ -25,7 +38,9 @@ class CardConfiguration {
 
  private:
   // Every record there is: settings of all of them can be grouped.
-  std::vector<UpdateParticipant*> AllRecords() { return {&Laser}; }
+  std::vector<UpdateParticipant*> AllRecords() {
+    return {&Laser, &Variables, &Motf, &QuadratureDecoder, &Events};
+  }
 
   ClientLib::Mutex mutex_;
   bool updating_ KELVO_GUARDED_BY(mutex_) = false;
