@@ -51,5 +51,6 @@
 #include "kelvo/KelvoListAppendAPI.h"
 #include "kelvo/KelvoMotfAPI.h"
 #include "kelvo/KelvoProcessAPI.h"
+#include "kelvo/KelvoScannerAPI.h"
 
 #endif

@@ -18,6 +18,7 @@
 #include "common/Point.h"
 #include "common/Transform3D.h"
 #include "config/RecordAPI.h"
+#include "kelvo/KelvoTypes.h"
 
 namespace VELTRO::KELVO::ClientLib::Flat {
 
@@ -166,6 +167,7 @@ void ToRecord(const F& flat, std::map<Key, T>& field) {
 template <HasFields R, class F>
 void FromRecord(const R& record, F& flat) {
   if constexpr (IsRecord<R>) flat.ConfigVersion = record.ConfigVersion;
+  // A record inside another is the one that is named; on the way back (Taken) it is the outermost.
   Converting<R>("to", [&] {
     R::ForEachPair(record, flat, [](const auto& field, auto& namesake) { FromRecord(field, namesake); });
   });

@@ -51,6 +51,13 @@ class RecordText {
   template <HasFields T>
   requires(!IsRecord<T>) && requires(const T& value) { value.ToString(); }
   void Value(const T& value) { text_ += value.ToString(); }
+  // A group without a version stands without braces.
+  template <HasFields T>
+  void Value(const T& value) {
+    RecordText fields;
+    WriteFields(value, fields);
+    text_ += fields.Take();
+  }
   template <std::size_t N>
   void Value(const Point<N, double>& point) {
     constexpr std::string_view Names = "XYZM";

@@ -5,6 +5,7 @@
 #include "config/ProcessVariables.h"
 #include "config/QuadratureDecoderConfig.h"
 #include "config/RecordText.h"
+#include "config/ScannerMonitoringConfig.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -17,5 +18,6 @@ template class Record<MotfConfig, 9>;
 template class Record<QuadratureDecoderModule, 4>;
 template class Record<QuadratureDecoderConfig, 4>;
 template class Record<EventConfig, 1>;
+template class Record<ScannerMonitoringConfig, 2>;
 
 }  // namespace VELTRO::KELVO::ClientLib
