@@ -40,6 +40,12 @@ std::int32_t value = 0;
 bool flag = false;
 char buffer[9];
 vlListExecutionStats stats;
+double factor = 0;
+vlTransform3D transform;
+vlProcessVariables variables;
+vlMotfConfig motf;
+vlQuadratureDecoderConfig decoders;
+vlEventConfig events;
 constexpr vlListEventCallback OnEvent = [](std::int32_t, std::int32_t) {};
 constexpr vlErrorEventCallback OnError = [](std::int32_t, std::int32_t, const char*, std::uint32_t) {};
 
@@ -74,6 +80,15 @@ const Function onConnections[] = {
     ENTRY(vlListRegisterErrorEventCallback, OnError, &number), ENTRY(vlListUnRegisterProgressCallback, 2U),
     ENTRY(vlListUnRegisterListDoneCallback, 2U), ENTRY(vlListUnRegisterListIdleCallback, 2U),
     ENTRY(vlListUnRegisterErrorEventCallback, 2U), ENTRY(vlListClearPendingEvents),
+    ENTRY(vlProcessGetVariables, &variables), ENTRY(vlProcessSetVariables, &variables), ENTRY(vlProcessLoadVariables),
+    ENTRY(vlProcessStoreVariables), ENTRY(vlProcessGetSpeedScale, &factor), ENTRY(vlProcessSetSpeedScale, 1.0),
+    ENTRY(vlProcessGetTransformation, &transform), ENTRY(vlProcessSetTransformation, &transform),
+    ENTRY(vlMotfGetConfig, &motf), ENTRY(vlMotfSetConfig, &motf), ENTRY(vlMotfLoadConfig), ENTRY(vlMotfStoreConfig),
+    ENTRY(vlMotfResetState), ENTRY(vlMotfGetPendingParts, &value), ENTRY(vlGetFactor1xSpeed, &factor), ENTRY(vlSetFactor1xSpeed, 1.0),
+    ENTRY(vlMotfQuadratureDecoderGetConfig, &decoders), ENTRY(vlMotfQuadratureDecoderSetConfig, &decoders),
+    ENTRY(vlMotfQuadratureDecoderLoadConfig), ENTRY(vlMotfQuadratureDecoderStoreConfig),
+    ENTRY(vlMotfQuadratureDecoderResetEncoderPosition, 0), ENTRY(vlMotfQuadratureDecoderReadEncoderPosition, 0, &value),
+    ENTRY(vlEventGetConfig, &events), ENTRY(vlEventSetConfig, &events), ENTRY(vlEventLoadConfig), ENTRY(vlEventStoreConfig),
 };
 // clang-format on
 
