@@ -2,10 +2,13 @@
 // text.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstring>
 #include <functional>
 #include <sstream>
 #include <tuple>
 
+#include "int/CardProcess.h"
 #include "support/FakeCard.h"
 #include "support/Process.h"
 
@@ -210,6 +213,47 @@ TEST(Lists, AskTheCardInItsWords) {
     EXPECT_EQ(value, hasValue ? 7 : 0) << expected;
   }
 }
+
+// clang-format off
+template <class F>
+void ExpectKept(std::int32_t handle, F& set, auto init, auto get, auto put, auto load, auto store) {
+  F fetched{}, defaults{};
+  EXPECT_EQ(init(&defaults) + put(handle, &set) + store(handle) + put(handle, &defaults) + load(handle), 0);
+  EXPECT_EQ(get(handle, &fetched), 0) << LastError();
+  EXPECT_EQ(std::memcmp(&fetched, &set, sizeof set), 0);
+}
+
+TEST(Configuration, IsKeptByTheCardAndRefusedWhenItIsWrong) {
+  const CardProcess card;
+  const Connection connection(card.GetPort());
+  char text[2000];
+  EXPECT_EQ(vlProcessInitVariables(&variables) + vlMotfInitConfig(&motf) + vlEventInitConfig(&events), 0);
+  EXPECT_EQ(vlMotfConfigSetDirectionFromAngle(&motf, -0.0), 0);
+  EXPECT_FALSE(std::signbit(motf.MainDirection.Y) || std::signbit(motf.CompensationDirection.X));
+  EXPECT_EQ(vlMotfConfigSetDirectionFromAngle(&motf, 1.5707963267948966), 0);
+  EXPECT_NEAR(motf.MainDirection.Y - motf.CompensationDirection.X, 2, 1e-15);
+  EXPECT_EQ(vlProcessWobbleSetCircle(&variables.Wobble, 3, 4) + vlProcessWobbleSetEight(&variables.Wobble, 3, 5, 4), 0);
+  EXPECT_EQ(variables.Wobble.Amplitude.Y + variables.Wobble.Frequency.Y + variables.Wobble.Phase.Y, 5 + 8 + 0);
+  variables.OnOffPattern = {2, {1.5, 2.5}};
+  vlMotfQuadratureDecoderInitConfig(&decoders);
+  decoders.Modules = {1, {{4, true, 1, 2, false, true, 3}}};
+  events.EventSettings = {2, {{-1, {true, {2, {-8, 7}}}}, {5, {false, {}}}}};
+#define KEPT(set, prefix, What) ExpectKept(connection, set, prefix##Init##What, prefix##Get##What, prefix##Set##What, prefix##Load##What, prefix##Store##What)
+  KEPT(variables, vlProcess, Variables), KEPT(motf, vlMotf, Config);
+  KEPT(decoders, vlMotfQuadratureDecoder, Config), KEPT(events, vlEvent, Config);
+  variables.OnOffPattern.Count = 65, decoders.Modules.Count = 5, motf.OperatingMode = 2, events.EventSettings.Items[1].Number = -1;
+  const std::pair<std::function<std::int32_t()>, const char*> failures[] = {
+      {[&] { return vlProcessToStringVariables(&variables, text, 2000, &number); }, "Illegal number of OnOffPattern values"},
+      {[&] { return vlMotfToStringConfig(&motf, text, 2000, &number); }, "MotfOperatingMode::_from_integral: invalid argument"},
+      {[&] { return vlMotfQuadratureDecoderToStringConfig(&decoders, text, 2000, &number); }, "Error converting QuadratureDecoderConfig from C."},
+      {[&] { return vlEventSetConfig(connection, &events); }, "Error converting EventConfig from C."},
+  };
+  for (const auto& [call, expected] : failures) {
+    EXPECT_EQ(call(), -1);
+    EXPECT_EQ(LastError(), expected);
+  }
+}
+// clang-format on
 
 TEST(Lists, AreNumberedAndNeverNumberedAgain) {
   FakeCard card(FakeCard::Obliging());

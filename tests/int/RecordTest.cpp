@@ -1,4 +1,4 @@
-// What all configuration records have in common, and their bytes and texts. A record joins with a line in AllRecords.
+// What all configuration records have in common, and their bytes and texts. A record joins with a line.
 #include "capi/FlatRecord.h"
 #include "config/EventConfig.h"
 #include "config/LaserConfig.h"
@@ -18,22 +18,9 @@ std::string Packed(const auto& value) {
   return {bytes.data(), bytes.size()};
 }
 
-template <class R, class F>
-struct Both {
-  using Record = R;
-  using Plain = F;
-};
-template <class Both>
-struct AnyRecord : testing::Test {};
-using AllRecords =
-    testing::Types<Both<LaserConfig, vlLaserConfig>, Both<ProcessVariables, vlProcessVariables>,
-                   Both<MotfConfig, vlMotfConfig>, Both<SkyWritingSettings, vlSkyWritingSettings>,
-                   Both<QuadratureDecoderConfig, vlQuadratureDecoderConfig>, Both<EventConfig, vlEventConfig>,
-                   Both<ScannerMonitoringConfig, vlScannerMonitoringConfig>>;
-TYPED_TEST_SUITE(AnyRecord, AllRecords);
-
-TYPED_TEST(AnyRecord, IsCheckedElementByElementAndLeftAloneWhenThatFails) {
-  using R = typename TypeParam::Record;
+// Whatever is wrong with a reply, the record that it is for stays as it was.
+template <class R, class Plain>
+void ExpectChecks() {
   const std::string bytes = Packed(R());
   const auto unpacked = msgpack::unpack(bytes.data(), bytes.size());
   const auto elements = unpacked->as<std::vector<msgpack::object>>();
@@ -48,7 +35,7 @@ TYPED_TEST(AnyRecord, IsCheckedElementByElementAndLeftAloneWhenThatFails) {
   kept.init();
   const std::string text = kept.ToString();
   EXPECT_NE(text, R().ToString()) << "it has a version of its own";
-  typename TypeParam::Plain plain{};
+  Plain plain{};
   Flat::FromRecord(kept, plain);
   EXPECT_EQ(Flat::Taken<R>(&plain).ToString(), text);
   const auto expectFailureWith = [&](std::size_t place, const auto& value, const std::string& expected) {
@@ -57,7 +44,7 @@ TYPED_TEST(AnyRecord, IsCheckedElementByElementAndLeftAloneWhenThatFails) {
     EXPECT_EQ(outcome(), expected) << place;
     EXPECT_EQ(kept.ToString(), text);
   };
-  for (std::size_t i = 0; i <= elements.size(); ++i) expectFailureWith(i, "text", "std::bad_cast");
+  for (std::size_t i = 0; i <= elements.size(); ++i) expectFailureWith(i, msgpack::type::nil_t(), "std::bad_cast");
   expectFailureWith(R::VersionPlace, R::CurrentConfigVersion + 1,
                     "The Version of the supplied config is newer than the newest supported version.");
   R::ForEachField(kept, [&, place = std::size_t{0}]<class T>(const char*, const T&) mutable {
@@ -69,6 +56,17 @@ TYPED_TEST(AnyRecord, IsCheckedElementByElementAndLeftAloneWhenThatFails) {
   });
   changed.pop_back();
   EXPECT_EQ(outcome(), "std::bad_cast");
+}
+
+TEST(Records, AreCheckedElementByElement) {
+  ExpectChecks<LaserConfig, vlLaserConfig>();
+  ExpectChecks<ProcessVariables, vlProcessVariables>();
+  ExpectChecks<SkyWritingSettings, vlSkyWritingSettings>();
+  ExpectChecks<MotfConfig, vlMotfConfig>();
+  ExpectChecks<MotfSource, vlMotfSource>();
+  ExpectChecks<QuadratureDecoderConfig, vlQuadratureDecoderConfig>();
+  ExpectChecks<EventConfig, vlEventConfig>();
+  ExpectChecks<ScannerMonitoringConfig, vlScannerMonitoringConfig>();
 }
 
 // As many a line as fit.
