@@ -4,9 +4,12 @@
 #include <cstddef>
 #include <cstring>
 #include <iterator>
+#include <map>
+#include <set>
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -58,6 +61,13 @@ inline void ToRecord(const vlPoint2D& flat, Point2D& field) {
   field = {flat.X, flat.Y};
 }
 
+inline void FromRecord(const std::array<double, 2>& field, vlPoint2D& flat) {
+  flat = {field[0], field[1]};
+}
+inline void ToRecord(const vlPoint2D& flat, std::array<double, 2>& field) {
+  field = {flat.X, flat.Y};
+}
+
 inline void FromRecord(const Transform3D& field, vlTransform3D& flat) {
   for (std::size_t i = 0; i < field.A.size(); ++i) flat.A[i / 3][i % 3] = field.A[i];
   for (std::size_t i = 0; i < field.B.size(); ++i) flat.b[i] = field.B[i];
@@ -73,17 +83,21 @@ class DoesNotFit : public std::runtime_error {
   DoesNotFit() : runtime_error("Error converting a configuration.") {}
 };
 
-// When `work` throws DoesNotFit and record R has a name, throws std::runtime_error "Error converting NAME WAY C.".
+// When `work` throws DoesNotFit and record R has words for it, throws std::runtime_error with them: of its own, or
+// "Error converting NAME WAY C.".
 template <class R, class Work>
-void Converting(const char* way, Work&& work) {
-  if constexpr (requires { R::Name; }) {
-    try {
-      work();
-    } catch (const DoesNotFit&) {
-      throw std::runtime_error(std::string("Error converting ") + R::Name + " " + way + " C.");
-    }
-  } else {
+void Converting(std::string_view way, Work&& work) {
+  try {
     work();
+  } catch (const DoesNotFit&) {
+    if constexpr (requires { R::TooMany; }) {
+      throw std::runtime_error(way == "to" ? R::TooMany : R::IllegalNumber);
+    } else if constexpr (requires { R::Name; }) {
+      throw std::runtime_error(std::string("Error converting ").append(R::Name) + " " + std::string(way) +
+                               " C.");
+    } else {
+      throw;
+    }
   }
 }
 
@@ -104,18 +118,63 @@ void ToRecord(const char (&flat)[N], std::string& field) {
   field = flat;
 }
 
-// A list, and the struct { uint32_t Count; ... Items[N]; } that has room for N of its elements.
+// An entry of a map, and the struct of its number and its value.
+template <class Key, class T, class F>
+void FromRecord(const std::pair<const Key, T>& entry, F& flat) {
+  FromRecord(entry.first, flat.Number);
+  FromRecord(entry.second, flat.Value);
+}
+
+// Lists, sets and maps, and the struct { uint32_t Count; ... Items[N]; } that has room for N of their elements.
+template <class Values, class F>
+void FromValues(const Values& values, F& flat) {
+  if (values.size() > std::size(flat.Items)) throw DoesNotFit();
+  flat.Count = static_cast<std::uint32_t>(values.size());
+  auto* item = flat.Items;
+  for (const auto& value : values) FromRecord(value, *item++);
+}
+template <class F>
+auto ItemsOf(const F& flat) {
+  if (flat.Count > std::size(flat.Items)) throw DoesNotFit();
+  return std::span(flat.Items, flat.Count);
+}
 template <class T, class F>
 void FromRecord(const std::vector<T>& field, F& flat) {
-  if (field.size() > std::size(flat.Items)) throw DoesNotFit();
-  flat.Count = static_cast<std::uint32_t>(field.size());
-  for (std::size_t i = 0; i < field.size(); ++i) FromRecord(field[i], flat.Items[i]);
+  FromValues(field, flat);
 }
 template <class T, class F>
 void ToRecord(const F& flat, std::vector<T>& field) {
-  if (flat.Count > std::size(flat.Items)) throw DoesNotFit();
   field.clear();
-  for (std::uint32_t i = 0; i < flat.Count; ++i) ToRecord(flat.Items[i], field.emplace_back(Blank<T>()));
+  for (const auto& item : ItemsOf(flat)) ToRecord(item, field.emplace_back(Blank<T>()));
+}
+template <class T, class F>
+void FromRecord(const std::set<T>& field, F& flat) {
+  FromValues(field, flat);
+}
+template <class T, class F>
+void ToRecord(const F& flat, std::set<T>& field) {
+  field.clear();
+  for (const auto& item : ItemsOf(flat)) {
+    T value = Blank<T>();
+    ToRecord(item, value);
+    field.insert(std::move(value));
+  }
+}
+template <class Key, class T, class F>
+void FromRecord(const std::map<Key, T>& field, F& flat) {
+  FromValues(field, flat);
+}
+// A number that comes twice has no place in the map, either.
+template <class Key, class T, class F>
+void ToRecord(const F& flat, std::map<Key, T>& field) {
+  field.clear();
+  for (const auto& item : ItemsOf(flat)) {
+    Key number = Blank<Key>();
+    ToRecord(item.Number, number);
+    const auto [entry, isNew] = field.try_emplace(std::move(number), Blank<T>());
+    if (!isNew) throw DoesNotFit();
+    ToRecord(item.Value, entry->second);
+  }
 }
 
 template <HasFields R, class F>

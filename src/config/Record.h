@@ -6,10 +6,11 @@
 //   };
 //
 // declares a record of version 2 with two fields, each its type, name and default, in the order in which they
-// travel. Without the base class it is a group of fields that has no version, as a part of records. Its text, its way over the wire (RecordWire.h) and its copy from and to the plain struct of the flat
-// interface (capi/FlatRecord.h) follow from that line. A field that has no namesake in the plain struct does
-// not compile. Each record has a line in Records.cpp. One that has fields which the plain struct may be too small
-// for tells its Name, for the error texts.
+// travel. Without the base class it is a group of fields that has no version, as a part of records. Its text, its way
+// over the wire (RecordWire.h) and its copy from and to the plain struct of the flat interface (capi/FlatRecord.h)
+// follow from that line. A field that has no namesake in the plain struct does not compile. Each record has a line in
+// Records.cpp. One whose lists the plain struct may have no room for tells its Name, or the texts TooMany and
+// IllegalNumber, for the errors.
 #pragma once
 
 #include <cstddef>
@@ -62,7 +63,7 @@ class Record : public IConfigI {
   std::string ToString() const override;  // RecordText.h
 };
 
-// Whether a type is a record, or a group without a version.
+// Whether a type is a record, or a group of fields without a version.
 template <class T>
 concept HasFields = requires {
   T::FieldCount;

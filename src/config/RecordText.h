@@ -47,6 +47,10 @@ class RecordText {
   void Value(const T& value) {
     text_.append("{ ").append(value.ToString()).append(" }");
   }
+  // A group of fields that has a text of its own.
+  template <HasFields T>
+  requires(!IsRecord<T>) && requires(const T& value) { value.ToString(); }
+  void Value(const T& value) { text_ += value.ToString(); }
   // A group without a version stands without braces.
   template <HasFields T>
   void Value(const T& value) {
@@ -66,6 +70,24 @@ class RecordText {
   void Value(const std::vector<T>& values) {
     Elements("[ ", values, " ]");
   }
+  template <class T>
+  void Value(const std::set<T>& values) {
+    Elements("[ ", values, " ]");
+  }
+  template <class Key, class T>
+  void Value(const std::map<Key, T>& values) {
+    Elements("[ ", values, " ]");
+  }
+  template <class Key, class T>
+  void Value(const std::pair<const Key, T>& entry) {
+    Value(entry.first);
+    text_ += "=";
+    Value(entry.second);
+  }
+  template <std::size_t N>
+  void Value(const std::array<double, N>& values) {
+    Elements("{ ", values, " }");
+  }
   template <class Values>
   void Elements(const char* begin, const Values& values, const char* end) {
     text_ += begin;
@@ -84,6 +106,11 @@ class RecordText {
 template <class Derived>
 void WriteFields(const Derived& record, RecordText& text) {
   Derived::ForEachField(record, [&](const char* name, const auto& value) { text.Field(name, value); });
+}
+
+// For the command log.
+inline std::string LogText(const Transform3D& transform) {
+  return RecordText::Of(transform);
 }
 
 template <class Derived, std::int32_t Version>

@@ -2,6 +2,9 @@
 // not trusted: the number and kind of the elements and the values of enumerations are checked.
 #pragma once
 
+#include <bit>
+#include <cstdint>
+#include <map>
 #include <span>
 #include <stdexcept>
 #include <vector>
@@ -41,9 +44,25 @@ struct Element<T> {
   }
 };
 
+// Always as float 64: the packer itself makes integers of whole numbers.
+template <>
+struct Element<double> {
+  static void Pack(auto& packer, double value) {
+    constexpr std::uint32_t Size = 1 + sizeof value;
+    char bytes[Size] = {'\xCB'};
+    const auto bits = std::bit_cast<std::uint64_t>(value);
+    for (std::uint32_t i = 1; i < Size; ++i) bytes[i] = static_cast<char>(bits >> 8 * (Size - 1 - i));
+    packer.pack_bin_body(bytes, Size);
+  }
+  static void Unpack(const msgpack::object& object, double& value) { object.convert(value); }
+};
+
 template <std::size_t N>
 struct Element<std::array<double, N>> {
-  static void Pack(auto& packer, const std::array<double, N>& values) { packer.pack(values); }
+  static void Pack(auto& packer, const std::array<double, N>& values) {
+    packer.pack_array(N);
+    for (const double value : values) Element<double>::Pack(packer, value);
+  }
   static void Unpack(const msgpack::object& object, std::array<double, N>& values) {
     const auto elements = ElementsOf(object, N);
     for (std::size_t i = 0; i < N; ++i) elements[i].convert(values[i]);
@@ -52,7 +71,9 @@ struct Element<std::array<double, N>> {
 
 template <std::size_t N>
 struct Element<Point<N, double>> {
-  static void Pack(auto& packer, const Point<N, double>& point) { packer.pack(point.Coordinates); }
+  static void Pack(auto& packer, const Point<N, double>& point) {
+    Element<std::array<double, N>>::Pack(packer, point.Coordinates);
+  }
   static void Unpack(const msgpack::object& object, Point<N, double>& point) {
     Element<std::array<double, N>>::Unpack(object, point.Coordinates);
   }
@@ -61,7 +82,9 @@ struct Element<Point<N, double>> {
 template <>
 struct Element<Transform3D> {
   static void Pack(auto& packer, const Transform3D& transform) {
-    packer.pack_array(2).pack(transform.A).pack(transform.B);
+    packer.pack_array(2);
+    Element<std::array<double, 9>>::Pack(packer, transform.A);
+    Element<std::array<double, 3>>::Pack(packer, transform.B);
   }
   static void Unpack(const msgpack::object& object, Transform3D& transform) {
     const auto elements = ElementsOf(object, 2);
@@ -80,6 +103,27 @@ struct Element<std::vector<T>> {
     values.clear();
     for (const msgpack::object& element : ElementsOf(object)) {
       Element<T>::Unpack(element, values.emplace_back(Blank<T>()));
+    }
+  }
+};
+
+// A map, in the order of its keys; of a key that comes twice, the last counts.
+template <class Key, class T>
+struct Element<std::map<Key, T>> {
+  static void Pack(auto& packer, const std::map<Key, T>& values) {
+    packer.pack_map(static_cast<std::uint32_t>(values.size()));
+    for (const auto& [key, value] : values) {
+      Element<Key>::Pack(packer, key);
+      Element<T>::Pack(packer, value);
+    }
+  }
+  static void Unpack(const msgpack::object& object, std::map<Key, T>& values) {
+    if (object.type != msgpack::type::MAP) throw msgpack::type_error();
+    values.clear();
+    for (const msgpack::object_kv& entry : std::span(object.via.map.ptr, object.via.map.size)) {
+      Key key = Blank<Key>();
+      Element<Key>::Unpack(entry.key, key);
+      Element<T>::Unpack(entry.val, values.insert_or_assign(std::move(key), Blank<T>()).first->second);
     }
   }
 };

@@ -2,8 +2,11 @@
 // text.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstring>
 #include <functional>
 
+#include "int/CardProcess.h"
 #include "support/FakeCard.h"
 #include "support/Process.h"
 
@@ -42,6 +45,12 @@ vlListExecutionStats stats;
 vlLaserConfig laser{};
 vlSystemConfig systemConfig{};
 std::uint64_t seconds = 0;
+double factor = 0;
+vlTransform3D transform;
+vlProcessVariables variables;
+vlMotfConfig motf;
+vlQuadratureDecoderConfig decoders;
+vlEventConfig events;
 constexpr vlListEventCallback OnEvent = [](std::int32_t, std::int32_t) {};
 constexpr vlErrorEventCallback OnError = [](std::int32_t, std::int32_t, const char*, std::uint32_t) {};
 
@@ -92,6 +101,15 @@ const Function onConnections[] = {
     ENTRY(vlSystemGetCardSerialNumber, buffer, 9U, &number), ENTRY(vlSystemGetOperatingState, &number),
     ENTRY(vlSystemResetOperatingState), ENTRY(vlSystemGetTime, &seconds), ENTRY(vlSystemGetUniversalTime, &seconds),
     ENTRY(vlSystemSetSystemTime, std::uint64_t{1}), ENTRY(vlSystemGetSupportedTimeZones, &number, 1U, &number),
+    ENTRY(vlProcessGetVariables, &variables), ENTRY(vlProcessSetVariables, &variables), ENTRY(vlProcessLoadVariables),
+    ENTRY(vlProcessStoreVariables), ENTRY(vlProcessGetSpeedScale, &factor), ENTRY(vlProcessSetSpeedScale, 1.0),
+    ENTRY(vlProcessGetTransformation, &transform), ENTRY(vlProcessSetTransformation, &transform),
+    ENTRY(vlMotfGetConfig, &motf), ENTRY(vlMotfSetConfig, &motf), ENTRY(vlMotfLoadConfig), ENTRY(vlMotfStoreConfig),
+    ENTRY(vlMotfResetState), ENTRY(vlMotfGetPendingParts, &value), ENTRY(vlGetFactor1xSpeed, &factor), ENTRY(vlSetFactor1xSpeed, 1.0),
+    ENTRY(vlMotfQuadratureDecoderGetConfig, &decoders), ENTRY(vlMotfQuadratureDecoderSetConfig, &decoders),
+    ENTRY(vlMotfQuadratureDecoderLoadConfig), ENTRY(vlMotfQuadratureDecoderStoreConfig),
+    ENTRY(vlMotfQuadratureDecoderResetEncoderPosition, 0), ENTRY(vlMotfQuadratureDecoderReadEncoderPosition, 0, &value),
+    ENTRY(vlEventGetConfig, &events), ENTRY(vlEventSetConfig, &events), ENTRY(vlEventLoadConfig), ENTRY(vlEventStoreConfig),
 };
 // clang-format on
 
@@ -193,6 +211,47 @@ TEST(Frame, ASuccessErasesTheErrorBefore) {
   EXPECT_EQ(vlListAllocate(connection) & 0xFFFFFFFF, 1);
   EXPECT_EQ(vlGetLastErrorLen(), 2);
 }
+
+// clang-format off
+template <class F>
+void ExpectKept(std::int32_t handle, F& set, auto init, auto get, auto put, auto load, auto store) {
+  F fetched{}, defaults{};
+  EXPECT_EQ(init(&defaults) + put(handle, &set) + store(handle) + put(handle, &defaults) + load(handle), 0);
+  EXPECT_EQ(get(handle, &fetched), 0) << LastError();
+  EXPECT_EQ(std::memcmp(&fetched, &set, sizeof set), 0);
+}
+
+TEST(Configuration, IsKeptByTheCardAndRefusedWhenItIsWrong) {
+  const CardProcess card;
+  const Connection connection(card.GetPort());
+  char text[2000];
+  EXPECT_EQ(vlProcessInitVariables(&variables) + vlMotfInitConfig(&motf) + vlEventInitConfig(&events), 0);
+  EXPECT_EQ(vlMotfConfigSetDirectionFromAngle(&motf, -0.0), 0);
+  EXPECT_FALSE(std::signbit(motf.MainDirection.Y) || std::signbit(motf.CompensationDirection.X));
+  EXPECT_EQ(vlMotfConfigSetDirectionFromAngle(&motf, 1.5707963267948966), 0);
+  EXPECT_NEAR(motf.MainDirection.Y - motf.CompensationDirection.X, 2, 1e-15);
+  EXPECT_EQ(vlProcessWobbleSetCircle(&variables.Wobble, 3, 4) + vlProcessWobbleSetEight(&variables.Wobble, 3, 5, 4), 0);
+  EXPECT_EQ(variables.Wobble.Amplitude.Y + variables.Wobble.Frequency.Y + variables.Wobble.Phase.Y, 5 + 8 + 0);
+  variables.OnOffPattern = {2, {1.5, 2.5}};
+  vlMotfQuadratureDecoderInitConfig(&decoders);
+  decoders.Modules = {1, {{4, true, 1, 2, false, true, 3}}};
+  events.EventSettings = {2, {{-1, {true, {2, {-8, 7}}}}, {5, {false, {}}}}};
+#define KEPT(set, prefix, What) ExpectKept(connection, set, prefix##Init##What, prefix##Get##What, prefix##Set##What, prefix##Load##What, prefix##Store##What)
+  KEPT(variables, vlProcess, Variables), KEPT(motf, vlMotf, Config);
+  KEPT(decoders, vlMotfQuadratureDecoder, Config), KEPT(events, vlEvent, Config);
+  variables.OnOffPattern.Count = 65, decoders.Modules.Count = 5, motf.OperatingMode = 2, events.EventSettings.Items[1].Number = -1;
+  const std::pair<std::function<std::int32_t()>, const char*> failures[] = {
+      {[&] { return vlProcessToStringVariables(&variables, text, 2000, &number); }, "Illegal number of OnOffPattern values"},
+      {[&] { return vlMotfToStringConfig(&motf, text, 2000, &number); }, "MotfOperatingMode::_from_integral: invalid argument"},
+      {[&] { return vlMotfQuadratureDecoderToStringConfig(&decoders, text, 2000, &number); }, "Error converting QuadratureDecoderConfig from C."},
+      {[&] { return vlEventSetConfig(connection, &events); }, "Error converting EventConfig from C."},
+  };
+  for (const auto& [call, expected] : failures) {
+    EXPECT_EQ(call(), -1);
+    EXPECT_EQ(LastError(), expected);
+  }
+}
+// clang-format on
 
 TEST(Lists, AreNumberedAndNeverNumberedAgain) {
   FakeCard card(FakeCard::Obliging());

@@ -10,6 +10,7 @@ Card::Card(CardSettings settings, Notifier& clients)
       Configuration(state_),
       System(Configuration),
       Laser(state_),
+      Motf(Configuration.QuadratureDecoder),
       Inputs(runSignal_),
       Variables(runSignal_),
       Lists(Execution),

@@ -8,6 +8,7 @@
 #include "card/CardInputs.h"
 #include "card/CardLaser.h"
 #include "card/CardLists.h"
+#include "card/CardMotf.h"
 #include "card/CardSystem.h"
 #include "card/CardVariables.h"
 #include "card/Notifier.h"
@@ -41,6 +42,7 @@ class Card {
   CardConfiguration Configuration;
   CardSystem System;
   CardLaser Laser;
+  CardMotf Motf;
   CardInputs Inputs;
   CardVariables Variables;
   CardFonts Fonts;

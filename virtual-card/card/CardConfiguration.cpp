@@ -11,8 +11,12 @@ using ClientLib::MutexLock;
 
 CardConfiguration::CardConfiguration(StateDirectory& directory)
     : Laser("LaserConfig", directory),
+      Variables("Variables", directory),
       System("SystemConfig", directory,
-             [](const ClientLib::SystemConfig& config) { FindTimeZone(config.TimeZone); }) {}
+             [](const ClientLib::SystemConfig& config) { FindTimeZone(config.TimeZone); }),
+      Motf("MotfConfig", directory),
+      QuadratureDecoder("QuadratureDecoderConfig", directory),
+      Events("EventConfig", directory) {}
 
 void CardConfiguration::BeginUpdate() {
   const MutexLock lock(mutex_);

@@ -5,7 +5,11 @@
 
 #include "card/KeptRecord.h"
 #include "common/Mutex.h"
+#include "config/EventConfig.h"
 #include "config/LaserConfig.h"
+#include "config/MotfConfig.h"
+#include "config/ProcessVariables.h"
+#include "config/QuadratureDecoderConfig.h"
 #include "config/SystemConfig.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -17,7 +21,11 @@ class CardConfiguration {
   explicit CardConfiguration(StateDirectory& directory);
 
   KeptRecord<ClientLib::LaserConfig> Laser;
+  KeptRecord<ClientLib::ProcessVariables> Variables;
   KeptRecord<ClientLib::SystemConfig> System;
+  KeptRecord<ClientLib::MotfConfig> Motf;
+  KeptRecord<ClientLib::QuadratureDecoderConfig> QuadratureDecoder;
+  KeptRecord<ClientLib::EventConfig> Events;
 
   // Throws std::runtime_error "An update is already active.".
   void BeginUpdate();
@@ -32,7 +40,9 @@ class CardConfiguration {
 
  private:
   // Every record there is: settings of all of them can be grouped.
-  std::vector<UpdateParticipant*> AllRecords() { return {&Laser, &System}; }
+  std::vector<UpdateParticipant*> AllRecords() {
+    return {&Laser, &Variables, &System, &Motf, &QuadratureDecoder, &Events};
+  }
 
   ClientLib::Mutex mutex_;
   bool updating_ KELVO_GUARDED_BY(mutex_) = false;

@@ -57,6 +57,12 @@ class KeptRecord : public UpdateParticipant {
     const ClientLib::MutexLock lock(mutex_);
     (pending_ ? *pending_ : active_) = std::move(record);
   }
+  // The same for a part of it: `change` gets the record to be changed.
+  template <class Change>
+  void Edit(Change&& change) {
+    const ClientLib::MutexLock lock(mutex_);
+    change(pending_ ? *pending_ : active_);
+  }
   // What is stored, or without it the defaults. Throws as StateDirectory::Read, as the check, or std::exception when
   // what is stored is no such record.
   void Load() { Set(Stored()); }

@@ -83,5 +83,8 @@ std::span<const Method> ListMethods();
 std::span<const Method> LaserMethods();
 std::span<const Method> ConfigurationMethods();
 std::span<const Method> FontMethods();
+std::span<const Method> ProcessMethods();
+std::span<const Method> MotfMethods();
+std::span<const Method> EventMethods();
 
 }  // namespace VELTRO::KELVO::VirtualCard
