@@ -86,6 +86,12 @@ void WriteFields(const Derived& record, RecordText& text) {
   Derived::ForEachField(record, [&](const char* name, const auto& value) { text.Field(name, value); });
 }
 
+// For the command log.
+template <class T>
+requires((HasFields<T> && !IsRecord<T>) || std::is_same_v<T, Point3D>) std::string LogText(const T& value) {
+  return RecordText::Of(value);
+}
+
 template <class Derived, std::int32_t Version>
 std::string Record<Derived, Version>::ToString() const {
   RecordText text;

@@ -8,6 +8,7 @@
 #include "card/CardInputs.h"
 #include "card/CardLaser.h"
 #include "card/CardLists.h"
+#include "card/CardScanner.h"
 #include "card/CardVariables.h"
 #include "card/Notifier.h"
 #include "execution/Executor.h"
@@ -43,6 +44,7 @@ class Card {
   CardVariables Variables;
   CardFonts Fonts;
   CardLists Lists;
+  CardScanner Scanner;
   Executor Execution;  // the last, so that no run outlives what it acts upon
 };
 

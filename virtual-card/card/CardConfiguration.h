@@ -6,6 +6,7 @@
 #include "card/KeptRecord.h"
 #include "common/Mutex.h"
 #include "config/LaserConfig.h"
+#include "config/ScannerConfig.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -13,9 +14,11 @@ namespace VELTRO::KELVO::VirtualCard {
 class CardConfiguration {
  public:
   // What is stored becomes active. Throws as KeptRecord does.
-  explicit CardConfiguration(StateDirectory& directory) : Laser("LaserConfig", directory) {}
+  explicit CardConfiguration(StateDirectory& directory)
+      : Laser("LaserConfig", directory), Scanner("ScannerConfig", directory) {}
 
   KeptRecord<ClientLib::LaserConfig> Laser;
+  KeptRecord<ClientLib::ScannerConfig> Scanner;
 
   // Throws std::runtime_error "An update is already active.".
   void BeginUpdate();
@@ -25,7 +28,7 @@ class CardConfiguration {
 
  private:
   // Every record there is: settings of all of them can be grouped.
-  std::vector<UpdateParticipant*> AllRecords() { return {&Laser}; }
+  std::vector<UpdateParticipant*> AllRecords() { return {&Laser, &Scanner}; }
 
   ClientLib::Mutex mutex_;
   bool updating_ KELVO_GUARDED_BY(mutex_) = false;
