@@ -40,6 +40,11 @@ std::int32_t value = 0;
 bool flag = false;
 char buffer[9];
 vlListExecutionStats stats;
+vlScannerConfig scanner;
+vlScannerPositions positions;
+vlPoint3D point;
+double coordinate = 0;
+std::uint8_t byte = 0;
 constexpr vlListEventCallback OnEvent = [](std::int32_t, std::int32_t) {};
 constexpr vlErrorEventCallback OnError = [](std::int32_t, std::int32_t, const char*, std::uint32_t) {};
 
@@ -74,6 +79,12 @@ const Function onConnections[] = {
     ENTRY(vlListRegisterErrorEventCallback, OnError, &number), ENTRY(vlListUnRegisterProgressCallback, 2U),
     ENTRY(vlListUnRegisterListDoneCallback, 2U), ENTRY(vlListUnRegisterListIdleCallback, 2U),
     ENTRY(vlListUnRegisterErrorEventCallback, 2U), ENTRY(vlListClearPendingEvents),
+    ENTRY(vlScannerGetConfig, &scanner), ENTRY(vlScannerSetConfig, &scanner), ENTRY(vlScannerLoadConfig), ENTRY(vlScannerStoreConfig),
+    ENTRY(vlScannerGetNominalPosition, &coordinate, &coordinate, &coordinate), ENTRY(vlScannerReadPositions, &positions),
+    ENTRY(vlScannerReadLastPositions, &positions), ENTRY(vlScannerGetHeadBias, 0U, &point), ENTRY(vlScannerSetHeadBias, 0U, 1U, &coordinate, 1U),
+    ENTRY(vlScannerCommunicationTransmitVeltro, 0U, 1U, &byte, 1U, 9U), ENTRY(vlScannerCommunicationTransceiveVeltro, 0U, 1U, &byte, 1U, &byte, 1U, &number, 9U),
+    ENTRY(vlScannerCommunicationTransmitEnhanced, 0U, 1U, &number, 1U, 9U), ENTRY(vlScannerCommunicationReceiveEnhanced, 0U, 1U, &number, 1U, &number, 9U),
+    ENTRY(vlScannerCommunicationTransceiveEnhanced, 0U, 1U, &number, 1U, &number, 1U, &number, 9U),
 };
 // clang-format on
 
