@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <sstream>
-#include <tuple>
 
 #include "support/FakeCard.h"
 #include "support/Process.h"
@@ -39,11 +37,12 @@ std::uint16_t character = 0;
 std::int32_t value = 0;
 bool flag = false;
 char buffer[9];
+double scale = 0;
 vlListExecutionStats stats;
+vlLaserConfig laser{};
 vlScannerConfig scanner;
 vlScannerPositions positions;
 vlPoint3D point;
-double coordinate = 0;
 std::uint8_t byte = 0;
 constexpr vlListEventCallback OnEvent = [](std::int32_t, std::int32_t) {};
 constexpr vlErrorEventCallback OnError = [](std::int32_t, std::int32_t, const char*, std::uint32_t) {};
@@ -79,9 +78,18 @@ const Function onConnections[] = {
     ENTRY(vlListRegisterErrorEventCallback, OnError, &number), ENTRY(vlListUnRegisterProgressCallback, 2U),
     ENTRY(vlListUnRegisterListDoneCallback, 2U), ENTRY(vlListUnRegisterListIdleCallback, 2U),
     ENTRY(vlListUnRegisterErrorEventCallback, 2U), ENTRY(vlListClearPendingEvents),
+    ENTRY(vlConfigurationBeginUpdate), ENTRY(vlConfigurationEndUpdate), ENTRY(vlConfigurationAbortUpdate),
+    ENTRY(vlConfigurationIsUpdateActive, &flag), ENTRY(vlLaserGetConfig, &laser), ENTRY(vlLaserSetConfig, &laser),
+    ENTRY(vlLaserLoadConfig), ENTRY(vlLaserStoreConfig), ENTRY(vlLaserLaserOn), ENTRY(vlLaserLaserOff),
+    ENTRY(vlLaserIsPilotEnabled, &flag), ENTRY(vlLaserEnablePilot, 1U), ENTRY(vlLaserIsLaserArmed, &flag),
+    ENTRY(vlLaserArmLaser, 1U), ENTRY(vlLaserReadLaserStatus, &number), ENTRY(vlLaserGetPowerScale, 0U, &scale),
+    ENTRY(vlLaserSetPowerScale, 0U, 1.0), ENTRY(vlLaserCreatePowerCalibration, 0U),
+    ENTRY(vlLaserLoadPowerCalibration, 0U), ENTRY(vlLaserStorePowerCalibration, 0U),
+    ENTRY(vlLaserGetPowerCalibration, 0U, &number, 1U, &number), ENTRY(vlLaserSetPowerCalibration, 0U, &number, 1),
+    ENTRY(vlLaserPowerCalibrationGet, 0U, "/tmp/never"), ENTRY(vlLaserPowerCalibrationSet, 0U, "/tmp/never"),
     ENTRY(vlScannerGetConfig, &scanner), ENTRY(vlScannerSetConfig, &scanner), ENTRY(vlScannerLoadConfig), ENTRY(vlScannerStoreConfig),
-    ENTRY(vlScannerGetNominalPosition, &coordinate, &coordinate, &coordinate), ENTRY(vlScannerReadPositions, &positions),
-    ENTRY(vlScannerReadLastPositions, &positions), ENTRY(vlScannerGetHeadBias, 0U, &point), ENTRY(vlScannerSetHeadBias, 0U, 1U, &coordinate, 1U),
+    ENTRY(vlScannerGetNominalPosition, &scale, &scale, &scale), ENTRY(vlScannerReadPositions, &positions),
+    ENTRY(vlScannerReadLastPositions, &positions), ENTRY(vlScannerGetHeadBias, 0U, &point), ENTRY(vlScannerSetHeadBias, 0U, 1U, &scale, 1U),
     ENTRY(vlScannerCommunicationTransmitVeltro, 0U, 1U, &byte, 1U, 9U), ENTRY(vlScannerCommunicationTransceiveVeltro, 0U, 1U, &byte, 1U, &byte, 1U, &number, 9U),
     ENTRY(vlScannerCommunicationTransmitEnhanced, 0U, 1U, &number, 1U, 9U), ENTRY(vlScannerCommunicationReceiveEnhanced, 0U, 1U, &number, 1U, &number, 9U),
     ENTRY(vlScannerCommunicationTransceiveEnhanced, 0U, 1U, &number, 1U, &number, 1U, &number, 9U),
@@ -158,6 +166,13 @@ TEST(Frame, RefusesNullPointers) {
       ENTRY(vlListWaitForProgress, nullptr, 0),
       ENTRY(vlListRegisterProgressCallback, nullptr, &number),
       ENTRY(vlListRegisterErrorEventCallback, OnError, nullptr),
+      // clang-format off
+      ENTRY(vlConfigurationIsUpdateActive, nullptr), ENTRY(vlLaserGetConfig, nullptr), ENTRY(vlLaserSetConfig, nullptr),
+      ENTRY(vlLaserReadLaserStatus, nullptr), ENTRY(vlLaserGetPowerCalibration, 0U, nullptr, 1U, &number),
+      ENTRY(vlLaserSetPowerCalibration, 0U, nullptr, 1), ENTRY(vlLaserPowerCalibrationSet, 0U, nullptr),
+      {"vlLaserInitConfig", [](std::int32_t) { return vlLaserInitConfig(nullptr); }},
+      {"vlLaserToStringConfig", [](std::int32_t) { return vlLaserToStringConfig(nullptr, buffer, 9, &number); }},
+      // clang-format on
       FONT_ENTRY(vlFontChars, nullptr, 1U, &number),
       FONT_ENTRY(vlFontChars, &character, 1U, nullptr),
       FONT_ENTRY(vlFontCharsLen, nullptr),
@@ -176,35 +191,6 @@ TEST(Frame, ASuccessErasesTheErrorBefore) {
   EXPECT_EQ(vlGetLastErrorLen(), 15 + 2);
   EXPECT_EQ(vlListAllocate(connection) & 0xFFFFFFFF, 1);
   EXPECT_EQ(vlGetLastErrorLen(), 2);
-}
-
-TEST(Lists, AskTheCardInItsWords) {
-  std::string asked;
-  FakeCard card(FakeCard::Answering([&](const Request& request) {
-    std::ostringstream text;
-    text << request.Method << request.Arguments.get();
-    asked = text.str();
-    return Response(request.Id, 7);
-  }));
-  Connection connection(card.Port());
-  const std::tuple<std::function<std::int32_t()>, const char*, bool> calls[] = {
-      {[&] { return vlListLoad(connection, 3); }, "LoadList[3]", false},
-      {[&] { return vlListStore(connection, 3); }, "StoreList[3]", false},
-      {[&] { return vlListDelete(connection, 3, true); }, "DeleteList[3,true]", false},
-      {[&] { return vlListExecute(connection, 3); }, "ExecuteList[3]", false},
-      {[&] { return vlListAbortExecution(connection); }, "AbortExecution[]", false},
-      {[&] { return vlListResetExecution(connection); }, "ResetExecution[]", false},
-      {[&] { return vlListGetListStatus(connection, 3, &value); }, "GetListStatus[3]", true},
-      {[&] { return vlListGetListCaret(connection, 3, &value); }, "GetListCaret[3]", true},
-      {[&] { return vlListSetExecutionLimit(connection, -3); }, "SetExecutionLimit[-3]", false},
-      {[&] { return vlListGetExecutionLimit(connection, &value); }, "GetExecutionLimit[]", true},
-  };
-  for (const auto& [call, expected, hasValue] : calls) {
-    value = 0;
-    EXPECT_EQ(call(), 0) << LastError();
-    EXPECT_EQ(asked, expected);
-    EXPECT_EQ(value, hasValue ? 7 : 0) << expected;
-  }
 }
 
 TEST(Lists, AreNumberedAndNeverNumberedAgain) {

@@ -1,0 +1,173 @@
+// What exported functions ask the card, and what they make of its answers.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <sstream>
+#include <tuple>
+#include <vector>
+
+#include "int/CardProcess.h"
+#include "support/FakeCard.h"
+#include "support/Process.h"
+
+namespace VELTRO::KELVO::Test {
+namespace {
+
+std::string Packed(const auto& object) {
+  msgpack::sbuffer bytes;
+  msgpack::pack(bytes, object);
+  return {bytes.data(), bytes.size()};
+}
+
+// A card that keeps what it was asked latest and always gives the same answer, nil at first.
+struct AskedCard {
+  std::string Asked, Arguments, Answer = "\xC0";  // "Method[arguments]", and the arguments packed
+  FakeCard Card{FakeCard::Answering([this](const Request& request) {
+    std::ostringstream text;
+    text << request.Method << request.Arguments.get();
+    Asked = text.str();
+    Arguments = Packed(request.Arguments.get());
+    return Frame(0x01, Packed(request.Id) + Answer);
+  })};
+  Connection Handle{Card.Port()};
+};
+
+struct TemporaryDirectory {
+  TemporaryDirectory() { EXPECT_NE(mkdtemp(Path.data()), nullptr); }
+  ~TemporaryDirectory() { std::filesystem::remove_all(Path); }
+  std::string Path = "/tmp/kelvo-test-XXXXXX";
+};
+
+// Other than that these are defaults.
+auto LaserRecord(int version, int polarity, bool last) {
+  return std::make_tuple(version, polarity, 0, 0, 0., 0., 0., 0., 0., 0., 0., 0., 1., 2., 1, 0, 2, 0, false,
+                         0., 0., false, false, false, false, false, false, false, false, last);
+}
+
+// As many a line as fit.
+// clang-format off
+TEST(Calls, AskTheCardInItsWords) {
+  AskedCard card;
+  const std::int32_t c = card.Handle;
+  bool flag = false;
+  double scale = 0;
+  std::int32_t i = 0;
+  std::uint32_t n = 0, two[] = {1, 4294967295};
+  vlLaserConfig laser{}, wrong{};
+  wrong.HotPowerTarget = 7;
+#define CALL(call) [&]() -> double { return call; }
+  const struct {
+    std::function<double()> call;
+    const char* asked;
+    double expected = 0;  // the result and the output, added
+    std::string answer = "\xC0";
+    const char* error = "";
+  } cases[] = {
+      {CALL(vlListLoad(c, 3)), "LoadList[3]"}, {CALL(vlListStore(c, 3)), "StoreList[3]"},
+      {CALL(vlListDelete(c, 3, true)), "DeleteList[3,true]"}, {CALL(vlListExecute(c, 3)), "ExecuteList[3]"},
+      {CALL(vlListAbortExecution(c)), "AbortExecution[]"}, {CALL(vlListResetExecution(c)), "ResetExecution[]"},
+      {CALL(vlListGetListStatus(c, 3, &i) + i), "GetListStatus[3]", 7, "\7"},
+      {CALL(vlListGetListCaret(c, 3, &i) + i), "GetListCaret[3]", 7, "\7"},
+      {CALL(vlListSetExecutionLimit(c, -3)), "SetExecutionLimit[-3]"},
+      {CALL(vlListGetExecutionLimit(c, &i) + i), "GetExecutionLimit[]", 7, "\7"},
+      {CALL(vlConfigurationBeginUpdate(c)), "BeginUpdate[]"}, {CALL(vlConfigurationEndUpdate(c)), "EndUpdate[]"},
+      {CALL(vlConfigurationAbortUpdate(c)), "AbortUpdate[]"},
+      {CALL(vlConfigurationIsUpdateActive(c, &flag) + flag), "IsUpdateActive[]", 1, "\xC3"},
+      {CALL(vlLaserLoadConfig(c)), "LoadLaserConfig[]"}, {CALL(vlLaserStoreConfig(c)), "StoreLaserConfig[]"},
+      {CALL(vlLaserLaserOn(c)), "LaserOn[]"}, {CALL(vlLaserLaserOff(c)), "LaserOff[]"},
+      {CALL(vlLaserEnablePilot(c, 256)), "EnablePilot[true]"}, {CALL(vlLaserArmLaser(c, 0)), "ArmLaser[false]"},
+      {CALL(vlLaserIsPilotEnabled(c, &flag) + flag), "IsPilotEnabled[]", 0, "\xC2"},
+      {CALL(vlLaserIsLaserArmed(c, &flag) + flag), "IsLaserArmed[]", 1, "\xC3"},
+      {CALL(vlLaserReadLaserStatus(c, &n) + n), "ReadLaserStatus[]", 7, "\7"},
+      {CALL(vlLaserSetPowerScale(c, 2, 0.5)), "SetPowerScaleByTarget[2,0.5]"},
+      {CALL(vlLaserGetPowerScale(c, 2, &scale) + scale), "GetPowerScaleByTarget[2]", 2.5, Packed(2.5)},
+      {CALL(vlLaserCreatePowerCalibration(c, 1)), "CreatePowerCalibrationByEngine[1]"},
+      {CALL(vlLaserLoadPowerCalibration(c, 1)), "LoadPowerCalibrationByEngine[1]"},
+      {CALL(vlLaserStorePowerCalibration(c, 1)), "StorePowerCalibrationByEngine[1]"},
+      {CALL(vlLaserSetPowerCalibration(c, 1, two, 2)), "SetPowerCalibrationByEngine[[1,4294967295],1]"},
+      {CALL(vlLaserSetPowerCalibration(c, 1, two, -1)), "", -1, "", "The count must not be negative."},
+      {CALL(vlLaserGetPowerCalibration(c, 1, two, 2, &n) + n + two[1]), "GetPowerCalibrationByEngine[1]", 11, "\x92\x08\x09"},
+      {CALL(vlLaserGetPowerCalibration(c, 1, two, 2, &n)), "GetPowerCalibrationByEngine[1]", -1, "\x93\7\7\7", "Buffer is too small"},
+      {CALL(vlLaserGetConfig(c, &laser) + laser.ConfigVersion), "GetLaserConfig[]", 7, Packed(LaserRecord(7, 1, true))},
+      {CALL(vlLaserGetConfig(c, &laser)), "GetLaserConfig[]", -1, Packed(LaserRecord(9, 0, false)),
+       "The Version of the supplied config is newer than the newest supported version."},
+      {CALL(vlLaserGetConfig(c, &laser)), "GetLaserConfig[]", -1, Packed(LaserRecord(8, 2, false)), "Polarity::_from_integral: invalid argument"},
+      {CALL(vlLaserGetConfig(c, &laser)), "GetLaserConfig[]", -1, "\x91\x08", "std::bad_cast"},
+      {CALL(vlLaserSetConfig(c, &wrong)), "", -1, "", "PowerTarget::_from_integral: invalid argument"},
+  };
+  for (const auto& [call, asked, expected, answer, error] : cases) {
+    card.Asked = "";
+    card.Answer = answer;
+    EXPECT_EQ(call(), expected) << asked;
+    EXPECT_EQ(LastError(), error);
+    EXPECT_EQ(card.Asked, asked);
+  }
+  EXPECT_TRUE(laser.FpsPolarity == 1 && laser.EnableEquallySpacedPulses) << "a failing get changed it";
+}
+
+TEST(Laser, TakesCalibrationFiles) {
+  AskedCard card;
+  const TemporaryDirectory directory;
+  const std::string path = directory.Path + "/table";
+  // A file, and the values that are sent; null when it is refused.
+  const std::pair<const char*, const char*> files[] = {
+      {"10;20\n30", "[10,20,30]"}, {"1\r\n 2 ;\t3\r\n\r\n;;4\n", "[1,2,3,4]"}, {"", "[]"}, {"4294967295", "[4294967295]"},
+      {"4294967296\n", nullptr}, {"1\n-1\n", nullptr}, {"1;1.5", nullptr}, {"1 2", nullptr}, {"0x1", nullptr},
+  };
+  for (const auto& [content, values] : files) {
+    std::ofstream(path) << content;
+    card.Asked = "";
+    EXPECT_EQ(vlLaserPowerCalibrationSet(card.Handle, 1, path.c_str()), values ? 0 : -1) << content;
+    EXPECT_EQ(LastError(), values ? "" : "Illegal format!") << content;
+    EXPECT_EQ(card.Asked, values ? std::string("SetPowerCalibrationByEngine[") + values + ",1]" : "");
+  }
+  const std::vector<std::uint32_t> many(1000000, 4294967295);
+  card.Answer = Packed(many);
+  EXPECT_EQ(vlLaserPowerCalibrationGet(card.Handle, 1, path.c_str()), 0) << LastError();
+  EXPECT_EQ(vlLaserPowerCalibrationSet(card.Handle, 1, path.c_str()), 0) << LastError();
+  EXPECT_TRUE(card.Arguments == Packed(std::make_tuple(many, 1)));
+}
+// clang-format on
+
+TEST(Laser, HasDefaultsOnTheWireAndAsText) {
+  AskedCard card;
+  vlLaserConfig config{};
+  char text[1000] = "";
+  std::uint32_t length = 0;
+  ASSERT_EQ(vlLaserInitConfig(&config) + vlLaserSetConfig(card.Handle, &config), 0);
+  EXPECT_TRUE(card.Arguments == Packed(std::make_tuple(LaserRecord(8, 0, false)))) << card.Asked;
+  ASSERT_EQ(vlLaserToStringConfig(&config, text, 1000, &length), 0);
+  EXPECT_TRUE(std::string(text).starts_with("FpsPolarity=ActiveHigh, GatePolarity=ActiveHigh, LMPolarity="));
+  EXPECT_TRUE(std::string(text).ends_with(", EnableEquallySpacedPulses=false, ConfigVersion=8"));
+  EXPECT_EQ(vlLaserToStringConfig(&config, text, length + 2, &length), 0);
+  EXPECT_EQ(vlLaserToStringConfig(&config, text, length + 1, &length), -1);
+  EXPECT_EQ(LastError(), "Buffer is too small.");
+}
+
+TEST(VirtualCard, KeepsWhatIsStored) {
+  const TemporaryDirectory directory;
+  vlLaserConfig config{};
+  const auto fpsStart = [&](std::int32_t card) { return vlLaserGetConfig(card, &config) + config.FpsStart; };
+  std::uint32_t table[] = {7, 9}, count = 0;
+  for (const double stored : {0., 1.}) {
+    const CardProcess process({"--state", directory.Path});
+    Connection card(process.GetPort());
+    EXPECT_EQ(vlLaserLoadPowerCalibration(card, 1), 0);
+    EXPECT_EQ(vlLaserGetPowerCalibration(card, 1, table, 2, &count) + count, 2 * stored);
+    // The settings of a group that is dropped, and of one that is not.
+    for (const bool keep : {false, true}) {
+      EXPECT_EQ(fpsStart(card), stored);
+      config.FpsStart = 1;
+      EXPECT_EQ(vlConfigurationBeginUpdate(card) + vlLaserSetConfig(card, &config) + fpsStart(card), stored);
+      EXPECT_EQ(keep ? vlConfigurationEndUpdate(card) : vlConfigurationAbortUpdate(card), 0);
+    }
+    EXPECT_EQ(fpsStart(card), 1);
+    EXPECT_EQ(vlLaserStoreConfig(card) + vlLaserSetPowerCalibration(card, 1, table, 2), 0);
+    EXPECT_EQ(vlLaserStorePowerCalibration(card, 1), 0);
+  }
+}
+
+}  // namespace
+}  // namespace VELTRO::KELVO::Test
