@@ -1,19 +1,15 @@
 #include "config/RecordText.h"
 
+#include "common/NumberText.h"
+
 namespace VELTRO::KELVO::ClientLib {
 
 void RecordText::Value(double value) {
-  constexpr int StreamPrecision = 6;
-  char digits[32];
-  text_.append(
-      digits,
-      std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general, StreamPrecision).ptr);
+  AppendNumber(text_, value);
 }
 
 void RecordText::Value(const Transform3D& transform) {
-  text_ += "{ ";
-  Elements("( ", transform.A, " ), ");
-  Elements("( ", transform.B, " ) }");
+  text_.append("{ ").append(transform.ToString()).append(" }");
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -109,8 +109,10 @@ void WriteFields(const Derived& record, RecordText& text) {
 }
 
 // For the command log.
-inline std::string LogText(const Transform3D& transform) {
-  return RecordText::Of(transform);
+template <class T>
+requires((HasFields<T> && !IsRecord<T>) || std::is_same_v<T, Point3D> ||
+         std::is_same_v<T, Transform3D>) std::string LogText(const T& value) {
+  return RecordText::Of(value);
 }
 
 template <class Derived, std::int32_t Version>

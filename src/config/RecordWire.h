@@ -186,7 +186,7 @@ MSGPACK_API_VERSION_NAMESPACE(MSGPACK_DEFAULT_API_NS) {
 
   template <class T>
   concept KelvoElement =
-      VELTRO::KELVO::ClientLib::IsRecord<T> || std::is_same_v<T, VELTRO::KELVO::ClientLib::Transform3D> ||
+      VELTRO::KELVO::ClientLib::HasFields<T> || std::is_same_v<T, VELTRO::KELVO::ClientLib::Transform3D> ||
       std::is_same_v<T, VELTRO::KELVO::ClientLib::Point3D>;
 
   template <KelvoElement T>

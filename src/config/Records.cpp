@@ -5,6 +5,7 @@
 #include "config/ProcessVariables.h"
 #include "config/QuadratureDecoderConfig.h"
 #include "config/RecordText.h"
+#include "config/ScannerConfig.h"
 #include "config/ScannerMonitoringConfig.h"
 #include "config/SystemConfig.h"
 
@@ -19,6 +20,8 @@ template class Record<MotfConfig, 9>;
 template class Record<QuadratureDecoderModule, 4>;
 template class Record<QuadratureDecoderConfig, 4>;
 template class Record<EventConfig, 1>;
+template class Record<ScanHeadConfig, 10>;
+template class Record<ScannerConfig, 12>;
 template class Record<ScannerMonitoringConfig, 2>;
 template class Record<SystemConfig, 5>;
 

@@ -51,6 +51,10 @@ vlProcessVariables variables;
 vlMotfConfig motf;
 vlQuadratureDecoderConfig decoders;
 vlEventConfig events;
+vlScannerConfig scanner;
+vlScannerPositions positions;
+vlPoint3D point;
+std::uint8_t byte = 0;
 constexpr vlListEventCallback OnEvent = [](std::int32_t, std::int32_t) {};
 constexpr vlErrorEventCallback OnError = [](std::int32_t, std::int32_t, const char*, std::uint32_t) {};
 
@@ -110,6 +114,12 @@ const Function onConnections[] = {
     ENTRY(vlMotfQuadratureDecoderLoadConfig), ENTRY(vlMotfQuadratureDecoderStoreConfig),
     ENTRY(vlMotfQuadratureDecoderResetEncoderPosition, 0), ENTRY(vlMotfQuadratureDecoderReadEncoderPosition, 0, &value),
     ENTRY(vlEventGetConfig, &events), ENTRY(vlEventSetConfig, &events), ENTRY(vlEventLoadConfig), ENTRY(vlEventStoreConfig),
+    ENTRY(vlScannerGetConfig, &scanner), ENTRY(vlScannerSetConfig, &scanner), ENTRY(vlScannerLoadConfig), ENTRY(vlScannerStoreConfig),
+    ENTRY(vlScannerGetNominalPosition, &scale, &scale, &scale), ENTRY(vlScannerReadPositions, &positions),
+    ENTRY(vlScannerReadLastPositions, &positions), ENTRY(vlScannerGetHeadBias, 0U, &point), ENTRY(vlScannerSetHeadBias, 0U, 1U, &scale, 1U),
+    ENTRY(vlScannerCommunicationTransmitVeltro, 0U, 1U, &byte, 1U, 9U), ENTRY(vlScannerCommunicationTransceiveVeltro, 0U, 1U, &byte, 1U, &byte, 1U, &number, 9U),
+    ENTRY(vlScannerCommunicationTransmitEnhanced, 0U, 1U, &number, 1U, 9U), ENTRY(vlScannerCommunicationReceiveEnhanced, 0U, 1U, &number, 1U, &number, 9U),
+    ENTRY(vlScannerCommunicationTransceiveEnhanced, 0U, 1U, &number, 1U, &number, 1U, &number, 9U),
 };
 // clang-format on
 

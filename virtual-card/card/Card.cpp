@@ -14,6 +14,7 @@ Card::Card(CardSettings settings, Notifier& clients)
       Inputs(runSignal_),
       Variables(runSignal_),
       Lists(Execution),
+      Scanner(Configuration, Execution),
       Execution(std::move(settings.Execution), {clients, runSignal_, Inputs, Variables, Lists, Fonts}) {}
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -9,6 +9,7 @@
 #include "card/CardLaser.h"
 #include "card/CardLists.h"
 #include "card/CardMotf.h"
+#include "card/CardScanner.h"
 #include "card/CardSystem.h"
 #include "card/CardVariables.h"
 #include "card/Notifier.h"
@@ -47,6 +48,7 @@ class Card {
   CardVariables Variables;
   CardFonts Fonts;
   CardLists Lists;
+  CardScanner Scanner;
   Executor Execution;  // the last, so that no run outlives what it acts upon
 };
 

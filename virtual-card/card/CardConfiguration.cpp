@@ -11,6 +11,7 @@ using ClientLib::MutexLock;
 
 CardConfiguration::CardConfiguration(StateDirectory& directory)
     : Laser("LaserConfig", directory),
+      Scanner("ScannerConfig", directory),
       Variables("Variables", directory),
       System("SystemConfig", directory,
              [](const ClientLib::SystemConfig& config) { FindTimeZone(config.TimeZone); }),

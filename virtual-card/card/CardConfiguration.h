@@ -10,6 +10,7 @@
 #include "config/MotfConfig.h"
 #include "config/ProcessVariables.h"
 #include "config/QuadratureDecoderConfig.h"
+#include "config/ScannerConfig.h"
 #include "config/SystemConfig.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -21,6 +22,7 @@ class CardConfiguration {
   explicit CardConfiguration(StateDirectory& directory);
 
   KeptRecord<ClientLib::LaserConfig> Laser;
+  KeptRecord<ClientLib::ScannerConfig> Scanner;
   KeptRecord<ClientLib::ProcessVariables> Variables;
   KeptRecord<ClientLib::SystemConfig> System;
   KeptRecord<ClientLib::MotfConfig> Motf;
@@ -41,7 +43,7 @@ class CardConfiguration {
  private:
   // Every record there is: settings of all of them can be grouped.
   std::vector<UpdateParticipant*> AllRecords() {
-    return {&Laser, &Variables, &System, &Motf, &QuadratureDecoder, &Events};
+    return {&Laser, &Scanner, &Variables, &System, &Motf, &QuadratureDecoder, &Events};
   }
 
   ClientLib::Mutex mutex_;

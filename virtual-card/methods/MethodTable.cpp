@@ -12,7 +12,8 @@ const Table& AllMethods() {
   static const Table table = [] {
     Table all;
     for (const auto area : {CardMethods(), ListMethods(), FontMethods(), LaserMethods(),
-                            ConfigurationMethods(), ProcessMethods(), MotfMethods(), EventMethods()}) {
+                            ConfigurationMethods(), ScannerMethods(), ProcessMethods(), MotfMethods(),
+                            EventMethods()}) {
       for (const Method& method : area) all.emplace(method.GetName(), &method);
     }
     return all;

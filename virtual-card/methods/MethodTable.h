@@ -82,6 +82,7 @@ std::span<const Method> CardMethods();
 std::span<const Method> ListMethods();
 std::span<const Method> LaserMethods();
 std::span<const Method> ConfigurationMethods();
+std::span<const Method> ScannerMethods();
 std::span<const Method> FontMethods();
 std::span<const Method> ProcessMethods();
 std::span<const Method> MotfMethods();
