@@ -9,7 +9,7 @@
 #include "common/Point.h"
 #include "common/Transform3D.h"
 #include "config/Record.h"
-#include "rpc/MsgPack.h"
+#include "rpc/PackDouble.h"
 
 namespace VELTRO::KELVO::ClientLib::RecordWire {
 
@@ -32,6 +32,12 @@ struct Element {
   static void Unpack(const msgpack::object& object, T& value) { object.convert(value); }
 };
 
+template <>
+struct Element<double> {
+  static void Pack(auto& packer, double value) { PackDouble(packer, value); }
+  static void Unpack(const msgpack::object& object, double& value) { object.convert(value); }
+};
+
 template <class T>
 requires IsReflectiveEnum<T>
 struct Element<T> {
@@ -43,7 +49,10 @@ struct Element<T> {
 
 template <std::size_t N>
 struct Element<std::array<double, N>> {
-  static void Pack(auto& packer, const std::array<double, N>& values) { packer.pack(values); }
+  static void Pack(auto& packer, const std::array<double, N>& values) {
+    packer.pack_array(N);
+    for (const double value : values) PackDouble(packer, value);
+  }
   static void Unpack(const msgpack::object& object, std::array<double, N>& values) {
     const auto elements = ElementsOf(object, N);
     for (std::size_t i = 0; i < N; ++i) elements[i].convert(values[i]);
@@ -52,7 +61,9 @@ struct Element<std::array<double, N>> {
 
 template <std::size_t N>
 struct Element<Point<N, double>> {
-  static void Pack(auto& packer, const Point<N, double>& point) { packer.pack(point.Coordinates); }
+  static void Pack(auto& packer, const Point<N, double>& point) {
+    Element<std::array<double, N>>::Pack(packer, point.Coordinates);
+  }
   static void Unpack(const msgpack::object& object, Point<N, double>& point) {
     Element<std::array<double, N>>::Unpack(object, point.Coordinates);
   }
@@ -61,7 +72,9 @@ struct Element<Point<N, double>> {
 template <>
 struct Element<Transform3D> {
   static void Pack(auto& packer, const Transform3D& transform) {
-    packer.pack_array(2).pack(transform.A).pack(transform.B);
+    packer.pack_array(2);
+    Element<std::array<double, 9>>::Pack(packer, transform.A);
+    Element<std::array<double, 3>>::Pack(packer, transform.B);
   }
   static void Unpack(const msgpack::object& object, Transform3D& transform) {
     const auto elements = ElementsOf(object, 2);

@@ -56,6 +56,10 @@ TEST(Calls, AskTheCardInItsWords) {
   std::int32_t i = 0;
   std::uint32_t n = 0, two[] = {1, 4294967295};
   vlLaserConfig laser{}, wrong{};
+  vlScannerPositions positions{};
+  vlPoint3D p{};
+  const double biases[] = {0.5, 1.5};
+  std::uint8_t byte = 1;
   wrong.HotPowerTarget = 7;
 #define CALL(call) [&]() -> double { return call; }
   const struct {
@@ -96,6 +100,19 @@ TEST(Calls, AskTheCardInItsWords) {
       {CALL(vlLaserGetConfig(c, &laser)), "GetLaserConfig[]", -1, Packed(LaserRecord(8, 2, false)), "Polarity::_from_integral: invalid argument"},
       {CALL(vlLaserGetConfig(c, &laser)), "GetLaserConfig[]", -1, "\x91\x08", "std::bad_cast"},
       {CALL(vlLaserSetConfig(c, &wrong)), "", -1, "", "PowerTarget::_from_integral: invalid argument"},
+      {CALL(vlScannerLoadConfig(c)), "LoadScannerConfig[]"}, {CALL(vlScannerStoreConfig(c)), "StoreScannerConfig[]"},
+      {CALL(vlScannerGetNominalPosition(c, &p.X, &p.Y, &p.Z) + p.X + 2 * p.Y + 4 * p.Z), "GetNominalPosition[]", 17, "\x93\1\2\3"},
+      {CALL(vlScannerReadPositions(c, &positions) + positions.Heads.Items[1].Items[1]), "ReadPositions[]", 4, "\x91\x92\x91\1\x92\3\4"},
+      {CALL(vlScannerReadLastPositions(c, &positions) + positions.Heads.Count), "ReadLastPositions[]", 1, "\x91\x93\x90\x90\x90", "Error converting ScannerPositions to C."},
+      {CALL(vlScannerReadPositions(c, nullptr)), "", -1, "", "Out parameter must not be null"},
+      {CALL(vlScannerGetHeadBias(c, 1, &p) + p.X + 2 * p.Y + 4 * p.Z), "GetHeadBias[1]", 17, "\x93\1\2\3"},
+      {CALL(vlScannerSetHeadBias(c, 1, 34, biases, 2)), "SetHeadBias[1,34,[0.5,1.5]]"},
+      {CALL(vlScannerCommunicationTransmitVeltro(c, 1, 6, &byte, 1, 9)), "", -1, "", "Axis::_from_integral: invalid argument"},
+      {CALL(vlScannerCommunicationTransmitVeltro(c, 1, 5, &byte, 1, 9)), "TransmitVeltroMessage[1,5,\"BIN(size:1)\",9]"},
+      {CALL(vlScannerCommunicationTransceiveVeltro(c, 1, 5, &byte, 1, &byte, 1, &n, 9) + byte), "TransceiveVeltroMessage[1,5,\"BIN(size:1)\",9]", 7, std::string("\xC4\1\7", 3)},
+      {CALL(vlScannerCommunicationTransmitEnhanced(c, 1, 34, two, 2, 9)), "TransmitEnhancedCommand[1,34,[8,9],9]"},
+      {CALL(vlScannerCommunicationReceiveEnhanced(c, 1, 34, two, 1, &n, 9)), "ReceiveEnhancedCommand[1,34,9]", -1, "\x92\7\7", "Buffer is too small"},
+      {CALL(vlScannerCommunicationTransceiveEnhanced(c, 1, 34, two, 2, two, 2, &n, 9) + n + two[0]), "TransceiveEnhancedCommand[1,34,[8,9],9]", 8, "\x91\7"},
   };
   for (const auto& [call, asked, expected, answer, error] : cases) {
     card.Asked = "";
@@ -128,6 +145,23 @@ TEST(Laser, TakesCalibrationFiles) {
   EXPECT_EQ(vlLaserPowerCalibrationGet(card.Handle, 1, path.c_str()), 0) << LastError();
   EXPECT_EQ(vlLaserPowerCalibrationSet(card.Handle, 1, path.c_str()), 0) << LastError();
   EXPECT_TRUE(card.Arguments == Packed(std::make_tuple(many, 1)));
+}
+
+TEST(VirtualCard, HasScanHeads) {
+  const CardProcess process({"--speed", "max"});
+  Connection card(process.GetPort());
+  vlScannerConfig config{};
+  vlScannerPositions at{};
+  const double bias[] = {0.5, -1};
+  std::int32_t idle = 0;
+  EXPECT_EQ(vlScannerInitConfig(&config) + vlScannerSetHeadBias(card, 1, 6, bias, 2), -1) << "there is one head";
+  config.HeadFormat = 10;
+  EXPECT_EQ(vlScannerSetConfig(card, &config) + vlScannerSetHeadBias(card, 1, 6, bias, 2), 0) << LastError();
+  const std::int64_t list = vlListAllocate(card);
+  EXPECT_EQ(vlListAppendJumpAbs3D(list, 3, 4, 5) + vlListSet(card, 1, list, false, -1) + vlListExecute(card, 1) + vlListWaitForListIdle(card, &idle, 9000), 0);
+  EXPECT_EQ(vlScannerReadPositions(card, &at), 0) << LastError();
+  const auto& [count, heads] = at.Heads;
+  EXPECT_TRUE(count == 2 && heads[0].Items[2] == 5 && heads[1].Items[0] == 3 && heads[1].Items[1] == 4.5 && heads[1].Items[2] == 4);
 }
 // clang-format on
 
