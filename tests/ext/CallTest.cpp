@@ -153,13 +153,17 @@ TEST(VirtualCard, HasScanHeads) {
   vlScannerConfig config{};
   vlScannerPositions at{};
   const double bias[] = {0.5, -1};
+  char text[1000] = "";
   std::int32_t idle = 0;
+  std::uint32_t length = 0;
   EXPECT_EQ(vlScannerInitConfig(&config) + vlScannerSetHeadBias(card, 1, 6, bias, 2), -1) << "there is one head";
   config.HeadFormat = 10;
   EXPECT_EQ(vlScannerSetConfig(card, &config) + vlScannerSetHeadBias(card, 1, 6, bias, 2), 0) << LastError();
   const std::int64_t list = vlListAllocate(card);
   EXPECT_EQ(vlListAppendJumpAbs3D(list, 3, 4, 5) + vlListSet(card, 1, list, false, -1) + vlListExecute(card, 1) + vlListWaitForListIdle(card, &idle, 9000), 0);
   EXPECT_EQ(vlScannerReadPositions(card, &at), 0) << LastError();
+  EXPECT_EQ(vlScannerGetConfig(card, &config) + vlScannerToStringConfig(&config, text, 1000, &length), 0) << LastError();
+  EXPECT_TRUE(std::string(text).ends_with(", HeadFormat=VL3_Dual3D, ConfigVersion=12")) << text;
   const auto& [count, heads] = at.Heads;
   EXPECT_TRUE(count == 2 && heads[0].Items[2] == 5 && heads[1].Items[0] == 3 && heads[1].Items[1] == 4.5 && heads[1].Items[2] == 4);
 }

@@ -16,7 +16,9 @@ TEST(HeadFormats, AreThoseOfTheTable) {
   std::ostringstream known;  // value, name, heads, axes, their count, dimensions, optical zoom, the axes by index
   for (int format = -1; format < 260; ++format) {
     std::int32_t heads = 0, axes = 0, count = 0, dimensions = 0, axis = 0, index = 0;
-    bool zoom = false;
+    bool zoom = false, extended = false, auxiliary = false;
+    EXPECT_EQ(vlScannerHeadFormatIsExtended(format, &extended) + vlScannerHeadFormatHasAuxiliary(format, &auxiliary), 0);
+    EXPECT_TRUE(extended == ((format & 32) != 0) && auxiliary == ((format & 16) != 0)) << format;
     EXPECT_EQ(vlScannerHeadFormatGetAxes(format, nullptr), -1);
     EXPECT_EQ(LastError(), "Out parameter must not be null");
     const bool isKnown = vlScannerHeadFormatGetAxes(format, &axes) == 0;
