@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "common/Point.h"
@@ -110,8 +111,7 @@ void WriteFields(const Derived& record, RecordText& text) {
 
 // For the command log.
 template <class T>
-requires((HasFields<T> && !IsRecord<T>) || std::is_same_v<T, Point3D> ||
-         std::is_same_v<T, Transform3D>) std::string LogText(const T& value) {
+requires((HasFields<T> && !IsRecord<T>) || std::is_same_v<T, Point3D>) std::string LogText(const T& value) {
   return RecordText::Of(value);
 }
 

@@ -12,7 +12,7 @@
 #include "common/Point.h"
 #include "common/Transform3D.h"
 #include "config/Record.h"
-#include "rpc/MsgPack.h"
+#include "rpc/PackDouble.h"
 
 namespace VELTRO::KELVO::ClientLib::RecordWire {
 
@@ -35,6 +35,12 @@ struct Element {
   static void Unpack(const msgpack::object& object, T& value) { object.convert(value); }
 };
 
+template <>
+struct Element<double> {
+  static void Pack(auto& packer, double value) { PackDouble(packer, value); }
+  static void Unpack(const msgpack::object& object, double& value) { object.convert(value); }
+};
+
 template <class T>
 requires IsReflectiveEnum<T>
 struct Element<T> {
@@ -42,19 +48,6 @@ struct Element<T> {
   static void Unpack(const msgpack::object& object, T& value) {
     value = T::_from_integral(object.as<std::int32_t>());
   }
-};
-
-// Always as float 64: the packer itself makes integers of whole numbers.
-template <>
-struct Element<double> {
-  static void Pack(auto& packer, double value) {
-    constexpr std::uint32_t Size = 1 + sizeof value;
-    char bytes[Size] = {'\xCB'};
-    const auto bits = std::bit_cast<std::uint64_t>(value);
-    for (std::uint32_t i = 1; i < Size; ++i) bytes[i] = static_cast<char>(bits >> 8 * (Size - 1 - i));
-    packer.pack_bin_body(bytes, Size);
-  }
-  static void Unpack(const msgpack::object& object, double& value) { object.convert(value); }
 };
 
 template <std::size_t N>

@@ -76,6 +76,10 @@ TEST(Calls, AskTheCardInItsWords) {
   vlSystemConfig system{}, endless{}, threeAxes{};
   std::ranges::fill(endless.TimeZone, 'x');
   threeAxes.ScannerMonitoring.ScanHeadAxes.Count = 3;
+  vlScannerPositions positions{};
+  vlPoint3D p{};
+  const double biases[] = {0.5, 1.5};
+  std::uint8_t byte = 1;
   wrong.HotPowerTarget = 7;
 #define CALL(call, ...) [&] { double sum = call; __VA_OPT__(sum += static_cast<double>(__VA_ARGS__);) return sum; }
   const struct {
@@ -137,6 +141,19 @@ TEST(Calls, AskTheCardInItsWords) {
       {CALL(vlSystemGetConfig(c, &system)), "GetSystemConfig[]", -1, Packed(SystemRecord(5, "x", {1, 1, 1})), "Error converting ScannerMonitoringConfig to C."},
       {CALL(vlSystemSetConfig(c, &endless)), "", -1, "", "Error converting SystemConfig from C."},
       {CALL(vlSystemToStringConfig(&threeAxes, text, 5, &n)), "", -1, "", "Error converting SystemConfig from C."},
+      {CALL(vlScannerLoadConfig(c)), "LoadScannerConfig[]"}, {CALL(vlScannerStoreConfig(c)), "StoreScannerConfig[]"},
+      {CALL(vlScannerGetNominalPosition(c, &p.X, &p.Y, &p.Z), p.X + 2 * p.Y + 4 * p.Z), "GetNominalPosition[]", 17, "\x93\1\2\3"},
+      {CALL(vlScannerReadPositions(c, &positions), positions.Heads.Items[1].Items[1]), "ReadPositions[]", 4, "\x91\x92\x91\1\x92\3\4"},
+      {CALL(vlScannerReadLastPositions(c, &positions), positions.Heads.Count), "ReadLastPositions[]", 1, "\x91\x93\x90\x90\x90", "Error converting ScannerPositions to C."},
+      {CALL(vlScannerReadPositions(c, nullptr)), "", -1, "", "Out parameter must not be null"},
+      {CALL(vlScannerGetHeadBias(c, 1, &p), p.X + 2 * p.Y + 4 * p.Z), "GetHeadBias[1]", 17, "\x93\1\2\3"},
+      {CALL(vlScannerSetHeadBias(c, 1, 34, biases, 2)), "SetHeadBias[1,34,[0.5,1.5]]"},
+      {CALL(vlScannerCommunicationTransmitVeltro(c, 1, 6, &byte, 1, 9)), "", -1, "", "Axis::_from_integral: invalid argument"},
+      {CALL(vlScannerCommunicationTransmitVeltro(c, 1, 5, &byte, 1, 9)), "TransmitVeltroMessage[1,5,\"BIN(size:1)\",9]"},
+      {CALL(vlScannerCommunicationTransceiveVeltro(c, 1, 5, &byte, 1, &byte, 1, &n, 9), byte), "TransceiveVeltroMessage[1,5,\"BIN(size:1)\",9]", 7, std::string("\xC4\1\7", 3)},
+      {CALL(vlScannerCommunicationTransmitEnhanced(c, 1, 34, two, 2, 9)), "TransmitEnhancedCommand[1,34,[8,9],9]"},
+      {CALL(vlScannerCommunicationReceiveEnhanced(c, 1, 34, two, 1, &n, 9)), "ReceiveEnhancedCommand[1,34,9]", -1, "\x92\7\7", "Buffer is too small"},
+      {CALL(vlScannerCommunicationTransceiveEnhanced(c, 1, 34, two, 2, two, 2, &n, 9), n + two[0]), "TransceiveEnhancedCommand[1,34,[8,9],9]", 8, "\x91\7"},
   };
   for (const auto& [call, asked, expected, answer, error] : cases) {
     card.Asked = "";
@@ -170,6 +187,27 @@ TEST(Laser, TakesCalibrationFiles) {
   EXPECT_EQ(vlLaserPowerCalibrationGet(card.Handle, 1, path.c_str()), 0) << LastError();
   EXPECT_EQ(vlLaserPowerCalibrationSet(card.Handle, 1, path.c_str()), 0) << LastError();
   EXPECT_TRUE(card.Arguments == Packed(std::make_tuple(many, 1)));
+}
+
+TEST(VirtualCard, HasScanHeads) {
+  const CardProcess process({"--speed", "max"});
+  Connection card(process.GetPort());
+  vlScannerConfig config{};
+  vlScannerPositions at{};
+  const double bias[] = {0.5, -1};
+  char text[1000] = "";
+  std::int32_t idle = 0;
+  std::uint32_t length = 0;
+  EXPECT_EQ(vlScannerInitConfig(&config) + vlScannerSetHeadBias(card, 1, 6, bias, 2), -1) << "there is one head";
+  config.HeadFormat = 10;
+  EXPECT_EQ(vlScannerSetConfig(card, &config) + vlScannerSetHeadBias(card, 1, 6, bias, 2), 0) << LastError();
+  const std::int64_t list = vlListAllocate(card);
+  EXPECT_EQ(vlListAppendJumpAbs3D(list, 3, 4, 5) + vlListSet(card, 1, list, false, -1) + vlListExecute(card, 1) + vlListWaitForListIdle(card, &idle, 9000), 0);
+  EXPECT_EQ(vlScannerReadPositions(card, &at), 0) << LastError();
+  EXPECT_EQ(vlScannerGetConfig(card, &config) + vlScannerToStringConfig(&config, text, 1000, &length), 0) << LastError();
+  EXPECT_TRUE(std::string(text).ends_with(", HeadFormat=VL3_Dual3D, ConfigVersion=12")) << text;
+  const auto& [count, heads] = at.Heads;
+  EXPECT_TRUE(count == 2 && heads[0].Items[2] == 5 && heads[1].Items[0] == 3 && heads[1].Items[1] == 4.5 && heads[1].Items[2] == 4);
 }
 // clang-format on
 

@@ -68,7 +68,7 @@ void CardScanner::SetHeadBias(std::int32_t head, std::int32_t axes, const std::v
   const MutexLock lock(mutex_);
   auto value = values.begin();
   for (const Axis axis : Axis::_values()) {
-    if ((bits >> axis & 1) != 0) bias_[head][axis] = *value++;
+    if ((bits >> axis & 1) != 0) bias_[head][static_cast<std::size_t>(axis._to_integral())] = *value++;
   }
 }
 
