@@ -242,13 +242,17 @@ TEST(Configuration, IsKeptByTheCardAndRefusedWhenItIsWrong) {
   EXPECT_NEAR(motf.MainDirection.Y - motf.CompensationDirection.X, 2, 1e-15);
   EXPECT_EQ(vlProcessWobbleSetCircle(&variables.Wobble, 3, 4) + vlProcessWobbleSetEight(&variables.Wobble, 3, 5, 4), 0);
   EXPECT_EQ(variables.Wobble.Amplitude.Y + variables.Wobble.Frequency.Y + variables.Wobble.Phase.Y, 5 + 8 + 0);
-  variables.OnOffPattern = {2, {1.5, 2.5}};
-  vlMotfQuadratureDecoderInitConfig(&decoders);
-  decoders.Modules = {1, {{4, true, 1, 2, false, true, 3}}};
-  events.EventSettings = {2, {{-1, {true, {2, {-8, 7}}}}, {5, {false, {}}}}};
+  // Field by field, so that what lies between the fields stays 0.
+  variables.OnOffPattern.Count = 1, variables.OnOffPattern.Items[0] = 1.5;
+  decoders.ConfigVersion = 4, decoders.Modules.Count = 1;
+  decoders.Modules.Items[0].ConfigVersion = 4, decoders.Modules.Items[0].DistancePerCount = 3;
+  events.EventSettings.Count = 2, events.EventSettings.Items[0].Number = -1, events.EventSettings.Items[1].Number = 5;
+  events.EventSettings.Items[1].Value.Exclusions.Count = 1, events.EventSettings.Items[1].Value.Exclusions.Items[0] = 7;
 #define KEPT(set, prefix, What) ExpectKept(connection, set, prefix##Init##What, prefix##Get##What, prefix##Set##What, prefix##Load##What, prefix##Store##What)
   KEPT(variables, vlProcess, Variables), KEPT(motf, vlMotf, Config);
   KEPT(decoders, vlMotfQuadratureDecoder, Config), KEPT(events, vlEvent, Config);
+  EXPECT_EQ(vlMotfQuadratureDecoderInitConfig(&decoders), 0);
+  EXPECT_EQ(decoders.Modules.Count, 2U);
   variables.OnOffPattern.Count = 65, decoders.Modules.Count = 5, motf.OperatingMode = 2, events.EventSettings.Items[1].Number = -1;
   const std::pair<std::function<std::int32_t()>, const char*> failures[] = {
       {[&] { return vlProcessToStringVariables(&variables, text, 2000, &number); }, "Illegal number of OnOffPattern values"},
