@@ -105,6 +105,8 @@ template <HasFields R, class F>
 void FromRecord(const R& record, F& flat);
 template <HasFields R, class F>
 void ToRecord(const F& flat, R& record);
+template <class T, class F>
+void FromRecord(const std::vector<T>& field, F& flat);
 
 // A text, and the array that has room for it and its terminating zero.
 template <std::size_t N>
