@@ -2,27 +2,24 @@
 #include "ListRows.h"
 
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "BareBlock.h"
 #include "Measure.h"
 #include "RawClient.h"
 #include "Wire.h"
 #include "client/ClientAPI.h"
 #include "kelvo/kelvo.h"
-#include "lists/CommandCodes.h"
 #include "lists/ListAPI.h"
 
 namespace VELTRO::KELVO::Bench {
 
 namespace {
 
-using ClientLib::CommandCode;
 using ClientLib::CommandList;
 using ClientLib::Point2D;
 
@@ -38,41 +35,6 @@ constexpr double kMostPeak = 1.5;
 void Require(bool holds, const char* what) {
   if (!holds) throw std::runtime_error(what);
 }
-
-// Codes and payloads of a mark, one behind the other in a block that grows in place where it can.
-class BareBlock {
- public:
-  BareBlock() = default;
-  BareBlock(const BareBlock&) = delete;
-  BareBlock& operator=(const BareBlock&) = delete;
-  ~BareBlock() { std::free(bytes_); }
-
-  void Append(std::int32_t code, const unsigned char (&payload)[21]) {
-    constexpr std::size_t kSize = sizeof code + sizeof payload;
-    if (size_ + kSize > capacity_) Grow();
-    std::memcpy(bytes_ + size_, &code, sizeof code);
-    std::memcpy(bytes_ + size_ + sizeof code, payload, sizeof payload);
-    size_ += kSize;
-  }
-  void AppendMark(double x, double y) {
-    unsigned char payload[21] = {1, 0, 0, 17, 0x6B};
-    std::memcpy(payload + 5, &x, sizeof x);
-    std::memcpy(payload + 13, &y, sizeof y);
-    Append(CommandCode::MARK_ABS, payload);
-  }
-  std::size_t Size() const { return size_; }
-
- private:
-  void Grow() {
-    capacity_ = capacity_ == 0 ? 4096 : capacity_ + capacity_ / 2;
-    bytes_ = static_cast<unsigned char*>(std::realloc(bytes_, capacity_));
-    if (bytes_ == nullptr) throw std::bad_alloc();
-  }
-
-  unsigned char* bytes_ = nullptr;
-  std::size_t size_ = 0;
-  std::size_t capacity_ = 0;
-};
 
 double SecondsOf(const std::function<void()>& work) {
   const std::uint64_t begin = NowNs();
@@ -115,7 +77,7 @@ class FlatList {
 double BareAppending(RowContext&) {
   BareBlock block;
   const double time = NanosecondsEach(kMarks, [&](double x, double y) { block.AppendMark(x, y); });
-  Require(block.Size() == std::size_t{25} * kMarks, "marks are missing");
+  Require(block.Count() == kMarks, "marks are missing");
   return time;
 }
 

@@ -9,15 +9,14 @@
 #include <string>
 #include <vector>
 
+#include "BareBlock.h"
 #include "Wire.h"
-#include "lists/CommandCodes.h"
 #include "lists/CommandList.h"
 
 namespace VELTRO::KELVO::Bench {
 
 namespace {
 
-using ClientLib::CommandCode;
 using ClientLib::CommandList;
 using ClientLib::Point2D;
 
@@ -75,27 +74,6 @@ const std::string& Text() {
   return text;
 }
 
-// Codes and payloads, one behind the other.
-class Block {
- public:
-  void Append(std::int32_t code, Point2D point) {
-    constexpr std::size_t kSize = sizeof code + 5 + sizeof point;
-    if (size_ + kSize > bytes_.size()) bytes_.resize(std::max(2 * bytes_.size(), std::size_t{4096}));
-    unsigned char* at = bytes_.data() + size_;
-    std::memcpy(at, &code, sizeof code);
-    std::memcpy(at + sizeof code, "\x01\x00\x00\x11\x6B", 5);
-    std::memcpy(at + sizeof code + 5, &point, sizeof point);
-    size_ += kSize;
-    ++count_;
-  }
-  std::size_t Count() const { return count_; }
-
- private:
-  std::vector<unsigned char> bytes_;
-  std::size_t size_ = 0;
-  std::size_t count_ = 0;
-};
-
 // Takes what it knows where it expects it, blanks as there are.
 class MarkScanner {
  public:
@@ -129,7 +107,7 @@ class MarkScanner {
 };
 
 std::size_t ReadMarks(std::string_view text) {
-  Block block;
+  BareBlock block;
   MarkScanner scanner(text);
   scanner.Expect('[');
   do {
@@ -145,7 +123,7 @@ std::size_t ReadMarks(std::string_view text) {
     point.Coordinates[1] = scanner.ExpectNumber();
     scanner.Expect(']');
     scanner.Expect('}');
-    block.Append(CommandCode::MARK_ABS, point);
+    block.AppendMark(point.X(), point.Y());
   } while (scanner.Take(','));
   scanner.Expect(']');
   return block.Count();

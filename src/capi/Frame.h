@@ -47,6 +47,11 @@ inline ListTable::Entry& FindList(std::int64_t list) {
   return ThreadOwned<RecentList>::Get().Find(list);
 }
 
+// A copy of the list of a list handle, which shares its commands' memory until either is changed.
+inline CommandList CopyList(std::int64_t list) {
+  return FindList(list).Use([](const CommandList& commands) { return commands; });
+}
+
 // On the list of a list handle, under its lock.
 template <class Work>
 auto OnList(std::int64_t list, Work&& work) noexcept {

@@ -17,8 +17,7 @@ const CommandList& GlyphOf(const Font& font, std::uint16_t character) {
 
 // The commands of a list of any connection, with their branches to labels resolved.
 CommandList CommandsOf(std::int64_t list) {
-  CommandList snapshot =
-      ThreadOwned<RecentList>::Get().Find(list).Use([](const CommandList& commands) { return commands; });
+  CommandList snapshot = CopyList(list);
   snapshot.ResolveBranchesAndLabels();
   CommandList commands;  // neither labels nor open loops
   commands.Append(snapshot);

@@ -41,10 +41,6 @@ int32_t UnRegister(int32_t handle, ListEventKind kind, uint32_t callback_id) {
   });
 }
 
-CommandList Copy(const CommandList& commands) {
-  return commands;
-}
-
 CommandList ReadList(const char* text) {
   try {
     return CommandList::FromString(text);
@@ -87,7 +83,7 @@ int32_t vlListCommandCount(int64_t list) {
 int32_t vlListAppendList(int64_t list, int64_t other) {
   return Guarded([&] {
     FindList(list);  // a fault of this one is told first
-    const CommandList appended = FindList(other).Use(Copy);
+    const CommandList appended = CopyList(other);
     FindList(list).Use([&](CommandList& commands) { commands.Append(appended); });
   });
 }
