@@ -95,6 +95,8 @@ std::optional<Options> ParseOptions(int count, const char* const* arguments, int
   app.add_option("--standalone-list", options.StandaloneList,
                  "The list that GOTO_STANDALONE_LIST branches to")
       ->type_name("ID");
+  app.add_option("--state", options.StateDirectory,
+                 "Directory for what clients have stored (default: none, it ends with the card)");
   app.add_option("--queue", options.Queue,
                  "Bytes of notifications that may wait for a client that does not read them; when there are "
                  "more, its connection is closed")

@@ -22,6 +22,7 @@ struct Options {
   bool DrawAllRuns = false;
   std::vector<InputSetting> Inputs;
   std::optional<std::int32_t> StandaloneList;
+  std::string StateDirectory;    // empty: none
   std::size_t Queue = 16 << 20;  // bytes of notifications that wait for one client at most
   bool Verbose = false;
 };

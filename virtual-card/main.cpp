@@ -50,7 +50,8 @@ void Serve(const Options& options, const sigset_t& stopSignals) {
   Server server(ClientLib::IPAddress::Resolve(options.Address.c_str()), options.Port,
                 {options.Queue, options.Verbose});
   Card card({{options.Firmware, options.Serial},
-             {options.Speed, {options.SvgFile, options.Beam, options.DrawAllRuns}, options.StandaloneList}},
+             {options.Speed, {options.SvgFile, options.Beam, options.DrawAllRuns}, options.StandaloneList},
+             options.StateDirectory},
             server);
   for (const InputSetting& input : options.Inputs) card.Inputs.Set(input.Port, input.Bits);
   server.Start(card);

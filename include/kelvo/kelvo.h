@@ -43,8 +43,15 @@
 #define KELVO_H
 
 #include "kelvo/KelvoClientAPI.h"
+#include "kelvo/KelvoConfigurationAPI.h"
+#include "kelvo/KelvoEventAPI.h"
 #include "kelvo/KelvoFontAPI.h"
+#include "kelvo/KelvoLaserAPI.h"
 #include "kelvo/KelvoListAPI.h"
 #include "kelvo/KelvoListAppendAPI.h"
+#include "kelvo/KelvoMotfAPI.h"
+#include "kelvo/KelvoProcessAPI.h"
+#include "kelvo/KelvoScannerAPI.h"
+#include "kelvo/KelvoSystemAPI.h"
 
 #endif

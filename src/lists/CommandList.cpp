@@ -45,11 +45,11 @@ void CommandList::AppendMarkText(Text text) {
   Append(characters);
 }
 
-void CommandList::AppendWobble(Point2D amplitude, Point2D frequency, Point2D phase) {
+void CommandList::AppendWobble(const WobbleShape& shape) {
   CommandList wobble;
-  wobble.AppendWobbleAmplitude(amplitude);
-  wobble.AppendWobbleFrequency(frequency);
-  wobble.AppendWobblePhase(phase);
+  wobble.AppendWobbleAmplitude(shape.Amplitude);
+  wobble.AppendWobbleFrequency(shape.Frequency);
+  wobble.AppendWobblePhase(shape.Phase);
   Append(wobble);
 }
 

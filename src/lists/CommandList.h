@@ -8,6 +8,7 @@
 
 #include "common/KelvoAPIEnums.h"
 #include "common/Transform3D.h"
+#include "common/WobbleShape.h"
 #include "lists/CommandCodes.h"
 #include "lists/LabelList.h"
 #include "lists/PackedCommands.h"
@@ -204,10 +205,10 @@ class CommandList : public PackedCommands {
   void AppendWobbleFrequency(Point2D frequency) { Append(Code::WOBBLE_FREQUENCY, frequency); }
   void AppendWobblePhase(Point2D phase) { Append(Code::WOBBLE_PHASE, phase); }
   void AppendWobbleCircle(double amplitude, double frequency) {
-    AppendWobble({amplitude, amplitude}, {frequency, frequency}, {0, 1.5707963267948966});
+    AppendWobble(WobbleShape::Circle(amplitude, frequency));
   }
   void AppendWobbleEight(Point2D amplitude, double frequency) {
-    AppendWobble(amplitude, {frequency, 2 * frequency}, {0, 0});
+    AppendWobble(WobbleShape::Eight(amplitude, frequency));
   }
   void AppendEnableDashedLine(bool on, double offset) { Append(Code::DASHED_LINE_ENABLE, on, offset); }
   void AppendDashedLinePattern(Array<double> lengths) { Append(Code::DASHED_LINE_PATTERN, lengths); }
@@ -384,7 +385,7 @@ class CommandList : public PackedCommands {
   // The index of the next command, as labels and branches count it.
   Int NextIndex() const;
   void CheckLoopOpened() const;
-  void AppendWobble(Point2D amplitude, Point2D frequency, Point2D phase);
+  void AppendWobble(const WobbleShape& shape);
   template <class... Values>
   void AppendReferring(Text label, Int code, const Values&... values);
 

@@ -6,9 +6,11 @@
 #include <tuple>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "rpc/InputPacket.h"
 #include "rpc/OutputPacket.h"
+#include "rpc/PackDouble.h"
 #include "rpc/RpcLogger.h"
 
 namespace VELTRO::KELVO::ClientLib {
@@ -17,6 +19,17 @@ namespace VELTRO::KELVO::ClientLib {
 template <class T>
 void PackArgument(OutputPacket& packet, const T& argument) {
   msgpack::packer(packet).pack(argument);
+}
+
+// Doubles always travel as float 64.
+inline void PackArgument(OutputPacket& packet, double argument) {
+  msgpack::packer packer(packet);
+  PackDouble(packer, argument);
+}
+inline void PackArgument(OutputPacket& packet, const std::vector<double>& argument) {
+  msgpack::packer packer(packet);
+  packer.pack_array(static_cast<std::uint32_t>(argument.size()));
+  for (const double value : argument) PackDouble(packer, value);
 }
 
 // One remote call: a method, its arguments to pack, its result to take.

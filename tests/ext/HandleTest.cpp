@@ -2,10 +2,11 @@
 // text.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstring>
 #include <functional>
-#include <sstream>
-#include <tuple>
 
+#include "int/CardProcess.h"
 #include "support/FakeCard.h"
 #include "support/Process.h"
 
@@ -39,7 +40,21 @@ std::uint16_t character = 0;
 std::int32_t value = 0;
 bool flag = false;
 char buffer[9];
+double scale = 0;
 vlListExecutionStats stats;
+vlLaserConfig laser{};
+vlSystemConfig systemConfig{};
+std::uint64_t seconds = 0;
+double factor = 0;
+vlTransform3D transform;
+vlProcessVariables variables;
+vlMotfConfig motf;
+vlQuadratureDecoderConfig decoders;
+vlEventConfig events;
+vlScannerConfig scanner;
+vlScannerPositions positions;
+vlPoint3D point;
+std::uint8_t byte = 0;
 constexpr vlListEventCallback OnEvent = [](std::int32_t, std::int32_t) {};
 constexpr vlErrorEventCallback OnError = [](std::int32_t, std::int32_t, const char*, std::uint32_t) {};
 
@@ -74,6 +89,37 @@ const Function onConnections[] = {
     ENTRY(vlListRegisterErrorEventCallback, OnError, &number), ENTRY(vlListUnRegisterProgressCallback, 2U),
     ENTRY(vlListUnRegisterListDoneCallback, 2U), ENTRY(vlListUnRegisterListIdleCallback, 2U),
     ENTRY(vlListUnRegisterErrorEventCallback, 2U), ENTRY(vlListClearPendingEvents),
+    ENTRY(vlConfigurationBeginUpdate), ENTRY(vlConfigurationEndUpdate), ENTRY(vlConfigurationAbortUpdate),
+    ENTRY(vlConfigurationIsUpdateActive, &flag), ENTRY(vlLaserGetConfig, &laser), ENTRY(vlLaserSetConfig, &laser),
+    ENTRY(vlLaserLoadConfig), ENTRY(vlLaserStoreConfig), ENTRY(vlLaserLaserOn), ENTRY(vlLaserLaserOff),
+    ENTRY(vlLaserIsPilotEnabled, &flag), ENTRY(vlLaserEnablePilot, 1U), ENTRY(vlLaserIsLaserArmed, &flag),
+    ENTRY(vlLaserArmLaser, 1U), ENTRY(vlLaserReadLaserStatus, &number), ENTRY(vlLaserGetPowerScale, 0U, &scale),
+    ENTRY(vlLaserSetPowerScale, 0U, 1.0), ENTRY(vlLaserCreatePowerCalibration, 0U),
+    ENTRY(vlLaserLoadPowerCalibration, 0U), ENTRY(vlLaserStorePowerCalibration, 0U),
+    ENTRY(vlLaserGetPowerCalibration, 0U, &number, 1U, &number), ENTRY(vlLaserSetPowerCalibration, 0U, &number, 1),
+    ENTRY(vlLaserPowerCalibrationGet, 0U, "/tmp/never"), ENTRY(vlLaserPowerCalibrationSet, 0U, "/tmp/never"),
+    ENTRY(vlSystemGetConfig, &systemConfig), ENTRY(vlSystemSetConfig, &systemConfig), ENTRY(vlSystemLoadConfig),
+    ENTRY(vlSystemStoreConfig), ENTRY(vlSystemResetToDefaults), ENTRY(vlSystemGetConnectionLimit, &number),
+    ENTRY(vlSystemGetFirmwareVersion, buffer, 9U, &number), ENTRY(vlSystemGetFirmwareProductVersion, buffer, 9U, &number),
+    ENTRY(vlSystemGetFPGAVersion, buffer, 9U, &number), ENTRY(vlSystemGetOSVersion, buffer, 9U, &number),
+    ENTRY(vlSystemGetCardSerialNumber, buffer, 9U, &number), ENTRY(vlSystemGetOperatingState, &number),
+    ENTRY(vlSystemResetOperatingState), ENTRY(vlSystemGetTime, &seconds), ENTRY(vlSystemGetUniversalTime, &seconds),
+    ENTRY(vlSystemSetSystemTime, std::uint64_t{1}), ENTRY(vlSystemGetSupportedTimeZones, &number, 1U, &number),
+    ENTRY(vlProcessGetVariables, &variables), ENTRY(vlProcessSetVariables, &variables), ENTRY(vlProcessLoadVariables),
+    ENTRY(vlProcessStoreVariables), ENTRY(vlProcessGetSpeedScale, &factor), ENTRY(vlProcessSetSpeedScale, 1.0),
+    ENTRY(vlProcessGetTransformation, &transform), ENTRY(vlProcessSetTransformation, &transform),
+    ENTRY(vlMotfGetConfig, &motf), ENTRY(vlMotfSetConfig, &motf), ENTRY(vlMotfLoadConfig), ENTRY(vlMotfStoreConfig),
+    ENTRY(vlMotfResetState), ENTRY(vlMotfGetPendingParts, &value), ENTRY(vlGetFactor1xSpeed, &factor), ENTRY(vlSetFactor1xSpeed, 1.0),
+    ENTRY(vlMotfQuadratureDecoderGetConfig, &decoders), ENTRY(vlMotfQuadratureDecoderSetConfig, &decoders),
+    ENTRY(vlMotfQuadratureDecoderLoadConfig), ENTRY(vlMotfQuadratureDecoderStoreConfig),
+    ENTRY(vlMotfQuadratureDecoderResetEncoderPosition, 0), ENTRY(vlMotfQuadratureDecoderReadEncoderPosition, 0, &value),
+    ENTRY(vlEventGetConfig, &events), ENTRY(vlEventSetConfig, &events), ENTRY(vlEventLoadConfig), ENTRY(vlEventStoreConfig),
+    ENTRY(vlScannerGetConfig, &scanner), ENTRY(vlScannerSetConfig, &scanner), ENTRY(vlScannerLoadConfig), ENTRY(vlScannerStoreConfig),
+    ENTRY(vlScannerGetNominalPosition, &scale, &scale, &scale), ENTRY(vlScannerReadPositions, &positions),
+    ENTRY(vlScannerReadLastPositions, &positions), ENTRY(vlScannerGetHeadBias, 0U, &point), ENTRY(vlScannerSetHeadBias, 0U, 1U, &scale, 1U),
+    ENTRY(vlScannerCommunicationTransmitVeltro, 0U, 1U, &byte, 1U, 9U), ENTRY(vlScannerCommunicationTransceiveVeltro, 0U, 1U, &byte, 1U, &byte, 1U, &number, 9U),
+    ENTRY(vlScannerCommunicationTransmitEnhanced, 0U, 1U, &number, 1U, 9U), ENTRY(vlScannerCommunicationReceiveEnhanced, 0U, 1U, &number, 1U, &number, 9U),
+    ENTRY(vlScannerCommunicationTransceiveEnhanced, 0U, 1U, &number, 1U, &number, 1U, &number, 9U),
 };
 // clang-format on
 
@@ -147,6 +193,15 @@ TEST(Frame, RefusesNullPointers) {
       ENTRY(vlListWaitForProgress, nullptr, 0),
       ENTRY(vlListRegisterProgressCallback, nullptr, &number),
       ENTRY(vlListRegisterErrorEventCallback, OnError, nullptr),
+      // clang-format off
+      ENTRY(vlConfigurationIsUpdateActive, nullptr), ENTRY(vlLaserGetConfig, nullptr), ENTRY(vlLaserSetConfig, nullptr),
+      ENTRY(vlLaserReadLaserStatus, nullptr), ENTRY(vlLaserGetPowerCalibration, 0U, nullptr, 1U, &number),
+      ENTRY(vlLaserSetPowerCalibration, 0U, nullptr, 1), ENTRY(vlLaserPowerCalibrationSet, 0U, nullptr),
+      ENTRY(vlSystemGetConfig, nullptr), ENTRY(vlSystemGetOSVersion, nullptr, 9U, &number), ENTRY(vlSystemGetTime, nullptr),
+      ENTRY(vlSystemGetOSVersion, buffer, 9U, nullptr), ENTRY(vlSystemGetSupportedTimeZones, nullptr, 1U, &number),
+      {"vlLaserInitConfig", [](std::int32_t) { return vlLaserInitConfig(nullptr); }},
+      {"vlLaserToStringConfig", [](std::int32_t) { return vlLaserToStringConfig(nullptr, buffer, 9, &number); }},
+      // clang-format on
       FONT_ENTRY(vlFontChars, nullptr, 1U, &number),
       FONT_ENTRY(vlFontChars, &character, 1U, nullptr),
       FONT_ENTRY(vlFontCharsLen, nullptr),
@@ -167,34 +222,50 @@ TEST(Frame, ASuccessErasesTheErrorBefore) {
   EXPECT_EQ(vlGetLastErrorLen(), 2);
 }
 
-TEST(Lists, AskTheCardInItsWords) {
-  std::string asked;
-  FakeCard card(FakeCard::Answering([&](const Request& request) {
-    std::ostringstream text;
-    text << request.Method << request.Arguments.get();
-    asked = text.str();
-    return Response(request.Id, 7);
-  }));
-  Connection connection(card.Port());
-  const std::tuple<std::function<std::int32_t()>, const char*, bool> calls[] = {
-      {[&] { return vlListLoad(connection, 3); }, "LoadList[3]", false},
-      {[&] { return vlListStore(connection, 3); }, "StoreList[3]", false},
-      {[&] { return vlListDelete(connection, 3, true); }, "DeleteList[3,true]", false},
-      {[&] { return vlListExecute(connection, 3); }, "ExecuteList[3]", false},
-      {[&] { return vlListAbortExecution(connection); }, "AbortExecution[]", false},
-      {[&] { return vlListResetExecution(connection); }, "ResetExecution[]", false},
-      {[&] { return vlListGetListStatus(connection, 3, &value); }, "GetListStatus[3]", true},
-      {[&] { return vlListGetListCaret(connection, 3, &value); }, "GetListCaret[3]", true},
-      {[&] { return vlListSetExecutionLimit(connection, -3); }, "SetExecutionLimit[-3]", false},
-      {[&] { return vlListGetExecutionLimit(connection, &value); }, "GetExecutionLimit[]", true},
+// clang-format off
+template <class F>
+void ExpectKept(std::int32_t handle, F& set, auto init, auto get, auto put, auto load, auto store) {
+  F fetched{}, defaults{};
+  EXPECT_EQ(init(&defaults) + put(handle, &set) + store(handle) + put(handle, &defaults) + load(handle), 0);
+  EXPECT_EQ(get(handle, &fetched), 0) << LastError();
+  EXPECT_EQ(std::memcmp(&fetched, &set, sizeof set), 0);
+}
+
+TEST(Configuration, IsKeptByTheCardAndRefusedWhenItIsWrong) {
+  const CardProcess card;
+  const Connection connection(card.GetPort());
+  char text[2000];
+  EXPECT_EQ(vlProcessInitVariables(&variables) + vlMotfInitConfig(&motf) + vlEventInitConfig(&events), 0);
+  EXPECT_EQ(vlMotfConfigSetDirectionFromAngle(&motf, -0.0), 0);
+  EXPECT_FALSE(std::signbit(motf.MainDirection.Y) || std::signbit(motf.CompensationDirection.X));
+  EXPECT_EQ(vlMotfConfigSetDirectionFromAngle(&motf, 1.5707963267948966), 0);
+  EXPECT_NEAR(motf.MainDirection.Y - motf.CompensationDirection.X, 2, 1e-15);
+  EXPECT_EQ(vlProcessWobbleSetCircle(&variables.Wobble, 3, 4) + vlProcessWobbleSetEight(&variables.Wobble, 3, 5, 4), 0);
+  EXPECT_EQ(variables.Wobble.Amplitude.Y + variables.Wobble.Frequency.Y + variables.Wobble.Phase.Y, 5 + 8 + 0);
+  // Field by field, so that what lies between the fields stays 0.
+  variables.OnOffPattern.Count = 1, variables.OnOffPattern.Items[0] = 1.5;
+  decoders.ConfigVersion = 4, decoders.Modules.Count = 1;
+  decoders.Modules.Items[0].ConfigVersion = 4, decoders.Modules.Items[0].DistancePerCount = 3;
+  events.EventSettings.Count = 2, events.EventSettings.Items[0].Number = -1, events.EventSettings.Items[1].Number = 5;
+  events.EventSettings.Items[1].Value.Exclusions.Count = 1, events.EventSettings.Items[1].Value.Exclusions.Items[0] = 7;
+#define KEPT(set, prefix, What) ExpectKept(connection, set, prefix##Init##What, prefix##Get##What, prefix##Set##What, prefix##Load##What, prefix##Store##What)
+  KEPT(variables, vlProcess, Variables), KEPT(motf, vlMotf, Config);
+  KEPT(decoders, vlMotfQuadratureDecoder, Config), KEPT(events, vlEvent, Config);
+  EXPECT_EQ(vlMotfQuadratureDecoderInitConfig(&decoders), 0);
+  EXPECT_EQ(decoders.Modules.Count, 2U);
+  variables.OnOffPattern.Count = 65, decoders.Modules.Count = 5, motf.OperatingMode = 2, events.EventSettings.Items[1].Number = -1;
+  const std::pair<std::function<std::int32_t()>, const char*> failures[] = {
+      {[&] { return vlProcessToStringVariables(&variables, text, 2000, &number); }, "Illegal number of OnOffPattern values"},
+      {[&] { return vlMotfToStringConfig(&motf, text, 2000, &number); }, "MotfOperatingMode::_from_integral: invalid argument"},
+      {[&] { return vlMotfQuadratureDecoderToStringConfig(&decoders, text, 2000, &number); }, "Error converting QuadratureDecoderConfig from C."},
+      {[&] { return vlEventSetConfig(connection, &events); }, "Error converting EventConfig from C."},
   };
-  for (const auto& [call, expected, hasValue] : calls) {
-    value = 0;
-    EXPECT_EQ(call(), 0) << LastError();
-    EXPECT_EQ(asked, expected);
-    EXPECT_EQ(value, hasValue ? 7 : 0) << expected;
+  for (const auto& [call, expected] : failures) {
+    EXPECT_EQ(call(), -1);
+    EXPECT_EQ(LastError(), expected);
   }
 }
+// clang-format on
 
 TEST(Lists, AreNumberedAndNeverNumberedAgain) {
   FakeCard card(FakeCard::Obliging());

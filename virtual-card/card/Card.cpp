@@ -5,10 +5,16 @@
 namespace VELTRO::KELVO::VirtualCard {
 
 Card::Card(CardSettings settings, Notifier& clients)
-    : Identity(std::move(settings.Identity)),
+    : state_(std::move(settings.StateDirectory)),
+      Identity(std::move(settings.Identity)),
+      Configuration(state_),
+      System(Configuration),
+      Laser(state_),
+      Motf(Configuration.QuadratureDecoder),
       Inputs(runSignal_),
       Variables(runSignal_),
       Lists(Execution),
+      Scanner(Configuration, Execution),
       Execution(std::move(settings.Execution), {clients, runSignal_, Inputs, Variables, Lists, Fonts}) {}
 
 }  // namespace VELTRO::KELVO::VirtualCard

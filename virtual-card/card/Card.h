@@ -3,9 +3,14 @@
 
 #include <string>
 
+#include "card/CardConfiguration.h"
 #include "card/CardFonts.h"
 #include "card/CardInputs.h"
+#include "card/CardLaser.h"
 #include "card/CardLists.h"
+#include "card/CardMotf.h"
+#include "card/CardScanner.h"
+#include "card/CardSystem.h"
 #include "card/CardVariables.h"
 #include "card/Notifier.h"
 #include "execution/Executor.h"
@@ -20,23 +25,30 @@ struct CardIdentity {
 struct CardSettings {
   CardIdentity Identity;
   ExecutorSettings Execution;
+  std::string StateDirectory;  // empty: what is stored ends with the card
 };
 
 // Any thread may use any part at any time.
 class Card {
  public:
-  // Throws as Plotter does.
+  // Throws as Plotter and StateDirectory do.
   Card(CardSettings settings, Notifier& clients);
 
  private:
   AbortSignal runSignal_;
+  StateDirectory state_;
 
  public:
   const CardIdentity Identity;
+  CardConfiguration Configuration;
+  CardSystem System;
+  CardLaser Laser;
+  CardMotf Motf;
   CardInputs Inputs;
   CardVariables Variables;
   CardFonts Fonts;
   CardLists Lists;
+  CardScanner Scanner;
   Executor Execution;  // the last, so that no run outlives what it acts upon
 };
 

@@ -15,6 +15,7 @@
 #include "execution/AbortSignal.h"
 #include "execution/Carets.h"
 #include "execution/Clock.h"
+#include "execution/GalvoPosition.h"
 #include "execution/ListSource.h"
 #include "lists/ListExecutionStats.h"
 
@@ -67,6 +68,8 @@ class Executor {
   // The index of the command that runs in the list, also in one that is called; Carets::NotThere when the run is
   // not in it.
   std::int32_t GetCaret(std::int32_t listId) const { return carets_.Find(listId); }
+  // Where the galvos are, also in a run.
+  ClientLib::Point3D GetPosition() const { return position_; }
   // Of the latest run that has ended.
   ClientLib::ListExecutionStats GetLastStats();
 
@@ -94,7 +97,7 @@ class Executor {
 
   // The executing thread's own.
   Plotter plotter_;
-  ClientLib::Point3D position_;
+  GalvoPosition position_;  // others look
 
   ClientLib::Mutex mutex_;
   ClientLib::CondVar changed_;

@@ -13,6 +13,7 @@
 #include "execution/Clock.h"
 #include "execution/Curve.h"
 #include "execution/Dashes.h"
+#include "execution/GalvoPosition.h"
 #include "execution/Transformation.h"
 #include "execution/Wobble.h"
 
@@ -56,7 +57,7 @@ class Motion {
   using Point3D = ClientLib::Point3D;
 
   // `position` is where the galvos are; they stay where the run leaves them.
-  Motion(Clock& clock, Plotter& plotter, Point3D& position)
+  Motion(Clock& clock, Plotter& plotter, GalvoPosition& position)
       : clock_(clock), plotter_(plotter), galvos_(position), position_(position) {}
 
   ProcessParameters Parameters;
@@ -125,7 +126,7 @@ class Motion {
 
   Clock& clock_;
   Plotter& plotter_;
-  Point3D& galvos_;
+  GalvoPosition& galvos_;
   Transformation transformation_;
   Point3D position_;          // what the transformation turns into the galvos' position
   bool inMarks_ = false;      // the latest motion was a mark, and no delay has been waited since

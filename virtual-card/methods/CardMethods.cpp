@@ -1,4 +1,5 @@
-#include "methods/MethodTable.h"
+#include "card/TimeZones.h"
+#include "methods/RecordMethods.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -8,6 +9,18 @@ std::span<const Method> CardMethods() {
       {"SetClientLibVersion", [](Card&, const std::string&) {}},
       {"GetFirmwareProductVersion", [](Card& card) { return card.Identity.FirmwareVersion; }},
       {"GetCardSerialNumber", [](Card& card) { return card.Identity.SerialNumber; }},
+      {"GetFirmwareVersion", [](Card& card) { return card.Identity.FirmwareVersion; }},
+      {"GetFpgaVersion", [](Card&) { return std::string("Virtual FPGA 1.0"); }},
+      {"GetOSVersion", [](Card&) { return std::string("Virtual OS 1.0"); }},
+      {"GetConnectionLimit", [](Card&) { return CardSystem::GetConnectionLimit(); }},
+      {"GetOperatingState", [](Card& card) { return card.System.GetOperatingState(); }},
+      {"ResetOperatingState", [](Card& card) { card.System.ResetOperatingState(); }},
+      KELVO_RECORD_METHODS("SystemConfig", System, ClientLib::SystemConfig),
+      {"ResetToDefaults", [](Card& card) { card.Configuration.Reset(); }},
+      {"GetTime", [](Card& card) { return card.System.GetTime(); }},
+      {"GetUniversalTime", [](Card& card) { return card.System.GetUniversalTime(); }},
+      {"SetSystemTime", [](Card& card, const ClientLib::DateTime& time) { card.System.SetTime(time); }},
+      {"GetSupportedTimeZones", [](Card&) { return SupportedTimeZones(); }},
   };
   return Rows;
 }

@@ -80,6 +80,12 @@ const Method& FindMethod(std::string_view name);
 // The rows of each area.
 std::span<const Method> CardMethods();
 std::span<const Method> ListMethods();
+std::span<const Method> LaserMethods();
+std::span<const Method> ConfigurationMethods();
+std::span<const Method> ScannerMethods();
 std::span<const Method> FontMethods();
+std::span<const Method> ProcessMethods();
+std::span<const Method> MotfMethods();
+std::span<const Method> EventMethods();
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -1,0 +1,91 @@
+/* Prints what a card is, how it is, and its whole active configuration.
+ *
+ *     print_configuration [HOST [PORT]]
+ */
+#include <stdio.h>
+#include <stdlib.h>
+#include <time.h>
+
+#include "call.h"
+#include "card_address.h"
+#include "kelvo/kelvo.h"
+
+typedef int32_t (*TextGetter)(int32_t handle, char* buffer, uint32_t size, uint32_t* length);
+
+static void PrintIdentity(int32_t card) {
+  static const struct {
+    const char* name;
+    TextGetter get;
+  } texts[] = {
+      {"Serial number", vlSystemGetCardSerialNumber}, {"Product version", vlSystemGetFirmwareProductVersion},
+      {"Firmware", vlSystemGetFirmwareVersion},       {"FPGA", vlSystemGetFPGAVersion},
+      {"Operating system", vlSystemGetOSVersion},
+  };
+  for (size_t i = 0; i < sizeof texts / sizeof *texts; ++i) {
+    char text[256];
+    uint32_t length = 0;
+    CheckCall(texts[i].name, texts[i].get(card, text, sizeof text, &length));
+    printf("%-17s %s\n", texts[i].name, text);
+  }
+}
+
+static void PrintState(int32_t card) {
+  static const char* const names[] = {"configuration failed", "initialization failed", "scanner error"};
+  uint32_t state = 0;
+  uint64_t seconds = 0;
+  CALL(vlSystemGetOperatingState, card, &state);
+  printf("%-17s", "Operating state");
+  if (state == 0) printf(" normal");
+  for (unsigned bit = 0; bit < 3; ++bit) {
+    if ((state >> bit & 1) != 0) printf(" %s", names[bit]);
+  }
+  CALL(vlSystemGetUniversalTime, card, &seconds);
+  const time_t universal = (time_t)seconds;
+  char time[64] = "";
+  const struct tm* parts = gmtime(&universal);
+  if (parts != NULL) strftime(time, sizeof time, "%Y-%m-%d %H:%M:%S", parts);
+  printf("\n%-17s %s\n", "Time in UTC", time);
+}
+
+/* Prints a configuration's text, a field a line; a configuration inside another stays on its line. */
+static void PrintFields(const char* area, const char* text) {
+  int depth = 1;
+  printf("\n%s\n  ", area);
+  for (; *text != '\0'; ++text) {
+    if (*text == '{' || *text == '[' || *text == '(') ++depth;
+    if (*text == '}' || *text == ']' || *text == ')') --depth;
+    if (text[0] == ',' && text[1] == ' ' && depth == 1) {
+      printf("\n  ");
+      ++text;
+    } else {
+      putchar(*text);
+    }
+  }
+  putchar('\n');
+}
+
+/* Every area has functions of the same names. */
+#define PRINT_CONFIGURATION(area, card)                                  \
+  do {                                                                   \
+    vl##area##Config config;                                             \
+    char text[4096];                                                     \
+    uint32_t length = 0;                                                 \
+    CALL(vl##area##GetConfig, card, &config);                            \
+    CALL(vl##area##ToStringConfig, &config, text, sizeof text, &length); \
+    PrintFields(#area, text);                                            \
+  } while (0)
+
+int main(int count, char** arguments) {
+  CardAddress address;
+  if (!ParseCardAddress(count - 1, arguments + 1, &address)) {
+    fprintf(stderr, "usage: %s [HOST [PORT]]\n", arguments[0]);
+    return 2;
+  }
+  const int32_t card = (int32_t)CALL(vlConnect, address.host, address.port);
+  PrintIdentity(card);
+  PrintState(card);
+  PRINT_CONFIGURATION(System, card);
+  PRINT_CONFIGURATION(Laser, card);
+  CALL(vlDisconnect, card);
+  return EXIT_SUCCESS;
+}

@@ -1,0 +1,109 @@
+/* The laser: how the card drives it, switching it outside of lists, power scale and power calibration.
+ * Conventions: kelvo.h; configuration areas: KelvoConfigurationAPI.h.
+ *
+ * Times and frequencies of the configuration are in the card's own units, and power targets and laser engines have
+ * the card's own numbers: the library passes them on.
+ */
+#ifndef KELVO_LASER_API_H
+#define KELVO_LASER_API_H
+
+#include "kelvo/KelvoTypes.h"
+
+KELVO_EXTERN_C_BEGIN
+
+/* How the card drives the laser. A field that ends in 1 is that of the second power channel. Polarities: 0 active
+ * high, 1 active low. Power targets: None = 0, Dac0 = 1, Dac1 = 2, Digital1Bit = 3, Digital2Bit = 4, Digital8Bit = 5,
+ * Digital16Bit = 6, LmFrequency = 11, LmWidth = 12. Defaults are 0 and false where nothing else is said. */
+typedef struct vlLaserConfig {
+  int32_t ConfigVersion; /* 8 */
+  int32_t FpsPolarity;   /* of the first-pulse suppression */
+  int32_t GatePolarity;
+  int32_t LMPolarity; /* of the laser modulation */
+  double FpsStart;
+  double FpsWidth;
+  double GateSetup;
+  double GateHold;
+  double LaserTriggerDelay;
+  double PowerScale;
+  double PowerScale1;
+  double PowerChangeSetup;
+  double PowerWriteDelay;    /* 1 */
+  double PowerWriteWidth;    /* 2 */
+  int32_t HotPowerTarget;    /* Dac0 */
+  int32_t HotPowerTarget1;   /* None */
+  int32_t SimmerPowerTarget; /* Dac1 */
+  uint16_t SimmerPower;
+  bool EnableTickle;
+  double TickleFrequency;
+  double TickleWidth;
+  bool EnableLaserSync;
+  bool EnableGateModulatesLm;
+  bool EnablePowerCorrection;
+  bool EnablePowerCorrection1;
+  bool EnableVelocityCorrection;
+  bool EnableVelocityCorrection1;
+  bool EnablePowerCalibration;
+  bool EnablePowerCalibration1;
+  bool EnableEquallySpacedPulses;
+} vlLaserConfig;
+KELVO_STATIC_ASSERT(sizeof(vlLaserConfig) == 144, "the layout is part of the interface");
+
+/* Fills `*config` with the defaults. Returns 0 or -1. Local. */
+KELVO_API int32_t vlLaserInitConfig(vlLaserConfig* config);
+/* Fetches the card's active configuration. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserGetConfig(int32_t handle, vlLaserConfig* config);
+/* Sends the configuration; it becomes the active one. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserSetConfig(int32_t handle, const vlLaserConfig* config);
+/* Makes the card take its stored configuration as the active one. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserLoadConfig(int32_t handle);
+/* Makes the card store the active configuration. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserStoreConfig(int32_t handle);
+/* Writes the configuration as text into `buffer` of `size` bytes. Returns 0 or -1. Local. */
+KELVO_API int32_t vlLaserToStringConfig(const vlLaserConfig* config, char* buffer, uint32_t size,
+                                        uint32_t* length);
+
+/* Switches the laser on, outside of any list. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserLaserOn(int32_t handle);
+/* Switches the laser off. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserLaserOff(int32_t handle);
+/* Writes whether the pilot laser is on to `*enabled`. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserIsPilotEnabled(int32_t handle, bool* enabled);
+/* Switches the pilot laser on (`enable` not 0) or off. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserEnablePilot(int32_t handle, uint32_t enable);
+/* Writes whether the laser is armed to `*armed`. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserIsLaserArmed(int32_t handle, bool* armed);
+/* Arms the laser (`arm` not 0) or disarms it. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserArmLaser(int32_t handle, uint32_t arm);
+/* Writes the status of the laser to `*status`: a sum of 1 pilot on, 2 armed, 4 alarm. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserReadLaserStatus(int32_t handle, uint32_t* status);
+/* Writes the power scale of a power target to `*scale`. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserGetPowerScale(int32_t handle, uint32_t target, double* scale);
+/* Sets the power scale of a power target. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserSetPowerScale(int32_t handle, uint32_t target, double scale);
+
+/* ---- Power calibration: a table of numbers for each laser engine ---- */
+
+/* Makes the card create the table of an engine anew. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserCreatePowerCalibration(int32_t handle, uint32_t engine);
+/* Makes the card take the stored table of an engine as the active one. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserLoadPowerCalibration(int32_t handle, uint32_t engine);
+/* Makes the card store the table of an engine. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlLaserStorePowerCalibration(int32_t handle, uint32_t engine);
+/* Fetches the table of an engine into `buffer` of `capacity` elements and writes their number to `*count`. Returns 0,
+ * or -1 with "Buffer is too small" (without a full stop) when there are more, and writes nothing then. Remote. */
+KELVO_API int32_t vlLaserGetPowerCalibration(int32_t handle, uint32_t engine, uint32_t* buffer,
+                                             uint32_t capacity, uint32_t* count);
+/* Sends the table of an engine. Returns 0, or -1 ("The count must not be negative."). Remote. */
+KELVO_API int32_t vlLaserSetPowerCalibration(int32_t handle, uint32_t engine, const uint32_t* values,
+                                             int32_t count);
+/* Fetches the table of an engine into the file `path`, which is replaced: a number a line. Returns 0, or -1 with
+ * "Cannot open 'PATH': REASON." (the card is not asked) or "Cannot write 'PATH'.". Remote. */
+KELVO_API int32_t vlLaserPowerCalibrationGet(int32_t handle, uint32_t engine, const char* path);
+/* Sends the table in the file `path`: decimal numbers up to 4294967295, separated by line ends or ";", with blanks
+ * around them; empty places are skipped. Returns 0, or -1 with "Cannot open 'PATH': REASON." or "Illegal format!",
+ * and nothing is sent then. Remote. */
+KELVO_API int32_t vlLaserPowerCalibrationSet(int32_t handle, uint32_t engine, const char* path);
+
+KELVO_EXTERN_C_END
+
+#endif

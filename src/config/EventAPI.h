@@ -1,0 +1,14 @@
+// Which events the card reports.
+#pragma once
+
+#include "config/EventConfig.h"
+#include "config/RecordAPI.h"
+
+namespace VELTRO::KELVO::ClientLib {
+
+class EventAPI : public RecordAPI<EventConfig> {
+ public:
+  explicit EventAPI(RpcCaller& caller) : RecordAPI(caller, "EventConfig") {}
+};
+
+}  // namespace VELTRO::KELVO::ClientLib

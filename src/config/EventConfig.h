@@ -1,0 +1,34 @@
+// Which of its numbered events the card reports.
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+
+#include "config/Record.h"
+
+namespace VELTRO::KELVO::ClientLib {
+
+// The setting of one event: a group of fields without a version.
+class EventStatus {
+ public:
+  KELVO_FIELDS((bool, EnableGlobally, false), (std::set<std::int32_t>, Exclusions, {}))
+
+  std::string ToString() const;
+};
+
+class EventConfig : public Record<EventConfig, 1> {
+ public:
+  using Settings = std::map<std::int32_t, EventStatus>;
+
+  static constexpr const char* Name = "EventConfig";
+
+  KELVO_FIELDS((Settings, EventSettings, {}))
+
+  // Unlike that of other records, in braces and with the version first.
+  std::string ToString() const override;
+};
+
+extern template class Record<EventConfig, 1>;
+
+}  // namespace VELTRO::KELVO::ClientLib

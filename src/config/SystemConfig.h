@@ -1,0 +1,27 @@
+// What holds for the card as a whole.
+#pragma once
+
+#include <string>
+
+#include "config/Record.h"
+#include "config/ScannerMonitoringConfig.h"
+
+namespace VELTRO::KELVO::ClientLib {
+
+class SystemConfig : public Record<SystemConfig, 5> {
+ public:
+  static constexpr const char* Name = "SystemConfig";
+
+  // clang-format off
+  KELVO_FIELDS(
+      (std::string, TimeZone, "UTC"),
+      (bool, EnableStandAloneMode, false),
+      (std::int32_t, StandAloneListID, 0),
+      (std::int32_t, StandAloneExecuteOnErrorListID, 0),
+      (ScannerMonitoringConfig, ScannerMonitoring, {}))
+  // clang-format on
+};
+
+extern template class Record<SystemConfig, 5>;
+
+}  // namespace VELTRO::KELVO::ClientLib

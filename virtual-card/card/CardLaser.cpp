@@ -1,0 +1,99 @@
+#include "card/CardLaser.h"
+
+#include <numeric>
+#include <stdexcept>
+#include <utility>
+
+#include "common/KelvoAPIEnums.h"
+#include "rpc/MsgPack.h"
+
+namespace VELTRO::KELVO::VirtualCard {
+
+using ClientLib::LaserStatus;
+using ClientLib::MutexLock;
+
+namespace {
+
+constexpr std::size_t CalibrationSteps = 256;
+
+void CheckNumber(std::int32_t number, int count, const char* what) {
+  if (number < 0 || number >= count) {
+    throw std::runtime_error(std::string("There is no ") + what + " " + std::to_string(number) + ".");
+  }
+}
+
+}  // namespace
+
+std::string CardLaser::NameOf(std::int32_t engine) {
+  CheckNumber(engine, Engines, "laser engine");
+  return "PowerCalibration" + std::to_string(engine);
+}
+
+void CardLaser::EnablePilot(bool on) {
+  const MutexLock lock(mutex_);
+  pilot_ = on;
+}
+
+bool CardLaser::IsPilotEnabled() {
+  const MutexLock lock(mutex_);
+  return pilot_;
+}
+
+void CardLaser::Arm(bool on) {
+  const MutexLock lock(mutex_);
+  armed_ = on;
+}
+
+bool CardLaser::IsArmed() {
+  const MutexLock lock(mutex_);
+  return armed_;
+}
+
+std::int32_t CardLaser::GetStatus() {
+  return (IsPilotEnabled() ? LaserStatus::Pilot : 0) | (IsArmed() ? LaserStatus::Armed : 0);
+}
+
+void CardLaser::SetPowerScale(std::int32_t target, double scale) {
+  CheckNumber(target, Targets, "power target");
+  const MutexLock lock(mutex_);
+  scales_[target] = scale;
+}
+
+double CardLaser::GetPowerScale(std::int32_t target) {
+  CheckNumber(target, Targets, "power target");
+  const MutexLock lock(mutex_);
+  const auto found = scales_.find(target);
+  return found == scales_.end() ? 1 : found->second;
+}
+
+void CardLaser::CreateCalibration(std::int32_t engine) {
+  Calibration values(CalibrationSteps);
+  std::iota(values.begin(), values.end(), 0U);
+  SetCalibration(engine, std::move(values));
+}
+
+void CardLaser::SetCalibration(std::int32_t engine, Calibration values) {
+  CheckNumber(engine, Engines, "laser engine");
+  const MutexLock lock(mutex_);
+  calibrations_[engine] = std::move(values);
+}
+
+CardLaser::Calibration CardLaser::GetCalibration(std::int32_t engine) {
+  CheckNumber(engine, Engines, "laser engine");
+  const MutexLock lock(mutex_);
+  return calibrations_[engine];
+}
+
+void CardLaser::StoreCalibration(std::int32_t engine) {
+  msgpack::sbuffer bytes;
+  msgpack::pack(bytes, GetCalibration(engine));
+  directory_.Write(NameOf(engine), {bytes.data(), bytes.size()});
+}
+
+void CardLaser::LoadCalibration(std::int32_t engine) {
+  const auto bytes = directory_.Read(NameOf(engine));
+  SetCalibration(
+      engine, bytes ? msgpack::unpack(bytes->data(), bytes->size()).get().as<Calibration>() : Calibration());
+}
+
+}  // namespace VELTRO::KELVO::VirtualCard

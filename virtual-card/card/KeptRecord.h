@@ -1,0 +1,105 @@
+// A configuration record as the card keeps it: an active copy, a stored one, and, while settings are being grouped,
+// one that is to become active.
+#pragma once
+
+#include <exception>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "Log.h"
+#include "card/StateDirectory.h"
+#include "common/Mutex.h"
+#include "config/RecordWire.h"
+
+namespace VELTRO::KELVO::VirtualCard {
+
+// What takes part in a group of settings. Nothing of it throws.
+class UpdateParticipant {
+ public:
+  virtual ~UpdateParticipant() = default;
+  virtual void BeginUpdate() = 0;
+  // What has been set since takes effect, or is dropped.
+  virtual void EndUpdate(bool keep) = 0;
+  // Makes the defaults active, or what becomes active when the group ends.
+  virtual void Reset() = 0;
+  // Whether what was stored could be read when the card started.
+  virtual bool IsSound() const = 0;
+};
+
+// Any thread may call anything at any time.
+template <class R>
+class KeptRecord : public UpdateParticipant {
+ public:
+  // Throws what a client is told that sets a record which the card cannot take.
+  using Check = void (*)(const R&);
+
+  // Takes what was stored under `name` as the active record, too; the defaults when it cannot be read, and says so
+  // on stderr.
+  KeptRecord(
+      std::string name, StateDirectory& directory, Check check = [](const R&) {})
+      : name_(std::move(name)), directory_(directory), check_(check) {
+    try {
+      Load();
+    } catch (const std::exception& error) {
+      sound_ = false;
+      LogLine("Taking the defaults for the stored " + name_ + ": " + error.what());
+    }
+  }
+
+  R Get() {
+    const ClientLib::MutexLock lock(mutex_);
+    return active_;
+  }
+  // Sets the active record, or what becomes it when the group of settings ends. Throws as the check does.
+  void Set(R record) {
+    check_(record);
+    const ClientLib::MutexLock lock(mutex_);
+    (pending_ ? *pending_ : active_) = std::move(record);
+  }
+  // The same for a part of it: `change` gets the record to be changed.
+  template <class Change>
+  void Edit(Change&& change) {
+    const ClientLib::MutexLock lock(mutex_);
+    change(pending_ ? *pending_ : active_);
+  }
+  // What is stored, or without it the defaults. Throws as StateDirectory::Read, as the check, or std::exception when
+  // what is stored is no such record.
+  void Load() { Set(Stored()); }
+  // Throws as StateDirectory::Write.
+  void Store() {
+    msgpack::sbuffer bytes;
+    msgpack::pack(bytes, Get());
+    directory_.Write(name_, {bytes.data(), bytes.size()});
+  }
+
+  void BeginUpdate() override {
+    const ClientLib::MutexLock lock(mutex_);
+    pending_ = active_;
+  }
+  void EndUpdate(bool keep) override {
+    const ClientLib::MutexLock lock(mutex_);
+    if (keep && pending_) active_ = std::move(*pending_);
+    pending_.reset();
+  }
+  void Reset() override { Set(R()); }
+  bool IsSound() const override { return sound_; }
+
+ private:
+  R Stored() {
+    const auto bytes = directory_.Read(name_);
+    R record;
+    if (bytes) msgpack::unpack(bytes->data(), bytes->size()).get().convert(record);
+    return record;
+  }
+
+  const std::string name_;
+  StateDirectory& directory_;
+  const Check check_;
+  bool sound_ = true;
+  ClientLib::Mutex mutex_;
+  R active_ KELVO_GUARDED_BY(mutex_);
+  std::optional<R> pending_ KELVO_GUARDED_BY(mutex_);
+};
+
+}  // namespace VELTRO::KELVO::VirtualCard
