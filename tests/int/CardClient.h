@@ -14,6 +14,8 @@
 #include <vector>
 
 #include "client/ClientAPI.h"
+#include "config/ProcessVariables.h"
+#include "config/RecordWire.h"
 #include "int/CardProcess.h"
 #include "int/Helpers.h"
 #include "lists/CommandCodes.h"
@@ -83,6 +85,10 @@ class Client : public ClientAPI {
     events.RegisterErrorEventCallback(
         [this](int, int, const char* text, std::uint32_t) { Keep("error " + SecondLine(text)); });
     Connect(IPAddress::Resolve(address), card.GetPort(), 1);
+    ProcessVariables variables;  // with speeds at which motions take times that tell them apart
+    variables.JumpSpeed = 0.01;
+    variables.MarkSpeed = 0.001;
+    Call("SetVariables", variables);
   }
   ~Client() override { Disconnect(); }
 
