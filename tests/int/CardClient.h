@@ -4,8 +4,6 @@
 
 #include <condition_variable>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <mutex>
 #include <sstream>
@@ -131,16 +129,14 @@ class Client : public ClientAPI {
   Events events_;
 };
 
-// A file name in a directory of its own, which goes with the object.
+// The file of a picture.
 class PictureFile {
  public:
-  PictureFile() { EXPECT_NE(mkdtemp(directory_.data()), nullptr); }
-  ~PictureFile() { std::filesystem::remove_all(directory_); }
-  Text Name() const { return directory_ + "/run.svg"; }
+  Text Name() const { return directory_.Path + "/run.svg"; }
   Text Content() const { return {std::istreambuf_iterator<char>(std::ifstream(Name()).rdbuf()), {}}; }
 
  private:
-  Text directory_ = "/tmp/kelvo-test-XXXXXX";
+  TemporaryDirectory directory_;
 };
 
 }  // namespace VELTRO::KELVO::Test
