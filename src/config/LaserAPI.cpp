@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <cstring>
 #include <fstream>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -14,7 +14,8 @@ namespace {
 
 std::fstream Open(const std::string& path, std::ios::openmode mode) {
   std::fstream file(path, mode | std::ios::binary);
-  if (!file) throw std::runtime_error("Cannot open '" + path + "': " + std::strerror(errno) + ".");
+  if (!file)
+    throw std::runtime_error("Cannot open '" + path + "': " + std::generic_category().message(errno) + ".");
   return file;
 }
 

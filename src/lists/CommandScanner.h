@@ -12,6 +12,7 @@
 #include <array>
 #include <cstddef>
 #include <string_view>
+#include <utility>
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -51,9 +52,11 @@ class TextCursor {
   }
   // These take what there is of it, which may be nothing.
   std::string_view TakeAll(unsigned classes) {
-    const char* const begin = at_;
-    while (IsAtAny(classes)) ++at_;
-    return {begin, static_cast<std::size_t>(at_ - begin)};
+    // A local: the compiler must take it that at_ lies in the text, and would store it at every step.
+    const char* at = at_;
+    while (at != end_ && (Characters::Classes[static_cast<unsigned char>(*at)] & classes) != 0) ++at;
+    const char* const begin = std::exchange(at_, at);
+    return {begin, static_cast<std::size_t>(at - begin)};
   }
   std::string_view TakeName() {
     return IsAtAny(Characters::Letter) ? TakeAll(Characters::Letter | Characters::Digit) : std::string_view();

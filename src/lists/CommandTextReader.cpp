@@ -54,7 +54,7 @@ bool IsBelowOne(std::string_view number) {
 
 // Takes a number of the number expression; false when none is there.
 template <class T>
-bool TakeNumber(TextCursor& cursor, T& number) {
+[[gnu::always_inline]] inline bool TakeNumber(TextCursor& cursor, T& number) {
   TextCursor ahead = cursor;
   ahead.Take('+');
   const char* const begin = ahead.At();
@@ -93,7 +93,7 @@ void TakeElement(TextCursor& cursor, bool& value) {
 }
 
 template <std::size_t N, class T>
-void TakeElement(TextCursor& cursor, Point<N, T>& point) {
+[[gnu::always_inline]] inline void TakeElement(TextCursor& cursor, Point<N, T>& point) {
   for (std::size_t i = 0; i < N; ++i) {
     if (i > 0) cursor.SkipBlanksAndCommas();
     if (cursor.Take(CoordinateNames[i])) {

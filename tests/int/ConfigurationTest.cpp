@@ -29,7 +29,7 @@ class Filler {
     } else if constexpr (std::is_same_v<T, std::string>) {
       field = "Asia/Kolkata";  // the card takes no other texts than names of time zones
     } else if constexpr (HasFields<T>) {
-      T::ForEachField(field, [this](const char*, auto& part) { Fill(part); });
+      T::ForEachField(field, [this](const char*, auto& part) { this->Fill(part); });
     } else if constexpr (std::is_same_v<T, Transform3D>) {
       for (std::size_t i = 0; i < 12; ++i) Fill(field[i]);
     } else if constexpr (requires { field.Coordinates; }) {

@@ -100,7 +100,7 @@ TEST(Transforms, HaveInversesOrTheNextBest) {
   };
   for (const auto& [map, inverse, tolerance, end] : rows) {
     EXPECT_LT(Distance(map.PseudoInverse(tolerance), inverse), 1e-13 * (100 + std::abs(inverse[0]))) << map.ToString();
-    EXPECT_EQ(Failure([&] { EXPECT_LT(Distance(map.Inverse(), inverse), 1e-13 * (100 + std::abs(inverse[0]))); }), end) << map.ToString();
+    EXPECT_EQ(Failure([&, &m = map, &i = inverse] { EXPECT_LT(Distance(m.Inverse(), i), 1e-13 * (100 + std::abs(i[0]))); }), end) << map.ToString();
   }
   std::mt19937 random(7);
   for (int round = 0; round < 1000; ++round) {

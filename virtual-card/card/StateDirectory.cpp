@@ -6,10 +6,10 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -19,7 +19,8 @@ using ClientLib::MutexLock;
 namespace {
 
 [[noreturn]] void Fail(const char* what, const std::string& file) {
-  throw std::runtime_error(std::string("Cannot ") + what + " '" + file + "': " + std::strerror(errno) + ".");
+  throw std::runtime_error(std::string("Cannot ") + what + " '" + file +
+                           "': " + std::generic_category().message(errno) + ".");
 }
 
 // The whole of it, on the disk when this returns.

@@ -69,10 +69,11 @@ void Clock::WaitForRealTime(double lead) {
   double real = RealTime();
   if (target - real <= lead) return;
   const double begin = real;
-  for (; real < target; real = RealTime()) {
+  while (real < target) {
     const std::uint64_t wakes = abort_.GetWakes();
     if (IsAborted()) break;
     abort_.WaitUntil(DeadlineIn(target - real), wakes);
+    real = RealTime();
   }
   waited_ += real - begin;
 }
