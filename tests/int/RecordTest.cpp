@@ -8,6 +8,7 @@
 #include "config/ScannerMonitoringConfig.h"
 #include "int/Helpers.h"
 #include "kelvo/kelvo.h"
+#include "services/OpticalParameters.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -67,6 +68,7 @@ TEST(Records, AreCheckedElementByElement) {
   ExpectChecks<QuadratureDecoderConfig, vlQuadratureDecoderConfig>();
   ExpectChecks<EventConfig, vlEventConfig>();
   ExpectChecks<ScannerMonitoringConfig, vlScannerMonitoringConfig>();
+  ExpectChecks<OpticalParameters, vlOpticalParameters>();
 }
 
 // As many a line as fit.
