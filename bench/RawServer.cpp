@@ -161,7 +161,8 @@ class Connection {
     AppendFrame(out_, FrameType::Response, [&](auto& packer) {
       packer.pack(id);
       if (method == "FileRead") {
-        packer.pack_bin(static_cast<std::uint32_t>(count)).pack_bin_body(bytes.data(), static_cast<std::uint32_t>(count));
+        packer.pack_bin(static_cast<std::uint32_t>(count))
+            .pack_bin_body(bytes.data(), static_cast<std::uint32_t>(count));
       } else if (method == "FileGetSize") {
         packer.pack(kBenchFileSize);
       } else if (method == "FileWrite" || method == "FileClose") {

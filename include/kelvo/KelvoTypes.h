@@ -48,7 +48,8 @@ KELVO_STATIC_ASSERT(sizeof(vlPoint2D) == 16 && sizeof(vlPoint3D) == 24,
                     "the layout is part of the interface");
 KELVO_STATIC_ASSERT(sizeof(vlPoint2DInt) == 8 && sizeof(vlPoint3DInt) == 12,
                     "the layout is part of the interface");
-KELVO_STATIC_ASSERT(sizeof(vlPointXYZM) == 32 && sizeof(vlTransform3D) == 96, "the layout is part of the interface");
+KELVO_STATIC_ASSERT(sizeof(vlPointXYZM) == 32 && sizeof(vlTransform3D) == 96,
+                    "the layout is part of the interface");
 
 KELVO_EXTERN_C_END
 

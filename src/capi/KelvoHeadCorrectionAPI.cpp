@@ -29,11 +29,13 @@ int32_t vlHeadCorrectionDelete(int32_t handle, int32_t head, int32_t slot) {
 }
 
 int32_t vlHeadCorrectionSet(int32_t handle, int32_t head, int32_t slot, const char* path) {
-  return On(handle, [&](HeadCorrectionAPI& corrections) { corrections.Set(head, slot, NotNull(path, "path")); });
+  return On(handle,
+            [&](HeadCorrectionAPI& corrections) { corrections.Set(head, slot, NotNull(path, "path")); });
 }
 
 int32_t vlHeadCorrectionGet(int32_t handle, int32_t head, int32_t slot, const char* path) {
-  return On(handle, [&](HeadCorrectionAPI& corrections) { corrections.Get(head, slot, NotNull(path, "path")); });
+  return On(handle,
+            [&](HeadCorrectionAPI& corrections) { corrections.Get(head, slot, NotNull(path, "path")); });
 }
 
 int32_t vlHeadCorrectionLoad(int32_t handle) {

@@ -45,12 +45,11 @@ void FileAPIVL::Get(DirectorySelector directory, const std::string& name, const 
     FileHandle remote = Open(directory, name, FileMode::Open);
     const std::uint64_t size = remote.GetSize();
     for (std::uint64_t moved = 0; moved < size;) {
-      const auto wanted = static_cast<std::int32_t>(
-          std::min(size - moved, static_cast<std::uint64_t>(chunkSize_)));
+      const auto wanted =
+          static_cast<std::int32_t>(std::min(size - moved, static_cast<std::uint64_t>(chunkSize_)));
       const FileHandle::Bytes chunk = remote.Read(wanted);
       if (chunk.empty()) throw std::runtime_error("The card's file ended early.");
-      if (std::ssize(chunk) > wanted)
-        throw std::runtime_error("The card sent more than it was asked for.");
+      if (std::ssize(chunk) > wanted) throw std::runtime_error("The card sent more than it was asked for.");
       local.Write(chunk);
       moved += chunk.size();
       Report(progress, moved, size);

@@ -103,14 +103,13 @@ std::uint32_t doubleHash(double value) {
 
 std::uint32_t OpticalParameters::GetHashCode() const {
   const std::pair<std::int32_t, std::uint32_t> integers[] = {
-      {MinorVersion, 641}, {UsedAxes, 587}, {HeadFormat._to_integral(), 135},
-      {XLayers, 77},       {YLayers, 44},   {ZLayers, 59},
-      {MLayers, 33}};
+      {MinorVersion, 641}, {UsedAxes, 587}, {HeadFormat._to_integral(), 135}, {XLayers, 77}, {YLayers, 44},
+      {ZLayers, 59},       {MLayers, 33}};
   std::uint32_t hash = 0;
   for (const auto& [value, factor] : integers) hash ^= static_cast<std::uint32_t>(value) * factor;
-  for (const double value : {MaxAngleX, MaxAngleY, MaxMagnification, Y2Z0, X2Y, O2X, FocalLength,
-                             MaxLensTravel, Aperture, WorkingDistance, Wavelength, BitPerMicronZ0,
-                             BitPerMicronZ1, BitPerMicronE0, BitPerMicronE1}) {
+  for (const double value :
+       {MaxAngleX, MaxAngleY, MaxMagnification, Y2Z0, X2Y, O2X, FocalLength, MaxLensTravel, Aperture,
+        WorkingDistance, Wavelength, BitPerMicronZ0, BitPerMicronZ1, BitPerMicronE0, BitPerMicronE1}) {
     hash ^= doubleHash(value);
   }
   for (const Point3D& point : {FieldSize, FieldOffset}) {

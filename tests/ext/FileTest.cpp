@@ -26,11 +26,16 @@ struct Folder {
   // Its files and what is in them; "name=content ".
   std::string Content() const {
     std::string text;
-    for (const auto& entry : fs::directory_iterator(Path)) text += entry.path().filename().string() + "=" + Read(entry.path()) + " ";
+    for (const auto& entry : fs::directory_iterator(Path))
+      text += entry.path().filename().string() + "=" + Read(entry.path()) + " ";
     return text;
   }
-  static std::string Read(const fs::path& path) { return {std::istreambuf_iterator<char>(std::ifstream(path, std::ios::binary).rdbuf()), {}}; }
-  static void Write(const std::string& path, const std::string& content) { std::ofstream(path, std::ios::binary) << content; }
+  static std::string Read(const fs::path& path) {
+    return {std::istreambuf_iterator<char>(std::ifstream(path, std::ios::binary).rdbuf()), {}};
+  }
+  static void Write(const std::string& path, const std::string& content) {
+    std::ofstream(path, std::ios::binary) << content;
+  }
   std::string Path = "/tmp/kelvo-test-XXXXXX";
 };
 
@@ -59,9 +64,9 @@ std::string Told(std::int64_t result, const Values&... values) {
 
 // A card with one file that keeps what it is asked and does one thing wrong.
 struct FileCard {
-  std::string Content, Wrong{};                         // the method whose answer is Answer in place of the right one
+  std::string Content, Wrong{};  // the method whose answer is Answer in place of the right one
   std::function<std::string(const Request&)> Answer{};
-  int Cut = -1;                                         // the request at which the connection ends
+  int Cut = -1;  // the request at which the connection ends
   std::mutex Mutex{};
   std::string Calls{};
   // The methods as they came since the last time, or after `count` characters of them.

@@ -15,7 +15,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr double Nan = std::numeric_limits<double>::quiet_NaN(), Inf = std::numeric_limits<double>::infinity();
+constexpr double Nan = std::numeric_limits<double>::quiet_NaN(),
+                 Inf = std::numeric_limits<double>::infinity();
 
 // Every field has a value of its own.
 OpticalParameters Distinct() {
@@ -23,10 +24,14 @@ OpticalParameters Distinct() {
   int next = 0;
   OpticalParameters::ForEachField(p, [&]<class T>(const char*, T& field) {
     ++next;
-    if constexpr (std::is_same_v<T, ScanHeadFormat>) field = ScanHeadFormat::VL3_Dual3D;
-    else if constexpr (std::is_same_v<T, std::string>) field = "h\u00e4sh";
-    else if constexpr (std::is_arithmetic_v<T>) field = static_cast<T>(next + 0.5);
-    else for (double& coordinate : field.Coordinates) coordinate = 0.25 + next++;
+    if constexpr (std::is_same_v<T, ScanHeadFormat>)
+      field = ScanHeadFormat::VL3_Dual3D;
+    else if constexpr (std::is_same_v<T, std::string>)
+      field = "h\u00e4sh";
+    else if constexpr (std::is_arithmetic_v<T>)
+      field = static_cast<T>(next + 0.5);
+    else
+      for (double& coordinate : field.Coordinates) coordinate = 0.25 + next++;
   });
   return p;
 }

@@ -45,7 +45,8 @@ void ExpectChecks() {
     EXPECT_EQ(outcome(), expected) << place;
     EXPECT_EQ(kept.ToString(), text);
   };
-  for (std::size_t i = 0; i <= elements.size(); ++i) expectFailureWith(i, msgpack::type::nil_t(), "std::bad_cast");
+  for (std::size_t i = 0; i <= elements.size(); ++i)
+    expectFailureWith(i, msgpack::type::nil_t(), "std::bad_cast");
   expectFailureWith(R::VersionPlace, R::CurrentConfigVersion + 1,
                     "The Version of the supplied config is newer than the newest supported version.");
   R::ForEachField(kept, [&, place = std::size_t{0}]<class T>(const char*, const T&) mutable {

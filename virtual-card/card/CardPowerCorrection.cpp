@@ -83,7 +83,8 @@ CardPowerCorrection::Table CardPowerCorrection::ReadTable(const char* name) {
   try {
     std::size_t used = 0;
     const auto file = ClientLib::Body::Unpack(bytes, used, ClientLib::Body::UsualDepth).get().as<File>();
-    bool isSound = used == bytes.size() && std::get<0>(file) == Mark && std::get<2>(file).size() <= MostPoints;
+    bool isSound =
+        used == bytes.size() && std::get<0>(file) == Mark && std::get<2>(file).size() <= MostPoints;
     table.Parameters = std::get<1>(file);
     for (const auto& point : std::get<2>(file)) {
       isSound = isSound && IsFinite(point);

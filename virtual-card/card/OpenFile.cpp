@@ -83,8 +83,8 @@ std::int32_t OpenFiles::Open(CardFiles::Directory directory, const std::string& 
 }
 
 std::int32_t OpenFiles::Find(CardFiles::Directory directory, const std::string& name) const {
-  const auto found = std::ranges::find_if(
-      open_, [&](const auto& entry) { return entry.second->Is(directory, name); });
+  const auto found =
+      std::ranges::find_if(open_, [&](const auto& entry) { return entry.second->Is(directory, name); });
   return found == open_.end() ? -1 : found->first;
 }
 

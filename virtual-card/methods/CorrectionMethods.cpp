@@ -32,14 +32,14 @@ std::span<const Method> HeadCorrectionMethods() {
 
 std::span<const Method> PowerCorrectionMethods() {
   static constexpr Method Rows[] = {
-      {"CreatePowerCorrection", [](Card& card, OpticalParameters parameters) {
-         card.PowerCorrection.Create(std::move(parameters));
-       }},
+      {"CreatePowerCorrection",
+       [](Card& card, OpticalParameters parameters) { card.PowerCorrection.Create(std::move(parameters)); }},
       {"LoadPowerCorrection", [](Card& card) { card.PowerCorrection.Load(); }},
       {"StorePowerCorrection", [](Card& card) { card.PowerCorrection.Store(); }},
       {"ChangePowerCorrectionValue",
        [](Card& card, Point3D position, double value) { card.PowerCorrection.ChangeValue(position, value); }},
-      {"GetOpticalParametersPowerCorrection", [](Card& card) { return card.PowerCorrection.GetParameters(); }},
+      {"GetOpticalParametersPowerCorrection",
+       [](Card& card) { return card.PowerCorrection.GetParameters(); }},
       {"GetPowerCorrection", [](Card& card) { card.PowerCorrection.PutCopy(); }},
       {"SetPowerCorrection", [](Card& card) { card.PowerCorrection.TakeCopy(); }},
   };

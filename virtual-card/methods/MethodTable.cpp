@@ -11,10 +11,10 @@ using Table = std::unordered_map<std::string_view, const Method*>;
 const Table& AllMethods() {
   static const Table table = [] {
     Table all;
-    for (const auto area : {CardMethods(), ListMethods(), FontMethods(), LaserMethods(),
-                            ConfigurationMethods(), ScannerMethods(), ProcessMethods(), MotfMethods(),
-                            EventMethods(), FileMethods(), HeadCorrectionMethods(),
-                            PowerCorrectionMethods()}) {
+    for (const auto area :
+         {CardMethods(), ListMethods(), FontMethods(), LaserMethods(), ConfigurationMethods(),
+          ScannerMethods(), ProcessMethods(), MotfMethods(), EventMethods(), FileMethods(),
+          HeadCorrectionMethods(), PowerCorrectionMethods()}) {
       for (const Method& method : area) all.emplace(method.GetName(), &method);
     }
     return all;
