@@ -1,6 +1,6 @@
 #include "kelvo/KelvoFileAPI.h"
 
-#include <cstring>
+#include <algorithm>
 #include <limits>
 
 #include "capi/Frame.h"
@@ -48,7 +48,7 @@ int32_t vlFileGetFiles(int32_t handle, int32_t directory, char* buffer, uint32_t
     const std::string text = Joined(names);
     if (size > 0) {
       if (text.size() > size) throw std::runtime_error("Buffer is too small.");
-      std::memcpy(buffer, text.data(), text.size());
+      std::ranges::copy(text, buffer);
     }
     *length = static_cast<uint32_t>(text.size());
     *count = static_cast<uint32_t>(names.size());

@@ -62,6 +62,7 @@ std::vector<std::string> FileDirectory::GetNames() const {
   const std::unique_ptr<DIR, CloseDirectory> entries(own.IsOpen() ? fdopendir(own.Get()) : nullptr);
   if (!entries) Fail("read", ".");
   own.Release();
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody else reads from this stream
   while (const dirent* entry = readdir(entries.get())) {
     if (Exists(entry->d_name)) names.emplace_back(entry->d_name);
   }
