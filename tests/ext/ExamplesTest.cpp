@@ -38,6 +38,7 @@ TEST(Examples, SayWhatTheyDidOrWhyNot) {
       {"branch_on_input" + on(starCard), 0, "part 7: waiting\npart 7: star\n"},
       {"branch_on_input" + on(oddCard), 0, "part 7: waiting\npart 7: of no known kind\n"},
       {"list_of_lists" + here, 0, "list 6: 3 commands\nmarked a dial\n"},
+      {"print_configuration" + here, 0, "Scanner\n  FieldSize={ X=65536, Y=65536, Z=1 }\n  MaxMagnification=1\n"},
       {"select_correction optics.json 1 3" + here + " 2>/dev/null", 0, "  \"Hash\": \"dcc02e9511dfd38f\""},
       {"select_correction missing.kc7 1 3" + here, 1, "vlHeadCorrectionSet failed:\n  Unexpected filesize\n"},
       {"d=$(mktemp -d); backup_files save $d" + here + "; backup_files restore $d" + on(starCard) +
@@ -49,6 +50,7 @@ TEST(Examples, SayWhatTheyDidOrWhyNot) {
       {"list_from_text rosette.txt" + nowhere, 1, refused},
       {"branch_on_input" + nowhere, 1, refused},
       {"list_of_lists" + nowhere, 1, refused},
+      {"print_configuration" + nowhere, 1, refused},
       {"backup_files save /tmp/never" + nowhere, 1, refused},
       {"select_correction optics.json 0 0" + nowhere, 1, refused},
   };

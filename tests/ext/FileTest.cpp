@@ -19,9 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Folder {
-  Folder() { EXPECT_NE(mkdtemp(Path.data()), nullptr); }
-  ~Folder() { fs::remove_all(Path); }
+struct Folder : TemporaryDirectory {
   std::string operator/(const std::string& name) const { return Path + "/" + name; }
   // Its files and what is in them; "name=content ".
   std::string Content() const {
@@ -36,7 +34,6 @@ struct Folder {
   static void Write(const std::string& path, const std::string& content) {
     std::ofstream(path, std::ios::binary) << content;
   }
-  std::string Path = "/tmp/kelvo-test-XXXXXX";
 };
 
 std::string Noise(std::size_t size) {

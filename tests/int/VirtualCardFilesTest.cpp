@@ -15,16 +15,10 @@ using Bytes8 = std::vector<std::uint8_t>;
 
 constexpr int Corr = 1, CreateNew = 1, Create = 2, Open = 3, OpenOrCreate = 4, Truncate = 5, Append = 6;
 
-struct StateFolder {
-  StateFolder() { EXPECT_NE(mkdtemp(Path.data()), nullptr); }
-  ~StateFolder() { fs::remove_all(Path); }
-  Text Path = "/tmp/kelvo-test-XXXXXX";
-};
-
 // As many a line as fit.
 // clang-format off
 TEST(VirtualCardFiles, AreOpenedReadAndWrittenAsTheirModesSay) {
-  const StateFolder state;
+  const TemporaryDirectory state;
   for (const bool onDisk : {false, true}) {
     const CardProcess card(onDisk ? std::vector<Text>{"--state", state.Path} : std::vector<Text>{});
     Client c(card), other(card);
@@ -74,7 +68,7 @@ TEST(VirtualCardFiles, AreOpenedReadAndWrittenAsTheirModesSay) {
 }
 
 TEST(VirtualCardFiles, AreNowhereButInTheirFolder) {
-  const StateFolder state, outside;
+  const TemporaryDirectory state, outside;
   std::ofstream(outside.Path + "/secret") << "secret";
   const Text folder = state.Path + "/files/CORRFILES/";
   fs::create_directories(folder + "folder");

@@ -18,6 +18,7 @@ Card::Card(CardSettings settings, Notifier& clients)
       PowerCorrection(Files),
       Lists(Execution),
       Scanner(Configuration, Execution),
-      Execution(std::move(settings.Execution), {clients, runSignal_, Inputs, Variables, Lists, Fonts}) {}
+      Execution(std::move(settings.Execution),
+                {clients, runSignal_, Inputs, Variables, Lists, Fonts, Configuration, System}) {}
 
 }  // namespace VELTRO::KELVO::VirtualCard
