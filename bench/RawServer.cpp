@@ -131,6 +131,7 @@ class Connection {
     const std::string_view method = body.String();
     const bool isStream = method == "StreamNotifications";
     const bool isOnce = method == "NotifyOnce";
+    if (method.starts_with("File") || method == "GetFileHandle") return AnswerFile(id, method, body);
     const int count = isStream && body.Array() > 0 ? static_cast<int>(body.Integer()) : 0;
     AppendFrame(out_, FrameType::Response, [&](auto& packer) {
       packer.pack(id);
@@ -146,6 +147,30 @@ class Connection {
     });
     if (isStream) PushStream(count);
     if (isOnce) PushOne();
+  }
+
+  // A file that is kBenchFileSize long, whatever is written to it.
+  void AnswerFile(std::uint64_t id, std::string_view method, BodyReader& body) {
+    static const std::string bytes(kFileChunkSize, 'x');
+    std::size_t count = 0;
+    if (method == "FileRead") {
+      body.Array();
+      body.Integer();
+      count = std::min(static_cast<std::size_t>(body.Integer()), bytes.size());
+    }
+    AppendFrame(out_, FrameType::Response, [&](auto& packer) {
+      packer.pack(id);
+      if (method == "FileRead") {
+        packer.pack_bin(static_cast<std::uint32_t>(count))
+            .pack_bin_body(bytes.data(), static_cast<std::uint32_t>(count));
+      } else if (method == "FileGetSize") {
+        packer.pack(kBenchFileSize);
+      } else if (method == "FileWrite" || method == "FileClose") {
+        packer.pack_nil();
+      } else {
+        packer.pack(method == "FileOpen" ? 1 : -1);
+      }
+    });
   }
 
   void PushStream(int count) {

@@ -2,11 +2,16 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <cstdint>
 
 namespace VELTRO::KELVO::Bench {
 
 inline constexpr const char* kRawServerArgument = "--raw-server";
+
+// The file that the server has under any name, and what is read or written of it at once.
+inline constexpr std::size_t kBenchFileSize = std::size_t{64} << 20;
+inline constexpr std::size_t kFileChunkSize = 8192;
 
 // The server's whole program: standard output carries the port, and the end of standard input ends it.
 int RunRawServer();

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "FileRows.h"
 #include "Harness.h"
 #include "LibraryRows.h"
 #include "ListRows.h"
@@ -79,6 +80,7 @@ int main(int argc, char** argv) {
     RegisterLibraryRows(harness);
     RegisterListRows(harness);
     RegisterTextRows(harness);
+    RegisterFileRows(harness);
     if (options.isSelfCheck) harness.AddSelfCheckRows();
     return harness.Run(options) ? 0 : 1;
   } catch (const std::invalid_argument& error) {

@@ -33,6 +33,11 @@ typedef struct vlPoint3DInt {
   int32_t X, Y, Z;
 } vlPoint3DInt;
 
+/* Values for x, y, z and the magnification. */
+typedef struct vlPointXYZM {
+  double X, Y, Z, M;
+} vlPointXYZM;
+
 /* An affine map x' = A x + b; A[row][column]. */
 typedef struct vlTransform3D {
   double A[3][3];
@@ -43,7 +48,8 @@ KELVO_STATIC_ASSERT(sizeof(vlPoint2D) == 16 && sizeof(vlPoint3D) == 24,
                     "the layout is part of the interface");
 KELVO_STATIC_ASSERT(sizeof(vlPoint2DInt) == 8 && sizeof(vlPoint3DInt) == 12,
                     "the layout is part of the interface");
-KELVO_STATIC_ASSERT(sizeof(vlTransform3D) == 96, "the layout is part of the interface");
+KELVO_STATIC_ASSERT(sizeof(vlPointXYZM) == 32 && sizeof(vlTransform3D) == 96,
+                    "the layout is part of the interface");
 
 KELVO_EXTERN_C_END
 

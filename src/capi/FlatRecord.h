@@ -60,6 +60,12 @@ inline void FromRecord(const Point2D& field, vlPoint2D& flat) {
 inline void ToRecord(const vlPoint2D& flat, Point2D& field) {
   field = {flat.X, flat.Y};
 }
+inline void FromRecord(const Point4D& field, vlPointXYZM& flat) {
+  flat = {field.X(), field.Y(), field.Z(), field.W()};
+}
+inline void ToRecord(const vlPointXYZM& flat, Point4D& field) {
+  field = {flat.X, flat.Y, flat.Z, flat.M};
+}
 
 inline void FromRecord(const std::array<double, 2>& field, vlPoint2D& flat) {
   flat = {field[0], field[1]};

@@ -39,6 +39,8 @@ class RemoteCall {
   virtual ~RemoteCall() = default;
 
   std::string_view GetMethod() const { return method_; }
+  // Whether somebody waits for the answer.
+  bool IsAwaited() const { return awaited_; }
   // Packs the arguments as one array.
   virtual void PackArguments(OutputPacket& packet) const = 0;
   virtual void LogArguments(RpcLogger::Line& line) const = 0;
@@ -47,8 +49,12 @@ class RemoteCall {
   virtual void TakeResult(InputPacket& answer, msgpack::object_handle object) = 0;
   virtual void LogResult(RpcLogger::Line& line) const = 0;
 
+ protected:
+  void DoNotAwait() { awaited_ = false; }
+
  private:
   const std::string_view method_;
+  bool awaited_ = true;
 };
 
 // A result as it came, with the bytes that it refers to.
@@ -67,6 +73,10 @@ class RpcCaller {
   // result of another kind, std::runtime_error for what can happen to the connection.
   template <class Result = void, class... Args>
   auto Call(std::string_view method, const Args&... args);
+  // For what a destructor tells a card that may be dead: sends the call if that is possible at once, and waits for
+  // nothing. Whether the card does it stays unknown. Throws nothing.
+  template <class... Args>
+  void Tell(std::string_view method, const Args&... args) noexcept;
 
   // How long a call waits for its answer.
   virtual std::uint32_t GetTimeout() const = 0;
@@ -116,6 +126,7 @@ class RpcCaller::TypedCall : public RemoteCall {
     }
   }
   Stored GetResult() { return std::move(result_); }
+  using RemoteCall::DoNotAwait;
 
  private:
   const std::tuple<const Args&...> arguments_;
@@ -127,6 +138,17 @@ auto RpcCaller::Call(std::string_view method, const Args&... args) {
   TypedCall<Result, Args...> call(method, args...);
   Perform(call);
   if constexpr (!std::is_void_v<Result>) return call.GetResult();
+}
+
+template <class... Args>
+void RpcCaller::Tell(std::string_view method, const Args&... args) noexcept {
+  try {
+    TypedCall<void, Args...> call(method, args...);
+    call.DoNotAwait();
+    Perform(call);
+  } catch (...) {  // as a rule for the answer that did not come in no time
+    static_cast<void>(0);
+  }
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -111,11 +111,12 @@ void RpcClient::Perform(RemoteCall& call) {
     if (transport->IsReceiveThread()) {
       throw std::runtime_error("A callback must not wait for its own connection.");
     }
-    Converse(call, *transport, requestId, std::chrono::milliseconds(receiveTimeout_.load()));
+    Converse(call, *transport, requestId,
+             std::chrono::milliseconds(call.IsAwaited() ? receiveTimeout_.load() : 0));
   } catch (const RpcRemoteException&) {
     throw;  // an answer like any other, logged as one
   } catch (const std::exception& error) {
-    if (transport && transport->GetLogger().IsEnabled()) {
+    if (call.IsAwaited() && transport && transport->GetLogger().IsEnabled()) {
       transport->GetLogger().Write(
           (std::string("Unexpected exception during rpc-call: ") + error.what()).c_str());
     }

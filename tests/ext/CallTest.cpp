@@ -68,6 +68,8 @@ TEST(Calls, AskTheCardInItsWords) {
   const double biases[] = {0.5, 1.5};
   std::uint8_t byte = 1;
   wrong.HotPowerTarget = 7;
+  vlOpticalParameters optics{};
+  optics.HeadFormat = 3;
 #define CALL(call, ...) [&] { double sum = call; __VA_OPT__(sum += static_cast<double>(__VA_ARGS__);) return sum; }
   const struct {
     std::function<double()> call;
@@ -141,6 +143,19 @@ TEST(Calls, AskTheCardInItsWords) {
       {CALL(vlScannerCommunicationTransmitEnhanced(c, 1, 34, two, 2, 9)), "TransmitEnhancedCommand[1,34,[8,9],9]"},
       {CALL(vlScannerCommunicationReceiveEnhanced(c, 1, 34, two, 1, &n, 9)), "ReceiveEnhancedCommand[1,34,9]", -1, "\x92\7\7", "Buffer is too small"},
       {CALL(vlScannerCommunicationTransceiveEnhanced(c, 1, 34, two, 2, two, 2, &n, 9), n + two[0]), "TransceiveEnhancedCommand[1,34,[8,9],9]", 8, "\x91\7"},
+      {CALL(vlFileExists(c, 4, "a", &flag), flag), "FileExists[4,\"a\"]", 1, "\xC3"}, {CALL(vlFileDelete(c, 0, "a")), "FileDelete[0,\"a\"]"},
+      {CALL(vlFileGetFiles(c, 3, text, 5, &n, &two[0]), n + 10 * two[0] + text[1] + text[2]), "GetFiles[3]", 4 + 20 + 'b' + 'c', "\x92\xA0\xA2\x62\x63"},
+      {CALL(vlFileGetFiles(c, 3, text, 3, &n, &two[0])), "GetFiles[3]", -1, "\x92\xA0\xA2\x62\x63", "Buffer is too small."},
+      {CALL(vlFileGetFiles(c, 3, nullptr, 0, &n, &two[0]), n), "GetFiles[3]", 0, "\x90"}, {CALL(vlFileExists(c, 5, "a", &flag)), "", -1, "", "DirectorySelector::_from_integral: invalid argument"},
+      {CALL(vlFileGetFiles(c, 3, text, 5, &n, &two[0])), "GetFiles[3]", -1, std::string("\x91\xA2\0\x62", 4), "The card sent a file name that is none."},
+      {CALL(vlHeadCorrectionExists(c, 1, -3, &flag), flag), "HeadCorrectionExists[1,-3]", 1, "\xC3"}, {CALL(vlHeadCorrectionDelete(c, 1, 3)), "HeadCorrectionDelete[1,3]"},
+      {CALL(vlHeadCorrectionLoad(c)), "LoadHeadCorrections[]"}, {CALL(vlHeadCorrectionStore(c)), "StoreHeadCorrections[]"},
+      {CALL(vlHeadCorrectionSelectCorrection(c, 1, 3)), "SelectHeadCorrection[1,3]"}, {CALL(vlHeadCorrectionGetSelectedCorrection(c, 1, &i), i), "GetSelectedHeadCorrection[1]", 7, "\7"},
+      {CALL(vlHeadCorrectionGetHash(c, 1, 3, text, 5, &n), n), "GetHeadCorrectionHash[1,3]", 3, "\xA3\x61\x62\x63"}, {CALL(vlHeadCorrectionGetOpticalParameters(c, 1, 3, &optics)), "GetOpticalParametersHeadCorrection[1,3]", -1, "\x90", "std::bad_cast"},
+      {CALL(vlHeadCorrectionGet(c, 1, 3, "/tmp/never")), "HeadCorrectionExists[1,3]", -1, "\xC2", "The requested head correction does not exist on the card."},
+      {CALL(vlHeadCorrectionSet(c, 1, 3, "/dev/null")), "", -1, "", "Unexpected filesize"}, {CALL(vlPowerCorrectionSet(c, "/dev/null")), "", -1, "", "Unexpected filesize"},
+      {CALL(vlPowerCorrectionCreate(c, &optics)), "", -1, "", "ScanHeadFormat::_from_integral: invalid argument"}, {CALL(vlPowerCorrectionLoad(c)), "LoadPowerCorrection[]"}, {CALL(vlPowerCorrectionStore(c)), "StorePowerCorrection[]"},
+      {CALL(vlPowerCorrectionChangeValue(c, 1, 2.5, 3, 0.5)), "ChangePowerCorrectionValue[[1,2.5,3],0.5]"}, {CALL(vlPowerCorrectionGetOpticalParameters(c, &optics)), "GetOpticalParametersPowerCorrection[]", -1, "\xC0", "std::bad_cast"},
   };
   for (const auto& [call, asked, expected, answer, error] : cases) {
     card.Asked = "";
@@ -271,6 +286,8 @@ TEST(Configuration, IsRefusedWithAnyPartOfAWrongKind) {
   expectRefusals(defaults(vlMotfQuadratureDecoderInitConfig), vlMotfQuadratureDecoderSetConfig,
                  vlMotfQuadratureDecoderGetConfig);
   expectRefusals(events, vlEventSetConfig, vlEventGetConfig);
+  expectRefusals(defaults(vlHeadCorrectionInitOpticalParameters), vlPowerCorrectionCreate,
+                 vlPowerCorrectionGetOpticalParameters);
 }
 
 TEST(VirtualCard, HasAClockAndTimeZones) {

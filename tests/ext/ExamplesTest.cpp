@@ -39,12 +39,20 @@ TEST(Examples, SayWhatTheyDidOrWhyNot) {
       {"branch_on_input" + on(oddCard), 0, "part 7: waiting\npart 7: of no known kind\n"},
       {"list_of_lists" + here, 0, "list 6: 3 commands\nmarked a dial\n"},
       {"print_configuration" + here, 0, "Scanner\n  FieldSize={ X=65536, Y=65536, Z=1 }\n  MaxMagnification=1\n"},
+      {"select_correction optics.json 1 3" + here + " 2>/dev/null", 0, "  \"Hash\": \"dcc02e9511dfd38f\""},
+      {"select_correction missing.kc7 1 3" + here, 1, "vlHeadCorrectionSet failed:\n  Unexpected filesize\n"},
+      {"d=$(mktemp -d); backup_files save $d" + here + "; backup_files restore $d" + on(starCard) +
+           "; backup_files save $d/again" + on(starCard) + "; cmp optics.json $d/again/CORRFILES/head7Correction.kc7; rm -r $d",
+       0, "1 files\n"},
+      {"backup_files restore /no/such" + here, 1, "/no/such/BINFILES: No such file or directory\n"},
       {"mark_nameplate" + nowhere, 1, refused},
       {"build_font" + nowhere, 1, refused},
       {"list_from_text rosette.txt" + nowhere, 1, refused},
       {"branch_on_input" + nowhere, 1, refused},
       {"list_of_lists" + nowhere, 1, refused},
       {"print_configuration" + nowhere, 1, refused},
+      {"backup_files save /tmp/never" + nowhere, 1, refused},
+      {"select_correction optics.json 0 0" + nowhere, 1, refused},
   };
   // clang-format on
   for (const auto& [command, code, expected] : rows) {

@@ -55,6 +55,7 @@ vlScannerConfig scanner;
 vlScannerPositions positions;
 vlPoint3D point;
 std::uint8_t byte = 0;
+vlOpticalParameters optics{};
 constexpr vlListEventCallback OnEvent = [](std::int32_t, std::int32_t) {};
 constexpr vlErrorEventCallback OnError = [](std::int32_t, std::int32_t, const char*, std::uint32_t) {};
 
@@ -120,6 +121,13 @@ const Function onConnections[] = {
     ENTRY(vlScannerCommunicationTransmitVeltro, 0U, 1U, &byte, 1U, 9U), ENTRY(vlScannerCommunicationTransceiveVeltro, 0U, 1U, &byte, 1U, &byte, 1U, &number, 9U),
     ENTRY(vlScannerCommunicationTransmitEnhanced, 0U, 1U, &number, 1U, 9U), ENTRY(vlScannerCommunicationReceiveEnhanced, 0U, 1U, &number, 1U, &number, 9U),
     ENTRY(vlScannerCommunicationTransceiveEnhanced, 0U, 1U, &number, 1U, &number, 1U, &number, 9U),
+    ENTRY(vlFileGetFiles, 0, buffer, 9U, &number, &number), ENTRY(vlFileExists, 0, "x", &flag), ENTRY(vlFileDelete, 0, "x"),
+    ENTRY(vlFilePut, 0, "x", "/tmp/never", nullptr, nullptr), ENTRY(vlFileGet, 0, "x", "/tmp/never", nullptr, nullptr),
+    ENTRY(vlHeadCorrectionExists, 0, 1, &flag), ENTRY(vlHeadCorrectionDelete, 0, 1), ENTRY(vlHeadCorrectionSet, 0, 1, "/tmp/never"), ENTRY(vlHeadCorrectionGet, 0, 1, "/tmp/never"),
+    ENTRY(vlHeadCorrectionLoad), ENTRY(vlHeadCorrectionStore), ENTRY(vlHeadCorrectionSelectCorrection, 0, 1), ENTRY(vlHeadCorrectionGetSelectedCorrection, 0, &value),
+    ENTRY(vlHeadCorrectionGetHash, 0, 1, buffer, 9U, &number), ENTRY(vlHeadCorrectionGetOpticalParameters, 0, 1, &optics), ENTRY(vlPowerCorrectionCreate, &optics),
+    ENTRY(vlPowerCorrectionSet, "/tmp/never"), ENTRY(vlPowerCorrectionGet, "/tmp/never"), ENTRY(vlPowerCorrectionLoad), ENTRY(vlPowerCorrectionStore),
+    ENTRY(vlPowerCorrectionChangeValue, 1., 2., 3., 4.), ENTRY(vlPowerCorrectionGetOpticalParameters, &optics),
 };
 // clang-format on
 
@@ -199,6 +207,12 @@ TEST(Frame, RefusesNullPointers) {
       ENTRY(vlLaserSetPowerCalibration, 0U, nullptr, 1), ENTRY(vlLaserPowerCalibrationSet, 0U, nullptr),
       ENTRY(vlSystemGetConfig, nullptr), ENTRY(vlSystemGetOSVersion, nullptr, 9U, &number), ENTRY(vlSystemGetTime, nullptr),
       ENTRY(vlSystemGetOSVersion, buffer, 9U, nullptr), ENTRY(vlSystemGetSupportedTimeZones, nullptr, 1U, &number),
+      ENTRY(vlFileGetFiles, 0, nullptr, 9U, &number, &number), ENTRY(vlFileGetFiles, 0, buffer, 9U, nullptr, &number), ENTRY(vlFileExists, 0, nullptr, &flag), ENTRY(vlFileExists, 0, "x", nullptr),
+      ENTRY(vlFileDelete, 0, nullptr), ENTRY(vlFilePut, 0, nullptr, "/tmp", nullptr, nullptr), ENTRY(vlFileGet, 0, "x", nullptr, nullptr, nullptr), ENTRY(vlHeadCorrectionSet, 0, 1, nullptr),
+      ENTRY(vlHeadCorrectionGetHash, 0, 1, buffer, 9U, nullptr), ENTRY(vlHeadCorrectionGetOpticalParameters, 0, 1, nullptr), ENTRY(vlPowerCorrectionCreate, nullptr), ENTRY(vlPowerCorrectionGet, nullptr),
+      {"vlHeadCorrectionInitOpticalParameters", [](std::int32_t) { return vlHeadCorrectionInitOpticalParameters(nullptr); }},
+      {"vlOpticalParametersToJson", [](std::int32_t) { return vlOpticalParametersToJson(nullptr, buffer, 9, &number); }},
+      {"vlOpticalParametersFromJson", [](std::int32_t) { return vlOpticalParametersFromJson(nullptr, &optics); }},
       {"vlLaserInitConfig", [](std::int32_t) { return vlLaserInitConfig(nullptr); }},
       {"vlLaserToStringConfig", [](std::int32_t) { return vlLaserToStringConfig(nullptr, buffer, 9, &number); }},
       // clang-format on

@@ -10,6 +10,7 @@
 #include "config/SystemConfig.h"
 #include "int/Helpers.h"
 #include "kelvo/kelvo.h"
+#include "services/OpticalParameters.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -97,6 +98,7 @@ TEST(Records, AreCheckedElementByElement) {
   ExpectRecord<QuadratureDecoderConfig, vlQuadratureDecoderConfig>();
   ExpectRecord<QuadratureDecoderModule, vlQuadratureDecoderModule>();
   ExpectRecord<EventConfig, vlEventConfig>();
+  ExpectRecord<OpticalParameters, vlOpticalParameters>();
 }
 
 TEST(Records, AreRefusedWhenThePlainStructHasNoRoomForTheirLists) {

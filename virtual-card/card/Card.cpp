@@ -5,7 +5,7 @@
 namespace VELTRO::KELVO::VirtualCard {
 
 Card::Card(CardSettings settings, Notifier& clients)
-    : state_(std::move(settings.StateDirectory)),
+    : state_(settings.StateDirectory),
       Identity(std::move(settings.Identity)),
       Configuration(state_),
       System(Configuration),
@@ -13,6 +13,9 @@ Card::Card(CardSettings settings, Notifier& clients)
       Motf(Configuration.QuadratureDecoder),
       Inputs(runSignal_),
       Variables(runSignal_),
+      Files(settings.StateDirectory),
+      HeadCorrections(Files, Configuration, state_),
+      PowerCorrection(Files),
       Lists(Execution),
       Scanner(Configuration, Execution),
       Execution(std::move(settings.Execution),

@@ -4,11 +4,14 @@
 #include <string>
 
 #include "card/CardConfiguration.h"
+#include "card/CardFiles.h"
 #include "card/CardFonts.h"
+#include "card/CardHeadCorrections.h"
 #include "card/CardInputs.h"
 #include "card/CardLaser.h"
 #include "card/CardLists.h"
 #include "card/CardMotf.h"
+#include "card/CardPowerCorrection.h"
 #include "card/CardScanner.h"
 #include "card/CardSystem.h"
 #include "card/CardVariables.h"
@@ -47,6 +50,9 @@ class Card {
   CardInputs Inputs;
   CardVariables Variables;
   CardFonts Fonts;
+  CardFiles Files;
+  CardHeadCorrections HeadCorrections;
+  CardPowerCorrection PowerCorrection;
   CardLists Lists;
   CardScanner Scanner;
   Executor Execution;  // the last, so that no run outlives what it acts upon

@@ -2,6 +2,7 @@
 //
 // A row's function takes the card and the method's arguments as C++ values, in their order:
 //   Method("DeleteList", [](Card& card, std::int32_t id, bool) { card.Lists.Delete(id); })
+// One that acts on what belongs to the client who asks takes that client in place of the card.
 // The number and the types of the arguments that a request brings are checked against it. What it returns is
 // the method's result; what it throws is the error that the client gets.
 #pragma once
@@ -13,7 +14,7 @@
 #include <tuple>
 #include <type_traits>
 
-#include "card/Card.h"
+#include "card/CardClient.h"
 #include "rpc/MsgPack.h"
 #include "rpc/OutputPacket.h"
 
@@ -30,8 +31,8 @@ class Method {
   // Calls the method and packs its result into `answer`. Throws std::runtime_error "Method 'NAME' takes N
   // arguments, M were given." or "Method 'NAME': argument K is of the wrong type." (K counts from 1), or what
   // the method throws.
-  void Call(Card& card, Arguments arguments, ClientLib::OutputPacket& answer) const {
-    function_(name_, card, arguments, answer);
+  void Call(CardClient& client, Arguments arguments, ClientLib::OutputPacket& answer) const {
+    function_(name_, client, arguments, answer);
   }
 
  private:
@@ -47,14 +48,18 @@ class Method {
     }
   }
 
-  template <class F, class Result, class... Values>
-  static void InvokeWith(std::string_view name, Card& card, Arguments arguments,
-                         ClientLib::OutputPacket& answer, Result (F::*)(Card&, Values...) const) {
+  static Card& Subject(CardClient& client, const Card*) { return client.Owner; }
+  static CardClient& Subject(CardClient& client, const CardClient*) { return client; }
+
+  template <class F, class Result, class On, class... Values>
+  static void InvokeWith(std::string_view name, CardClient& client, Arguments arguments,
+                         ClientLib::OutputPacket& answer, Result (F::*)(On&, Values...) const) {
     CheckCount(name, sizeof...(Values), arguments.size());
     [[maybe_unused]] std::size_t index = 0;
     std::tuple<std::remove_cvref_t<Values>...> taken{
         Take<std::remove_cvref_t<Values>>(name, arguments, index)...};
-    const auto call = [&card](auto&... values) { return F{}(card, std::move(values)...); };
+    On& on = Subject(client, static_cast<const On*>(nullptr));
+    const auto call = [&on](auto&... values) { return F{}(on, std::move(values)...); };
     msgpack::packer packer(answer);
     if constexpr (std::is_void_v<Result>) {
       std::apply(call, taken);
@@ -65,13 +70,13 @@ class Method {
   }
 
   template <class F>
-  static void Invoke(std::string_view name, Card& card, Arguments arguments,
+  static void Invoke(std::string_view name, CardClient& client, Arguments arguments,
                      ClientLib::OutputPacket& answer) {
-    InvokeWith(name, card, arguments, answer, &F::operator());
+    InvokeWith(name, client, arguments, answer, &F::operator());
   }
 
   std::string_view name_;
-  void (*function_)(std::string_view, Card&, Arguments, ClientLib::OutputPacket&);
+  void (*function_)(std::string_view, CardClient&, Arguments, ClientLib::OutputPacket&);
 };
 
 // The method of that name. Throws std::runtime_error "Unknown method 'NAME'.".
@@ -87,5 +92,8 @@ std::span<const Method> FontMethods();
 std::span<const Method> ProcessMethods();
 std::span<const Method> MotfMethods();
 std::span<const Method> EventMethods();
+std::span<const Method> FileMethods();
+std::span<const Method> HeadCorrectionMethods();
+std::span<const Method> PowerCorrectionMethods();
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -35,7 +35,7 @@ std::string Describe(std::string_view method, Arguments arguments) {
 
 }  // namespace
 
-OutputPacket Answer(Card& card, std::span<const unsigned char> frame, std::string* log) {
+OutputPacket Answer(CardClient& client, std::span<const unsigned char> frame, std::string* log) {
   InputPacket request = InputPacket::Allocate(frame.data(), 0, static_cast<int>(frame.size()));
   if (request.GetType() != PacketType::Request) throw std::runtime_error("A frame is no request.");
   const msgpack::object_handle name = request.Unpack();
@@ -48,7 +48,7 @@ OutputPacket Answer(Card& card, std::span<const unsigned char> frame, std::strin
   if (log != nullptr) *log = Describe(method, arguments);
   try {
     OutputPacket answer = OutputPacket::AllocateResponse(request);
-    FindMethod(method).Call(card, arguments, answer);
+    FindMethod(method).Call(client, arguments, answer);
     answer.Close();
     return answer;
   } catch (const std::exception& error) {

@@ -4,14 +4,14 @@
 #include <span>
 #include <string>
 
-#include "card/Card.h"
+#include "card/CardClient.h"
 #include "rpc/OutputPacket.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
-// Carries out the request in `frame`, header included, and gives its answer: the result, or the error that
+// Carries out the client's request in `frame`, header included, and gives its answer: the result, or the error that
 // came of it. `log`, if any, becomes a line about both. Throws std::runtime_error when the frame holds no
 // request.
-ClientLib::OutputPacket Answer(Card& card, std::span<const unsigned char> frame, std::string* log);
+ClientLib::OutputPacket Answer(CardClient& client, std::span<const unsigned char> frame, std::string* log);
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -56,10 +56,11 @@ void Session::Start() {
 void Session::Work() {
   if (settings_.Verbose) LogLine(peer_ + " connected");
   try {
+    CardClient client(card_);
     std::span<const unsigned char> frame;
     while (ReceiveFrame(frame)) {
       std::string log;
-      OutputPacket answer = Answer(card_, frame, settings_.Verbose ? &log : nullptr);
+      OutputPacket answer = Answer(client, frame, settings_.Verbose ? &log : nullptr);
       input_.Drop(frame.size());
       if (settings_.Verbose) LogLine(peer_ + " " + log);
       Send(FrameKind::Answer, answer.Close());

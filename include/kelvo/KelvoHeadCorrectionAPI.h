@@ -1,0 +1,99 @@
+/* Corrections of scan heads, and the optics that a correction was made for. Conventions: kelvo.h.
+ *
+ * The geometric correction of a head is a file that the card keeps in a numbered slot. A correction has two indices:
+ * `head`, the scan head, from 0, and `slot`, the place there, from 0. Which there are is the card's business: the
+ * library passes them on. Files travel as in KelvoFileAPI.h, through the card's directory CORRFILES, where a correction
+ * is "headNCorrection.kc7" and one on its way to the card "_tmpHeadCorrectionN.kc7"; N is head + 2 x slot.
+ *
+ * Functions that fetch or send optical parameters fail as those of configurations do (KelvoConfigurationAPI.h), and
+ * with "Illegal hash!" for a hash text of more than 128 characters, or one without its terminating zero.
+ */
+#ifndef KELVO_HEAD_CORRECTION_API_H
+#define KELVO_HEAD_CORRECTION_API_H
+
+#include "kelvo/KelvoTypes.h"
+
+KELVO_EXTERN_C_BEGIN
+
+/* The optics that a correction was made for, in the units of the correction's maker. All are 0 at first but the
+ * version. */
+typedef struct vlOpticalParameters {
+  int32_t ConfigVersion; /* 7 */
+  int32_t MinorVersion;  /* of the correction's data */
+  int32_t UsedAxes;      /* that the correction covers */
+  int32_t HeadFormat;    /* KelvoScannerAPI.h */
+  int32_t XLayers;       /* layers of the correction for each axis */
+  int32_t YLayers;
+  int32_t ZLayers;
+  int32_t MLayers;
+  double MaxAngleX;
+  double MaxAngleY;
+  double MaxMagnification;
+  double Y2Z0; /* distances between the mirrors and to the optics */
+  double X2Y;
+  double O2X;
+  double FocalLength;
+  double MaxLensTravel;
+  vlPoint3D FieldSize;
+  vlPoint3D FieldOffset;
+  double Aperture;
+  double WorkingDistance;
+  double Wavelength;
+  double BitPerMicronZ0; /* factors of the z axis and of the lens */
+  double BitPerMicronZ1;
+  double BitPerMicronE0;
+  double BitPerMicronE1;
+  char Hash[129]; /* the hash text of the correction, with a terminating zero */
+  vlPointXYZM InputScale;
+  vlPointXYZM InputOffset;
+} vlOpticalParameters;
+KELVO_STATIC_ASSERT(sizeof(vlOpticalParameters) == 400, "the layout is part of the interface");
+
+/* Writes whether there is a correction to `*exists`. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlHeadCorrectionExists(int32_t handle, int32_t head, int32_t slot, bool* exists);
+/* Deletes a correction. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlHeadCorrectionDelete(int32_t handle, int32_t head, int32_t slot);
+/* Sends the local file `path` of up to 134217728 bytes; it becomes the correction. Returns 0, or -1 with "Unexpected
+ * filesize" (it is larger, or not there; nothing is sent) or as vlFilePut. Remote. */
+KELVO_API int32_t vlHeadCorrectionSet(int32_t handle, int32_t head, int32_t slot, const char* path);
+/* Fetches a correction into the local file `path`. Returns 0, or -1 with "The requested head correction does not exist
+ * on the card." or as vlFileGet. Remote. */
+KELVO_API int32_t vlHeadCorrectionGet(int32_t handle, int32_t head, int32_t slot, const char* path);
+/* Makes the card load its stored set of corrections. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlHeadCorrectionLoad(int32_t handle);
+/* Makes the card store its set of corrections. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlHeadCorrectionStore(int32_t handle);
+/* Makes a correction the one that its head uses. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlHeadCorrectionSelectCorrection(int32_t handle, int32_t head, int32_t slot);
+/* Writes the slot of the correction that a head uses to `*slot`. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlHeadCorrectionGetSelectedCorrection(int32_t handle, int32_t head, int32_t* slot);
+/* Writes the hash text of a correction into `buffer` of `size` bytes and its length to `*length`. Returns 0, or -1
+ * ("Buffer is too small.": it must have room for two bytes more than the text). Remote. */
+KELVO_API int32_t vlHeadCorrectionGetHash(int32_t handle, int32_t head, int32_t slot, char* buffer,
+                                          uint32_t size, uint32_t* length);
+/* Fetches the optical parameters of a correction. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlHeadCorrectionGetOpticalParameters(int32_t handle, int32_t head, int32_t slot,
+                                                       vlOpticalParameters* parameters);
+/* Fills `*parameters` with the defaults. Returns 0 or -1. Local. */
+KELVO_API int32_t vlHeadCorrectionInitOpticalParameters(vlOpticalParameters* parameters);
+
+/* ---- Optical parameters as JSON ----
+ *
+ * One object with the fields under their names, in their order; those of X, Y, Z, M are objects, too. The version is
+ * written as 7. What is no finite number is written as null, which is not read back. Other errors than those given
+ * are in the words of the JSON library, as "[json.exception.type_error.302] type must be number, but is null". */
+
+/* Writes the parameters as JSON text into `buffer` of `size` bytes and its length to `*length`. Returns 0, or -1
+ * ("Buffer is too small.": it must have room for two bytes more than the text; "ScanHeadFormat::_from_integral: invalid
+ * argument"; a hash that is no UTF-8). Local. */
+KELVO_API int32_t vlOpticalParametersToJson(const vlOpticalParameters* parameters, char* buffer,
+                                            uint32_t size, uint32_t* length);
+/* Reads the parameters from a JSON text. Every key must be there, others are ignored; of one that comes twice the last
+ * counts. Returns 0, or -1 ("NAME is out of range."; "ScanHeadFormat::_from_integral: invalid argument"; "Illegal
+ * hash!"; "The JSON text is nested too deeply.": more than 64 levels; "The JSON text is too long.": more than
+ * 16 MiB). Local. */
+KELVO_API int32_t vlOpticalParametersFromJson(const char* json, vlOpticalParameters* parameters);
+
+KELVO_EXTERN_C_END
+
+#endif

@@ -1,0 +1,61 @@
+#include "services/FileAPIVL.h"
+
+#include <algorithm>
+#include <span>
+#include <stdexcept>
+
+#include "services/FileStream.h"
+
+namespace VELTRO::KELVO::ClientLib {
+
+namespace {
+
+void Report(const TransferProgress& progress, std::uint64_t moved, std::uint64_t whole) {
+  if (progress && !progress(moved, whole)) throw std::runtime_error("The transfer was cancelled.");
+}
+
+}  // namespace
+
+FileHandle FileAPIVL::Open(DirectorySelector directory, const std::string& name, FileMode mode) {
+  return {caller_,
+          caller_.Call<std::int32_t>("FileOpen", directory._to_integral(), name, mode._to_integral())};
+}
+
+void FileAPIVL::Put(DirectorySelector directory, const std::string& name, const std::string& path,
+                    const TransferProgress& progress) {
+  FileStream local(path, FileStream::Direction::Read);
+  const auto open = caller_.Call<std::int32_t>("GetFileHandle", directory._to_integral(), name);
+  if (open >= 0) FileHandle(caller_, open);
+  FileHandle remote = Open(directory, name, FileMode::Create);
+  FileHandle::Bytes chunk(static_cast<std::size_t>(chunkSize_));
+  for (std::uint64_t moved = 0;;) {
+    chunk.resize(local.Read(chunk));
+    if (chunk.empty()) return;
+    remote.Write(chunk);
+    moved += chunk.size();
+    Report(progress, moved, std::max(moved, local.GetSize()));
+    if (chunk.size() < static_cast<std::size_t>(chunkSize_)) return;
+  }
+}
+
+void FileAPIVL::Get(DirectorySelector directory, const std::string& name, const std::string& path,
+                    const TransferProgress& progress) {
+  FileStream local(path, FileStream::Direction::Write);
+  {
+    FileHandle remote = Open(directory, name, FileMode::Open);
+    const std::uint64_t size = remote.GetSize();
+    for (std::uint64_t moved = 0; moved < size;) {
+      const auto wanted =
+          static_cast<std::int32_t>(std::min(size - moved, static_cast<std::uint64_t>(chunkSize_)));
+      const FileHandle::Bytes chunk = remote.Read(wanted);
+      if (chunk.empty()) throw std::runtime_error("The card's file ended early.");
+      if (std::ssize(chunk) > wanted) throw std::runtime_error("The card sent more than it was asked for.");
+      local.Write(chunk);
+      moved += chunk.size();
+      Report(progress, moved, size);
+    }
+  }
+  local.Commit();
+}
+
+}  // namespace VELTRO::KELVO::ClientLib
