@@ -41,16 +41,6 @@ bool IsExhaustion(int error) {
 
 }  // namespace
 
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-  std::swap(number_, other.number_);
-  return *this;
-}
-
-void Descriptor::Close() {
-  if (IsOpen()) close(number_);
-  number_ = -1;
-}
-
 Wake::Wake() : event_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   if (!event_.IsOpen()) throw std::system_error(errno, std::generic_category(), "eventfd");
 }

@@ -3,25 +3,12 @@
 
 #include <string>
 
+#include "common/Descriptor.h"
 #include "common/IPAddress.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
-// Owns a descriptor.
-class Descriptor {
- public:
-  explicit Descriptor(int number = -1) : number_(number) {}
-  ~Descriptor() { Close(); }
-  Descriptor(Descriptor&& other) noexcept : number_(other.number_) { other.number_ = -1; }
-  Descriptor& operator=(Descriptor&& other) noexcept;
-
-  int Get() const { return number_; }
-  bool IsOpen() const { return number_ >= 0; }
-  void Close();
-
- private:
-  int number_;
-};
+using ClientLib::Descriptor;
 
 // Wakes a poll from another thread.
 class Wake {
