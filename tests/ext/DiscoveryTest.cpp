@@ -30,12 +30,16 @@ std::string Found(Find&& find, std::uint32_t capacity = 200) {
   return text;
 }
 
-std::string Pinged(std::int32_t first, std::int32_t last, std::int32_t sweeps, std::int32_t timeout, std::int32_t most, std::uint32_t capacity = 200) {
-  return Found([=](auto... out) { return vlDiscoverByPingingCustomized(first, last, out..., sweeps, timeout, most); }, capacity);
+std::string Pinged(std::int32_t first, std::int32_t last, std::int32_t sweeps, std::int32_t timeout,
+                   std::int32_t most, std::uint32_t capacity = 200) {
+  return Found(
+      [=](auto... out) { return vlDiscoverByPingingCustomized(first, last, out..., sweeps, timeout, most); },
+      capacity);
 }
 
 // The serial number of the card that a record leads to, or the error.
-std::string Reached(const std::string& serial, const std::string& address, std::int32_t port = KELVO_DEFAULT_PORT) {
+std::string Reached(const std::string& serial, const std::string& address,
+                    std::int32_t port = KELVO_DEFAULT_PORT) {
   vlCardInfo card = {};
   serial.copy(card.SerialNumber, 39);
   address.copy(card.IPAddress, 59);
@@ -57,7 +61,8 @@ class Discovery : public testing::Test {
 };
 
 struct CardHost {
-  CardHost(Host& network, const std::string& port, const std::string& addresses, std::vector<std::string> options)
+  CardHost(Host& network, const std::string& port, const std::string& addresses,
+           std::vector<std::string> options)
       : Place(network, port, addresses) {
     const Inside inside(Place.Space());
     options.insert(options.end(), {"--port", std::to_string(KELVO_DEFAULT_PORT)});

@@ -58,7 +58,8 @@ class Host {
     other.Ip("link add name " + port + " type veth peer name eth0 netns " + here + "\nlink set dev " + port +
              " addrgenmode none master br0 up");
     Ip("link set eth0 addrgenmode none up" + Adding(addresses, "eth0"));
-    other.Await("bridge link show dev " + port + " | grep -q forwarding && ip link show br0 | grep -q 'state UP'");
+    other.Await("bridge link show dev " + port +
+                " | grep -q forwarding && ip link show br0 | grep -q 'state UP'");
   }
   // One that is connected to nothing.
   Host() {
@@ -78,12 +79,15 @@ class Host {
   // Until the shell command succeeds.
   void Await(const std::string& command) {
     const Inside inside(space_);
-    EXPECT_EQ(Shell("for i in $(seq 500); do if " + command + "; then exit 0; fi; sleep 0.01; done; exit 1").first, 0);
+    EXPECT_EQ(
+        Shell("for i in $(seq 500); do if " + command + "; then exit 0; fi; sleep 0.01; done; exit 1").first,
+        0);
   }
   static std::string Adding(const std::string& addresses, const std::string& device) {
     std::string commands;
     std::istringstream words(addresses);
-    for (std::string address; words >> address;) commands += "\naddr add " + address + " dev " + device + " nodad";
+    for (std::string address; words >> address;)
+      commands += "\naddr add " + address + " dev " + device + " nodad";
     return commands;
   }
 
@@ -100,7 +104,9 @@ class GroupSocket {
     const ip_mreqn out{{}, {}, static_cast<int>(if_nametoindex("eth0"))};
     setsockopt(socket_.Get(), IPPROTO_IP, IP_MULTICAST_IF, &out, sizeof out);
     group_req request{if_nametoindex("eth0"), Group(family, port)};
-    EXPECT_EQ(setsockopt(socket_.Get(), family == AF_INET ? int{IPPROTO_IP} : int{IPPROTO_IPV6}, MCAST_JOIN_GROUP, &request, sizeof request), 0);
+    EXPECT_EQ(setsockopt(socket_.Get(), family == AF_INET ? int{IPPROTO_IP} : int{IPPROTO_IPV6},
+                         MCAST_JOIN_GROUP, &request, sizeof request),
+              0);
     sockaddr_storage any{};
     any.ss_family = static_cast<sa_family_t>(family);
     reinterpret_cast<sockaddr_in&>(any).sin_port = htons(static_cast<std::uint16_t>(port));
@@ -125,11 +131,13 @@ class GroupSocket {
     pollfd entry{socket_.Get(), POLLIN, 0};
     if (poll(&entry, 1, timeoutMs) <= 0) return "";
     socklen_t length = sizeof Peer;
-    const ssize_t count = recvfrom(socket_.Get(), bytes, sizeof bytes, 0, reinterpret_cast<sockaddr*>(&Peer), &length);
+    const ssize_t count =
+        recvfrom(socket_.Get(), bytes, sizeof bytes, 0, reinterpret_cast<sockaddr*>(&Peer), &length);
     return {bytes, static_cast<std::size_t>(count)};
   }
   void Send(const std::string& bytes) const {
-    sendto(socket_.Get(), bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr*>(&Peer), sizeof Peer);
+    sendto(socket_.Get(), bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr*>(&Peer),
+           sizeof Peer);
   }
 
   sockaddr_storage Peer{};
