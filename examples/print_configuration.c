@@ -2,6 +2,7 @@
  *
  *     print_configuration [HOST [PORT]]
  */
+#include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <time.h>
@@ -64,16 +65,33 @@ static void PrintFields(const char* area, const char* text) {
   putchar('\n');
 }
 
-/* Every area has functions of the same names. */
-#define PRINT_CONFIGURATION(area, card)                                  \
-  do {                                                                   \
-    vl##area##Config config;                                             \
-    char text[4096];                                                     \
-    uint32_t length = 0;                                                 \
-    CALL(vl##area##GetConfig, card, &config);                            \
-    CALL(vl##area##ToStringConfig, &config, text, sizeof text, &length); \
-    PrintFields(#area, text);                                            \
+/* Every area that has a text has these two functions. */
+#define PRINT_CONFIGURATION(card, title, Struct, get, toString) \
+  do {                                                          \
+    Struct config;                                              \
+    char text[4096];                                            \
+    uint32_t length = 0;                                        \
+    CALL(get, card, &config);                                   \
+    CALL(toString, &config, text, sizeof text, &length);        \
+    PrintFields(title, text);                                   \
   } while (0)
+
+/* Events have no text of their own. */
+static void PrintEvents(int32_t card) {
+  vlEventConfig config;
+  CALL(vlEventGetConfig, card, &config);
+  printf("\nEvents\n");
+  for (uint32_t i = 0; i < config.EventSettings.Count; ++i) {
+    const vlEventSetting* setting = &config.EventSettings.Items[i];
+    const vlEventExclusions* exclusions = &setting->Value.Exclusions;
+    printf("  %" PRId32 ": %s", setting->Number, setting->Value.EnableGlobally ? "reported" : "not reported");
+    for (uint32_t k = 0; k < exclusions->Count; ++k) {
+      printf("%s%" PRId32, k == 0 ? ", but for " : ", ", exclusions->Items[k]);
+    }
+    putchar('\n');
+  }
+  if (config.EventSettings.Count == 0) printf("  none is set\n");
+}
 
 int main(int count, char** arguments) {
   CardAddress address;
@@ -84,8 +102,15 @@ int main(int count, char** arguments) {
   const int32_t card = (int32_t)CALL(vlConnect, address.host, address.port);
   PrintIdentity(card);
   PrintState(card);
-  PRINT_CONFIGURATION(System, card);
-  PRINT_CONFIGURATION(Laser, card);
+  PRINT_CONFIGURATION(card, "System", vlSystemConfig, vlSystemGetConfig, vlSystemToStringConfig);
+  PRINT_CONFIGURATION(card, "Laser", vlLaserConfig, vlLaserGetConfig, vlLaserToStringConfig);
+  PRINT_CONFIGURATION(card, "Scanner", vlScannerConfig, vlScannerGetConfig, vlScannerToStringConfig);
+  PRINT_CONFIGURATION(card, "Process variables", vlProcessVariables, vlProcessGetVariables,
+                      vlProcessToStringVariables);
+  PRINT_CONFIGURATION(card, "Marking on the fly", vlMotfConfig, vlMotfGetConfig, vlMotfToStringConfig);
+  PRINT_CONFIGURATION(card, "Quadrature decoders", vlQuadratureDecoderConfig,
+                      vlMotfQuadratureDecoderGetConfig, vlMotfQuadratureDecoderToStringConfig);
+  PrintEvents(card);
   CALL(vlDisconnect, card);
   return EXIT_SUCCESS;
 }

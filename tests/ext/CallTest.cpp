@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <map>
@@ -19,12 +18,6 @@
 namespace VELTRO::KELVO::Test {
 namespace {
 
-std::string Packed(const auto& object) {
-  msgpack::sbuffer bytes;
-  msgpack::pack(bytes, object);
-  return {bytes.data(), bytes.size()};
-}
-
 // A card that keeps what it was asked latest and always gives the same answer, nil at first.
 struct AskedCard {
   std::string Asked, Arguments, Answer = "\xC0";  // "Method[arguments]", and the arguments packed
@@ -36,12 +29,6 @@ struct AskedCard {
     return Frame(0x01, Packed(request.Id) + Answer);
   })};
   Connection Handle{Card.Port()};
-};
-
-struct TemporaryDirectory {
-  TemporaryDirectory() { EXPECT_NE(mkdtemp(Path.data()), nullptr); }
-  ~TemporaryDirectory() { std::filesystem::remove_all(Path); }
-  std::string Path = "/tmp/kelvo-test-XXXXXX";
 };
 
 // Other than that these are defaults.
@@ -231,6 +218,59 @@ TEST(Configuration, HasDefaultsOnTheWireAndAsText) {
   EXPECT_TRUE(
       std::string(text).starts_with("TimeZone=UTC, EnableStandAloneMode=false, StandAloneListID=0, "));
   EXPECT_TRUE(std::string(text).ends_with("ScanHeadAxes=[ XY ], ConfigVersion=2 }, ConfigVersion=5"));
+}
+
+// Puts nil in the place of every part of an answer, one after the other, also of parts of parts, and calls `look`.
+void ForEachSpoiled(msgpack::object& part, const std::function<void()>& look) {
+  const msgpack::object whole = std::exchange(part, msgpack::object());
+  look();
+  part = whole;
+  if (part.type == msgpack::type::ARRAY) {
+    for (std::uint32_t i = 0; i < part.via.array.size; ++i) ForEachSpoiled(part.via.array.ptr[i], look);
+  } else if (part.type == msgpack::type::MAP) {
+    for (std::uint32_t i = 0; i < part.via.map.size; ++i) {
+      ForEachSpoiled(part.via.map.ptr[i].key, look);
+      ForEachSpoiled(part.via.map.ptr[i].val, look);
+    }
+  }
+}
+
+TEST(Configuration, IsRefusedWithAnyPartOfAWrongKind) {
+  AskedCard card;
+  const auto expectRefusals = [&](auto flat, auto set, auto get) {
+    ASSERT_EQ(set(card.Handle, &flat), 0) << LastError();
+    const auto arguments = msgpack::unpack(card.Arguments.data(), card.Arguments.size());
+    msgpack::object& record = arguments->via.array.ptr[0];
+    const auto before = flat;
+    int parts = 0;
+    ForEachSpoiled(record, [&] {
+      card.Answer = Packed(record);
+      EXPECT_EQ(get(card.Handle, &flat), -1) << record;
+      EXPECT_EQ(LastError(), "std::bad_cast") << record;
+      ++parts;
+    });
+    EXPECT_TRUE(std::memcmp(&flat, &before, sizeof flat) == 0) << "a refused answer has changed it";
+    EXPECT_GE(parts, 8);
+    card.Answer = Packed(record);
+    EXPECT_EQ(get(card.Handle, &flat), 0) << LastError();
+  };
+  const auto defaults = []<class F>(std::int32_t (*init)(F*)) {
+    F flat{};
+    EXPECT_EQ(init(&flat), 0);
+    return flat;
+  };
+  vlEventConfig events = defaults(vlEventInitConfig);
+  events.EventSettings.Count = events.EventSettings.Items[0].Value.Exclusions.Count = 1;
+  vlProcessVariables variables = defaults(vlProcessInitVariables);
+  variables.OnOffPattern.Count = 2;
+  expectRefusals(defaults(vlLaserInitConfig), vlLaserSetConfig, vlLaserGetConfig);
+  expectRefusals(defaults(vlScannerInitConfig), vlScannerSetConfig, vlScannerGetConfig);
+  expectRefusals(variables, vlProcessSetVariables, vlProcessGetVariables);
+  expectRefusals(defaults(vlSystemInitConfig), vlSystemSetConfig, vlSystemGetConfig);
+  expectRefusals(defaults(vlMotfInitConfig), vlMotfSetConfig, vlMotfGetConfig);
+  expectRefusals(defaults(vlMotfQuadratureDecoderInitConfig), vlMotfQuadratureDecoderSetConfig,
+                 vlMotfQuadratureDecoderGetConfig);
+  expectRefusals(events, vlEventSetConfig, vlEventGetConfig);
 }
 
 TEST(VirtualCard, HasAClockAndTimeZones) {

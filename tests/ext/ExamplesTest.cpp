@@ -38,11 +38,13 @@ TEST(Examples, SayWhatTheyDidOrWhyNot) {
       {"branch_on_input" + on(starCard), 0, "part 7: waiting\npart 7: star\n"},
       {"branch_on_input" + on(oddCard), 0, "part 7: waiting\npart 7: of no known kind\n"},
       {"list_of_lists" + here, 0, "list 6: 3 commands\nmarked a dial\n"},
+      {"print_configuration" + here, 0, "Scanner\n  FieldSize={ X=65536, Y=65536, Z=1 }\n  MaxMagnification=1\n"},
       {"mark_nameplate" + nowhere, 1, refused},
       {"build_font" + nowhere, 1, refused},
       {"list_from_text rosette.txt" + nowhere, 1, refused},
       {"branch_on_input" + nowhere, 1, refused},
       {"list_of_lists" + nowhere, 1, refused},
+      {"print_configuration" + nowhere, 1, refused},
   };
   // clang-format on
   for (const auto& [command, code, expected] : rows) {

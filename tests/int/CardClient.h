@@ -4,8 +4,6 @@
 
 #include <condition_variable>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <mutex>
 #include <sstream>
@@ -14,6 +12,8 @@
 #include <vector>
 
 #include "client/ClientAPI.h"
+#include "config/ProcessVariables.h"
+#include "config/RecordWire.h"
 #include "int/CardProcess.h"
 #include "int/Helpers.h"
 #include "lists/CommandCodes.h"
@@ -83,6 +83,10 @@ class Client : public ClientAPI {
     events.RegisterErrorEventCallback(
         [this](int, int, const char* text, std::uint32_t) { Keep("error " + SecondLine(text)); });
     Connect(IPAddress::Resolve(address), card.GetPort(), 1);
+    ProcessVariables variables;  // with speeds at which motions take times that tell them apart
+    variables.JumpSpeed = 0.01;
+    variables.MarkSpeed = 0.001;
+    Call("SetVariables", variables);
   }
   ~Client() override { Disconnect(); }
 
@@ -125,16 +129,14 @@ class Client : public ClientAPI {
   Events events_;
 };
 
-// A file name in a directory of its own, which goes with the object.
+// The file of a picture.
 class PictureFile {
  public:
-  PictureFile() { EXPECT_NE(mkdtemp(directory_.data()), nullptr); }
-  ~PictureFile() { std::filesystem::remove_all(directory_); }
-  Text Name() const { return directory_ + "/run.svg"; }
+  Text Name() const { return directory_.Path + "/run.svg"; }
   Text Content() const { return {std::istreambuf_iterator<char>(std::ifstream(Name()).rdbuf()), {}}; }
 
  private:
-  Text directory_ = "/tmp/kelvo-test-XXXXXX";
+  TemporaryDirectory directory_;
 };
 
 }  // namespace VELTRO::KELVO::Test

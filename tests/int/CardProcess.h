@@ -10,11 +10,23 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace VELTRO::KELVO::Test {
+
+// It goes with the object, and all that is in it.
+struct TemporaryDirectory {
+  TemporaryDirectory() { EXPECT_NE(mkdtemp(Path.data()), nullptr); }
+  ~TemporaryDirectory() { std::filesystem::remove_all(Path); }
+  TemporaryDirectory(const TemporaryDirectory&) = delete;
+  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+  std::string Path = "/tmp/kelvo-test-XXXXXX";
+};
 
 // It ends with the object, and the test fails unless it ends in order then. It never outlives the test.
 class CardProcess {

@@ -5,17 +5,35 @@
 #include "config/MotfConfig.h"
 #include "config/ProcessVariables.h"
 #include "config/QuadratureDecoderConfig.h"
+#include "config/ScannerConfig.h"
 #include "config/ScannerMonitoringConfig.h"
+#include "config/SystemConfig.h"
 #include "int/Helpers.h"
 #include "kelvo/kelvo.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
 
-std::string Packed(const auto& value) {
-  msgpack::sbuffer bytes;
-  msgpack::pack(bytes, value);
-  return {bytes.data(), bytes.size()};
+// The plain struct has the fields of the record in their order, and no other: each begins where the one before it
+// leaves room.
+template <class R, class Plain>
+void ExpectSameLayout() {
+  R record;
+  Plain plain{};
+  std::size_t end = 0, place = 0;
+  const auto aligned = [&](std::size_t alignment) { return (end + alignment - 1) / alignment * alignment; };
+  const auto follow = [&]<class T>(const T& field) {
+    const auto at = reinterpret_cast<const char*>(&field) - reinterpret_cast<const char*>(&plain);
+    EXPECT_EQ(static_cast<std::size_t>(at), aligned(alignof(T))) << place;
+    end = static_cast<std::size_t>(at) + sizeof field;
+  };
+  const auto followVersion = [&] {
+    if (place++ == R::VersionPlace) follow(plain.ConfigVersion);
+  };
+  followVersion();
+  R::ForEachPair(record, plain,
+                 [&](const auto&, const auto& namesake) { follow(namesake), followVersion(); });
+  EXPECT_EQ(aligned(alignof(Plain)), sizeof plain);
 }
 
 // Whatever is wrong with a reply, the record that it is for stays as it was.
@@ -44,7 +62,7 @@ void ExpectChecks() {
     EXPECT_EQ(outcome(), expected) << place;
     EXPECT_EQ(kept.ToString(), text);
   };
-  for (std::size_t i = 0; i <= elements.size(); ++i) expectFailureWith(i, msgpack::type::nil_t(), "std::bad_cast");
+  expectFailureWith(elements.size(), 0, "std::bad_cast");
   expectFailureWith(R::VersionPlace, R::CurrentConfigVersion + 1,
                     "The Version of the supplied config is newer than the newest supported version.");
   R::ForEachField(kept, [&, place = std::size_t{0}]<class T>(const char*, const T&) mutable {
@@ -58,15 +76,56 @@ void ExpectChecks() {
   EXPECT_EQ(outcome(), "std::bad_cast");
 }
 
+template <class R, class Plain>
+void ExpectRecord() {
+  SCOPED_TRACE(testing::internal::GetTypeName<R>());
+  ExpectChecks<R, Plain>();
+  ExpectSameLayout<R, Plain>();
+}
+
 TEST(Records, AreCheckedElementByElement) {
-  ExpectChecks<LaserConfig, vlLaserConfig>();
-  ExpectChecks<ProcessVariables, vlProcessVariables>();
-  ExpectChecks<SkyWritingSettings, vlSkyWritingSettings>();
-  ExpectChecks<MotfConfig, vlMotfConfig>();
-  ExpectChecks<MotfSource, vlMotfSource>();
-  ExpectChecks<QuadratureDecoderConfig, vlQuadratureDecoderConfig>();
-  ExpectChecks<EventConfig, vlEventConfig>();
-  ExpectChecks<ScannerMonitoringConfig, vlScannerMonitoringConfig>();
+  ExpectRecord<LaserConfig, vlLaserConfig>();
+  ExpectRecord<ScannerConfig, vlScannerConfig>();
+  ExpectRecord<ScanHeadConfig, vlScanHeadConfig>();
+  ExpectRecord<ScannerMonitoringConfig, vlScannerMonitoringConfig>();
+  ExpectRecord<ProcessVariables, vlProcessVariables>();
+  ExpectRecord<SkyWritingSettings, vlSkyWritingSettings>();
+  ExpectRecord<WobbleSettings, vlWobbleSettings>();
+  ExpectRecord<SystemConfig, vlSystemConfig>();
+  ExpectRecord<MotfConfig, vlMotfConfig>();
+  ExpectRecord<MotfSource, vlMotfSource>();
+  ExpectRecord<QuadratureDecoderConfig, vlQuadratureDecoderConfig>();
+  ExpectRecord<QuadratureDecoderModule, vlQuadratureDecoderModule>();
+  ExpectRecord<EventConfig, vlEventConfig>();
+}
+
+TEST(Records, AreRefusedWhenThePlainStructHasNoRoomForTheirLists) {
+  ProcessVariables variables;
+  QuadratureDecoderConfig decoders;
+  EventConfig events, exclusions;
+  vlProcessVariables flatVariables{};
+  vlQuadratureDecoderConfig flatDecoders{};
+  vlEventConfig flatEvents{};
+  for (const std::size_t excess : {0U, 1U}) {
+    variables.OnOffPattern.resize(KELVO_ON_OFF_PATTERN_CAPACITY + excess);
+    decoders.Modules.resize(KELVO_DECODER_MODULE_CAPACITY + excess);
+    while (events.EventSettings.size() < KELVO_EVENT_CAPACITY + excess) {
+      events.EventSettings[static_cast<std::int32_t>(events.EventSettings.size())];
+    }
+    auto& excluded = exclusions.EventSettings[1].Exclusions;
+    while (excluded.size() < KELVO_EVENT_EXCLUSION_CAPACITY + excess) {
+      excluded.insert(static_cast<std::int32_t>(excluded.size()));
+    }
+    const auto outcome = [&](const char* failure) { return excess == 0 ? "no failure" : failure; };
+    EXPECT_EQ(Failure([&] { Flat::FromRecord(variables, flatVariables); }),
+              outcome("Too much OnOffPattern values"));
+    EXPECT_EQ(Failure([&] { Flat::FromRecord(decoders, flatDecoders); }),
+              outcome("Error converting QuadratureDecoderConfig to C."));
+    for (const EventConfig& config : {events, exclusions}) {
+      EXPECT_EQ(Failure([&] { Flat::FromRecord(config, flatEvents); }),
+                outcome("Error converting EventConfig to C."));
+    }
+  }
 }
 
 // As many a line as fit.

@@ -50,9 +50,8 @@ TEST(ScannerRecords, CrossWireAndPlainStructs) {
   vlScannerMonitoringConfig flatMonitoring{};
   std::string hex;
   const auto through = [&](const auto& record, auto& plain) {  // both, and what comes out
-    msgpack::sbuffer bytes;
-    msgpack::pack(bytes, record);
-    hex = Hex(std::string(bytes.data(), bytes.size()));
+    const std::string bytes = Packed(record);
+    hex = Hex(bytes);
     using R = std::remove_cvref_t<decltype(record)>;
     Flat::FromRecord(msgpack::unpack(bytes.data(), bytes.size()).get().template as<R>(), plain);
     return Flat::Taken<R>(&plain).ToString();

@@ -25,7 +25,7 @@ TEST(VirtualCardRun, TakesTheTimeThatItsCommandsTake) {
   // Name, microseconds, macro vectors, micro vectors, list.
   const std::tuple<const char*, double, int, int, Text> cases[] = {
       {"empty list", 0, 0, 0, ""},
-      {"default speeds: 5 / 0.01, then 5 / 0.001", 500 + 5000, 2, 550, "JA 3,4 MR 0,5"},
+      {"starting speeds: 5 / 0.01, then 5 / 0.001", 500 + 5000, 2, 550, "JA 3,4 MR 0,5"},
       {"a motion of 15 us takes two ticks", 15, 1, 2, "JA 0.15,0"},
       {"rounding makes no further tick", 300, 1, 30, "MA 0.30000000000000004,0"},
       {"3D; 2D keeps z", 600 + 400 + 3000 + 1000, 5, 500, "J3A 1,2,2 J3R 0,0,3 JA 1,6 M3R 1,2,2 M3A 2,8,6"},

@@ -24,12 +24,16 @@ struct Request {
 
 std::string Frame(unsigned char type, std::string_view body);
 
-// A frame whose body is these objects, one behind the other.
-template <class... Objects>
-std::string FrameOf(unsigned char type, const Objects&... objects) {
-  msgpack::sbuffer body;
-  (msgpack::pack(body, objects), ...);
-  return Frame(type, {body.data(), body.size()});
+// Objects, one behind the other.
+std::string Packed(const auto&... objects) {
+  msgpack::sbuffer bytes;
+  (msgpack::pack(bytes, objects), ...);
+  return {bytes.data(), bytes.size()};
+}
+
+// A frame whose body is these objects.
+std::string FrameOf(unsigned char type, const auto&... objects) {
+  return Frame(type, Packed(objects...));
 }
 
 template <class Result>

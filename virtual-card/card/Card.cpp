@@ -15,6 +15,7 @@ Card::Card(CardSettings settings, Notifier& clients)
       Variables(runSignal_),
       Lists(Execution),
       Scanner(Configuration, Execution),
-      Execution(std::move(settings.Execution), {clients, runSignal_, Inputs, Variables, Lists, Fonts}) {}
+      Execution(std::move(settings.Execution),
+                {clients, runSignal_, Inputs, Variables, Lists, Fonts, Configuration, System}) {}
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -10,6 +10,7 @@
 #include "execution/Motion.h"
 #include "execution/Programs.h"
 #include "execution/Run.h"
+#include "execution/StartingValues.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -126,12 +127,15 @@ Executor::Result Executor::Execute(Job job) {
     Programs programs(surroundings_.Lists);
     CallStack calls(carets_);
     calls.Enter(programs.PrepareList(job.ListId, std::move(job.List)));
+    calls.Enter(std::make_shared<const Program>("Process variables",
+                                                StartingValues(surroundings_.Configuration.Variables.Get())));
     Run run{clock,
             motion,
             surroundings_.Clients,
             surroundings_.Inputs,
             surroundings_.Variables,
             surroundings_.Fonts,
+            surroundings_.System,
             programs,
             calls,
             standaloneList_};

@@ -6,8 +6,10 @@
 #include <string>
 #include <thread>
 
+#include "card/CardConfiguration.h"
 #include "card/CardFonts.h"
 #include "card/CardInputs.h"
+#include "card/CardSystem.h"
 #include "card/CardVariables.h"
 #include "card/Notifier.h"
 #include "common/Mutex.h"
@@ -35,6 +37,8 @@ struct RunSurroundings {
   CardVariables& Variables;
   ListSource& Lists;
   CardFonts& Fonts;
+  CardConfiguration& Configuration;
+  CardSystem& System;
 };
 
 // Any thread may call anything at any time.

@@ -43,10 +43,10 @@ void MarkText(Run& run, std::string_view text) {
   run.Calls.Enter(std::move(first), std::move(glyphs));
 }
 
-std::string TimeOfDay() {
-  const std::time_t now = std::time(nullptr);
+std::string TimeOfDay(CardSystem& system) {
+  const std::time_t now = ClientLib::DateTime(system.GetTime()).ToSeconds();
   std::tm time{};
-  localtime_r(&now, &time);
+  gmtime_r(&now, &time);
   char text[9] = "";
   std::strftime(text, sizeof text, "%H:%M:%S", &time);
   return text;
@@ -69,7 +69,7 @@ std::span<const CommandRow> FontCommands() {
   static constexpr CommandRow Rows[] = {
       {CommandCode::SELECT_FONT, [](Run& run, std::int32_t id) { SelectFont(run, id); }},
       {CommandCode2::MARK_CHAR, [](Run& run, std::int32_t character) { MarkCharacter(run, character); }},
-      {CommandCode2::MARK_TIME, [](Run& run) { MarkText(run, TimeOfDay()); }},
+      {CommandCode2::MARK_TIME, [](Run& run) { MarkText(run, TimeOfDay(run.System)); }},
       {CommandCode2::MARK_COUNTER,
        [](Run& run, std::int32_t name, std::int32_t digits) { MarkCounter(run, name, digits); }},
   };

@@ -30,10 +30,10 @@ struct SkyWriting {
   double DecelerationDelay = 0;
 };
 
-// In force from the start of a run until its commands change them. Field units per microsecond, microseconds.
+// Set at the start of a run (StartingValues.h) and by its commands. Field units per microsecond, microseconds.
 struct ProcessParameters {
-  double JumpSpeed = 0.01;
-  double MarkSpeed = 0.001;
+  double JumpSpeed = 1;
+  double MarkSpeed = 1;
   double MagnificationSpeed = 5e-7;
   double SpeedScale = 1;  // of all speeds
   double JumpDelay = 0;

@@ -6,6 +6,7 @@
 
 #include "card/CardFonts.h"
 #include "card/CardInputs.h"
+#include "card/CardSystem.h"
 #include "card/CardVariables.h"
 #include "card/Notifier.h"
 #include "execution/CallStack.h"
@@ -22,6 +23,7 @@ struct Run {
   CardInputs& Inputs;
   CardVariables& Variables;
   CardFonts& Fonts;
+  CardSystem& System;
   Programs& Prepared;
   CallStack& Calls;
   std::optional<std::int32_t> StandaloneList;
