@@ -337,9 +337,33 @@ def texts():
     yield "payload_broken", b"P\x02" + payload(SCALARS[0], b"\x2b\x00")
 
 
+def discovery():
+    """An answer to a search, a serial number or an address, each behind its letter."""
+    seeds = {}
+    reply = ("HTTP/1.1 200 OK\r\nCACHE-CONTROL: max-age=1800\r\nLOCATION: http://{}/\r\n"
+             "USN: uuid:kelvo-{}::urn:schemas-upnp-veltro:device:kelvocarddevice:1\r\n\r\n")
+    for name, host in (("ipv4", "192.168.1.7:49374"), ("ipv6", "[fe80::7]:49374"), ("zone", "[fe80::7%12]:49374"),
+                       ("global", "[2001:db8::7]:1"), ("mapped", "[::ffff:1.2.3.4]:1"), ("no_port", "192.168.1.7"),
+                       ("host_name", "card.local:49374"), ("bare_name", "card:1"), ("no_host", ":1"),
+                       ("no_bracket", "[fe80::7:1"), ("no_zone", "[fe80::7%]:1"), ("odd_zone", "[fe80::7%eth0]:1"),
+                       ("large_zone", "[fe80::7%4294967296]:1"), ("odd_bracket", "fe80::7]:1"), ("dots", "[1.2.3.4]:1")):
+        seeds["reply_" + name] = "r" + reply.format(host, "12345")
+    seeds["reply_no_dash"] = "rLOCATION:http://1.2.3.4:1\nUSN: 12345"
+    seeds["reply_line_end"] = "rLOCATION:http://1.2.3.4:1\nUSN:\ta-12345\r"
+    seeds["reply_twice"] = "rUSN:1\nLOCATION:http://1.2.3.4:1\nUSN:2::\nLOCATION:http://1.2.3.5:1\nLOCATION:x"
+    for name, text in (("plain", "12345"), ("prefix", "KV712345"), ("prefixes", "kv7KK7V123"), ("inside", "1K7V72"),
+                       ("long", "123456"), ("empty", ""), ("negative", "-1"), ("no_seven", "KV1")):
+        seeds["serial_" + name] = "s" + text
+    for name, text in (("ipv4", "192.168.1.7"), ("ipv6", "2001:db8::7"), ("scope", "fe80::7%4294967295"),
+                       ("odd_scope", "fe80::7%+1"), ("scoped_ipv4", "1.2.3.4%1"), ("none", "card")):
+        seeds["address_" + name] = "a" + text
+    yield from ((name, text.encode()) for name, text in seeds.items())
+
+
 def main():
     corpus = pathlib.Path(__file__).resolve().parent / "corpus"
     for target, seeds in (("BufferFuzzer", buffers()), ("CommandFuzzer", commands()),
+                          ("DiscoveryFuzzer", discovery()),
                           ("FrameFuzzer", frames()), ("StreamFuzzer", streams()),
                           ("TextFuzzer", texts())):
         place = corpus / target

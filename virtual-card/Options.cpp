@@ -74,7 +74,8 @@ std::optional<Options> ParseOptions(int count, const char* const* arguments, int
   Options options;
   CLI::App app(Description, "kelvo-virtual-card");
   app.footer(Footer());
-  app.add_option("--address", options.Address, "IPv4 or IPv6 address to listen on")->capture_default_str();
+  app.add_option("--address", options.Address, "IPv4 or IPv6 address to listen on")
+      ->default_str("127.0.0.1; with --ssdp :: for all");
   app.add_option("--port", options.Port, "TCP port to listen on; 0 takes a free one")
       ->check(CLI::Range(0, 65535))
       ->capture_default_str();
@@ -101,6 +102,13 @@ std::optional<Options> ParseOptions(int count, const char* const* arguments, int
                  "Bytes of notifications that may wait for a client that does not read them; when there are "
                  "more, its connection is closed")
       ->capture_default_str();
+  app.add_flag("--ssdp", options.Ssdp, "Answer those who search the network for cards");
+  app.add_option("--ssdp-interface", options.SsdpInterfaces,
+                 "Network interface on which to answer; may be repeated (default: all that take multicasts)")
+      ->type_name("NAME")
+      ->type_size(1)
+      ->allow_extra_args(false)
+      ->needs("--ssdp");
   app.add_flag("--verbose", options.Verbose, "Write every call to stderr");
   try {
     app.parse(count, arguments);
@@ -108,6 +116,7 @@ std::optional<Options> ParseOptions(int count, const char* const* arguments, int
     exitCode = app.exit(error) == 0 ? 0 : WrongUsage;
     return std::nullopt;
   }
+  if (options.Address.empty()) options.Address = options.Ssdp ? "::" : "127.0.0.1";
   return options;
 }
 

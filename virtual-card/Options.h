@@ -12,7 +12,7 @@
 namespace VELTRO::KELVO::VirtualCard {
 
 struct Options {
-  std::string Address = "127.0.0.1";
+  std::string Address;
   int Port = 49374;
   std::string Firmware = "Virtual 3.10";
   std::string Serial = "12345";
@@ -25,6 +25,8 @@ struct Options {
   std::string StateDirectory;    // empty: none
   std::size_t Queue = 16 << 20;  // bytes of notifications that wait for one client at most
   bool Verbose = false;
+  bool Ssdp = false;
+  std::vector<std::string> SsdpInterfaces;  // none: all
 };
 
 // Reads the command line. Nothing when the program is to end at once with `exitCode`: help was asked for (0),

@@ -5,11 +5,15 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <optional>
+#include <string>
 
 #include "Log.h"
 #include "Options.h"
 #include "card/Card.h"
+#include "client/CardInfo.h"
 #include "console/StandardInput.h"
+#include "server/SearchResponder.h"
 #include "server/Server.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -47,18 +51,27 @@ void OpenStandardStreams() {
 }
 
 void Serve(const Options& options, const sigset_t& stopSignals) {
-  Server server(ClientLib::IPAddress::Resolve(options.Address.c_str()), options.Port,
-                {options.Queue, options.Verbose});
+  const auto address = ClientLib::IPAddress::Resolve(options.Address.c_str());
+  Server server(address, options.Port, {options.Queue, options.Verbose});
   Card card({{options.Firmware, options.Serial},
              {options.Speed, {options.SvgFile, options.Beam, options.DrawAllRuns}, options.StandaloneList},
              options.StateDirectory},
             server);
   for (const InputSetting& input : options.Inputs) card.Inputs.Set(input.Port, input.Bits);
+  std::optional<SearchResponder> responder;
+  if (options.Ssdp) {
+    responder.emplace(SearchSettings{options.SsdpInterfaces, options.Serial, address, server.GetPort()});
+    if (server.GetPort() != ClientLib::CardInfo::DefaultPort) {
+      LogLine("Those who find this card will look for it on port " +
+              std::to_string(ClientLib::CardInfo::DefaultPort) + ".");
+    }
+  }
   server.Start(card);
   std::printf("Listening on %s\n", server.GetPlace().c_str());
   std::fflush(stdout);
   const StandardInput console(card);
   WaitForStop(stopSignals);
+  responder.reset();
   card.Execution.Stop();  // first, so that clients are told and no call waits for the end of a run
   server.Stop();
 }

@@ -44,6 +44,7 @@
 
 #include "kelvo/KelvoClientAPI.h"
 #include "kelvo/KelvoConfigurationAPI.h"
+#include "kelvo/KelvoDiscoveryAPI.h"
 #include "kelvo/KelvoEventAPI.h"
 #include "kelvo/KelvoFileAPI.h"
 #include "kelvo/KelvoFontAPI.h"

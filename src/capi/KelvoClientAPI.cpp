@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "capi/Frame.h"
+#include "capi/NewConnection.h"
 
 using namespace VELTRO::KELVO::ClientLib;
 
@@ -13,28 +13,13 @@ namespace {
 // What takes the place of an error that does not fit.
 constexpr std::string_view BufferTooSmall = "Error buffer too small";
 
-void Connect(int handle, const IPAddress& address, int port) {
-  // Shared: a disconnect from elsewhere may remove the handle while it connects.
-  const auto connection = APIContext::getInstance().Share(handle);
-  try {
-    connection->Client.Connect(address, port, handle);
-    // Disconnected from elsewhere before it was connected: the handle names nothing any more.
-    if (!APIContext::getInstance().Find(handle)) throw std::runtime_error("ConnectionAborted");
-  } catch (...) {
-    APIContext::getInstance().Remove(handle);
-    throw;
-  }
-}
-
 }  // namespace
 
 int32_t vlConnect(const char* host, int32_t port) {
   return Guarded([&] {
     const IPAddress address = IPAddress::Resolve(NotNull(host, "host"));
     if (port < 1 || port > 0xFFFF) throw std::runtime_error("Port must be between 1 and 65535.");
-    const int handle = APIContext::getInstance().CreateNew();
-    Connect(handle, address, port);
-    return handle;
+    return NewConnection([&](ClientAPI& client, int handle) { client.Connect(address, port, handle); });
   });
 }
 

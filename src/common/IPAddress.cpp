@@ -4,6 +4,7 @@
 #include <netdb.h>
 #include <netinet/in.h>
 
+#include <charconv>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
@@ -40,6 +41,33 @@ IPAddress IPAddress::Resolve(const char* host) {
     }
   }
   throw std::runtime_error("Invalid IP address or unable to resolve host name with DNS.");
+}
+
+IPAddress IPAddress::Parse(const std::string& text) {
+  if (const auto address = Convert(Family::IPv4, text)) return *address;
+  const std::size_t percent = text.find('%');
+  const std::uint32_t scopeId = percent == std::string::npos ? 0 : ParseScopeId(text.substr(percent + 1));
+  const auto address = Convert(Family::IPv6, text.substr(0, percent), scopeId);
+  if (!address) throw std::runtime_error(InvalidText);
+  return *address;
+}
+
+std::optional<IPAddress> IPAddress::Convert(Family family, const std::string& text, std::uint32_t scopeId) {
+  IPAddress result(family);
+  result.scopeId_ = scopeId;
+  const bool isWhole = text.find('\0') == std::string::npos;
+  if (!isWhole ||
+      inet_pton(family == Family::IPv4 ? AF_INET : AF_INET6, text.c_str(), result.bytes_.data()) != 1) {
+    return std::nullopt;
+  }
+  return result;
+}
+
+std::uint32_t IPAddress::ParseScopeId(std::string_view text) {
+  std::uint32_t scopeId = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), scopeId);
+  if (error != std::errc() || end != text.data() + text.size()) throw std::runtime_error(InvalidText);
+  return scopeId;
 }
 
 socklen_t IPAddress::GetSockaddr(int port, sockaddr_storage& result) const {

@@ -5,9 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "Descriptor.h"
+#include "common/Descriptor.h"
 
 namespace VELTRO::KELVO::VirtualCard {
+
+using ClientLib::Descriptor;
 
 // One thread at a time. On the host nothing but plain files right in the directory is seen or touched: symbolic links
 // are not followed, and a file with a second name elsewhere, a pipe or a device is refused. Names have been checked

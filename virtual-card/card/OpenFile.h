@@ -8,10 +8,12 @@
 #include <string_view>
 #include <vector>
 
-#include "Descriptor.h"
 #include "card/CardFiles.h"
+#include "common/Descriptor.h"
 
 namespace VELTRO::KELVO::VirtualCard {
+
+using ClientLib::Descriptor;
 
 // One thread at a time. Reading and writing go on at one place, which is the beginning at first; in a file that was
 // opened to append, writing is always at the end. Errors are std::runtime_error.

@@ -31,6 +31,7 @@ class Server : public Notifier {
 
   // Where it listens.
   std::string GetPlace() const { return PlaceOf(listener_); }
+  int GetPort() const { return PortOf(listener_); }
 
   void Notify(std::span<const unsigned char> frame) override;
 

@@ -19,15 +19,20 @@ using ClientLib::IPAddress;
 
 namespace {
 
-std::string Place(const IPAddress& address, int port) {
-  const bool is6 = address.GetFamily() == IPAddress::Family::IPv6;
-  return (is6 ? "[" + address.ToString() + "]" : address.ToString()) + ":" + std::to_string(port);
+int PortIn(const sockaddr_storage& storage) {
+  // The port is at the same offset in both families.
+  return ntohs(reinterpret_cast<const sockaddr_in&>(storage).sin_port);
 }
 
-std::string Place(const sockaddr_storage& storage) {
-  // The port is at the same offset in both families.
-  const auto port = ntohs(reinterpret_cast<const sockaddr_in&>(storage).sin_port);
-  return Place(IPAddress::FromSockaddr(reinterpret_cast<const sockaddr&>(storage)), port);
+std::string PlaceIn(const sockaddr_storage& storage) {
+  return Place(IPAddress::FromSockaddr(reinterpret_cast<const sockaddr&>(storage)), PortIn(storage));
+}
+
+sockaddr_storage OwnPlace(const Descriptor& socket) {
+  sockaddr_storage storage{};
+  socklen_t length = sizeof storage;
+  getsockname(socket.Get(), reinterpret_cast<sockaddr*>(&storage), &length);
+  return storage;
 }
 
 void SetOption(int socket, int level, int option, int value) {
@@ -40,6 +45,11 @@ bool IsExhaustion(int error) {
 }
 
 }  // namespace
+
+std::string Place(const IPAddress& address, int port) {
+  const bool is6 = address.GetFamily() == IPAddress::Family::IPv6;
+  return (is6 ? "[" + address.ToString() + "]" : address.ToString()) + ":" + std::to_string(port);
+}
 
 Wake::Wake() : event_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   if (!event_.IsOpen()) throw std::system_error(errno, std::generic_category(), "eventfd");
@@ -70,10 +80,11 @@ Descriptor Listen(const IPAddress& address, int port) {
 }
 
 std::string PlaceOf(const Descriptor& socket) {
-  sockaddr_storage storage{};
-  socklen_t length = sizeof storage;
-  getsockname(socket.Get(), reinterpret_cast<sockaddr*>(&storage), &length);
-  return Place(storage);
+  return PlaceIn(OwnPlace(socket));
+}
+
+int PortOf(const Descriptor& socket) {
+  return PortIn(OwnPlace(socket));
 }
 
 Descriptor Accept(const Descriptor& listener, std::string& peer, bool& exhausted) {
@@ -85,7 +96,7 @@ Descriptor Accept(const Descriptor& listener, std::string& peer, bool& exhausted
     if (socket.IsOpen()) {
       SetOption(socket.Get(), IPPROTO_TCP, TCP_NODELAY, 1);
       SetOption(socket.Get(), SOL_SOCKET, SO_KEEPALIVE, 1);
-      peer = Place(storage);
+      peer = PlaceIn(storage);
       return socket;
     }
     // A connection that was given up while it waited is no reason to look no further.

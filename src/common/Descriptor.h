@@ -1,13 +1,12 @@
-// A descriptor and its end.
+// Owns a descriptor.
 #pragma once
 
 #include <unistd.h>
 
 #include <utility>
 
-namespace VELTRO::KELVO::VirtualCard {
+namespace VELTRO::KELVO::ClientLib {
 
-// Owns a descriptor.
 class Descriptor {
  public:
   explicit Descriptor(int number = -1) : number_(number) {}
@@ -23,12 +22,11 @@ class Descriptor {
   // Leaves it to somebody else.
   int Release() { return std::exchange(number_, -1); }
   void Close() {
-    if (IsOpen()) close(number_);
-    number_ = -1;
+    if (IsOpen()) close(Release());
   }
 
  private:
   int number_;
 };
 
-}  // namespace VELTRO::KELVO::VirtualCard
+}  // namespace VELTRO::KELVO::ClientLib
