@@ -37,8 +37,7 @@ std::string Outcome(Read&& read) {
 std::string AddressText(int family, const std::string& text, std::uint32_t scope, bool hasZone) {
   unsigned char bytes[sizeof(in6_addr)] = {};
   char result[INET6_ADDRSTRLEN] = "";
-  const bool isAddress =
-      text.find('\0') == std::string::npos && inet_pton(family, text.c_str(), bytes) == 1;
+  const bool isAddress = text.find('\0') == std::string::npos && inet_pton(family, text.c_str(), bytes) == 1;
   if (!isAddress) scope = 0;
   inet_ntop(family, bytes, result, sizeof result);
   if (family == AF_INET6 && !hasZone && bytes[0] == 0xFE && bytes[1] >> 6 == 2) scope = Interface;

@@ -1,8 +1,9 @@
 // What a card is called and where it is.
 #pragma once
 
-#include <compare>
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "common/IPAddress.h"
 
@@ -25,7 +26,10 @@ struct CardInfo {
   IPAddress Address;
 
   // In the order of serial numbers, as texts; of one card IPv4 comes first.
-  friend auto operator<=>(const CardInfo& a, const CardInfo& b) = default;
+  friend bool operator<(const CardInfo& a, const CardInfo& b) {
+    return std::tie(a.SerialNumber, a.Address, a.Port) < std::tie(b.SerialNumber, b.Address, b.Port);
+  }
+  friend bool operator==(const CardInfo& a, const CardInfo& b) = default;
 };
 
 inline std::string to_string(const CardInfo& card) {

@@ -96,7 +96,7 @@ bool Ping(const IPAddress& address, int timeoutMs) {
                                    is4 ? int{IPPROTO_ICMP} : int{IPPROTO_ICMPV6}));
   if (!socket.IsOpen()) ThrowFailed("socket");
   const auto deadline = steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-  SetReceiveTimeout(socket, {timeoutMs / 1000, timeoutMs % 1000 * 1000});
+  SetReceiveTimeout(socket, {timeoutMs / 1000, timeoutMs % 1000 * 1000L});
   sockaddr_storage storage{};
   const socklen_t length = address.GetSockaddr(0, storage);
   const auto* destination = reinterpret_cast<const sockaddr*>(&storage);

@@ -4,12 +4,12 @@
 #include <sys/socket.h>
 
 #include <array>
-#include <compare>
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -56,8 +56,10 @@ class IPAddress {
   // Dotted decimal, or the standard IPv6 text and, if there is a scope id, "%" and that in decimal.
   std::string ToString() const;
 
-  // In the order of families, then of bytes, then of scope ids.
-  friend auto operator<=>(const IPAddress& a, const IPAddress& b) = default;
+  friend bool operator==(const IPAddress& a, const IPAddress& b) = default;
+  friend bool operator<(const IPAddress& a, const IPAddress& b) {
+    return std::tie(a.family_, a.bytes_, a.scopeId_) < std::tie(b.family_, b.bytes_, b.scopeId_);
+  }
 
  private:
   Family family_ = Family::None;
