@@ -144,7 +144,7 @@ TEST(Calls, AskTheCardInItsWords) {
       {CALL(vlScannerCommunicationReceiveEnhanced(c, 1, 34, two, 1, &n, 9)), "ReceiveEnhancedCommand[1,34,9]", -1, "\x92\7\7", "Buffer is too small"},
       {CALL(vlScannerCommunicationTransceiveEnhanced(c, 1, 34, two, 2, two, 2, &n, 9), n + two[0]), "TransceiveEnhancedCommand[1,34,[8,9],9]", 8, "\x91\7"},
       {CALL(vlFileExists(c, 4, "a", &flag), flag), "FileExists[4,\"a\"]", 1, "\xC3"}, {CALL(vlFileDelete(c, 0, "a")), "FileDelete[0,\"a\"]"},
-      {CALL(vlFileGetFiles(c, 3, text, 5, &n, &two[0]), n + 10 * two[0] + text[1] + text[2]), "GetFiles[3]", 4 + 20 + 'b' + 'c', "\x92\xA0\xA2\x62\x63"},
+      {CALL(vlFileGetFiles(c, 3, text, 5, &n, &two[0]), static_cast<int>(n + 10 * two[0]) + text[1] + text[2]), "GetFiles[3]", 4 + 20 + 'b' + 'c', "\x92\xA0\xA2\x62\x63"},
       {CALL(vlFileGetFiles(c, 3, text, 3, &n, &two[0])), "GetFiles[3]", -1, "\x92\xA0\xA2\x62\x63", "Buffer is too small."},
       {CALL(vlFileGetFiles(c, 3, nullptr, 0, &n, &two[0]), n), "GetFiles[3]", 0, "\x90"}, {CALL(vlFileExists(c, 5, "a", &flag)), "", -1, "", "DirectorySelector::_from_integral: invalid argument"},
       {CALL(vlFileGetFiles(c, 3, text, 5, &n, &two[0])), "GetFiles[3]", -1, std::string("\x91\xA2\0\x62", 4), "The card sent a file name that is none."},

@@ -93,7 +93,7 @@ TEST(OpticalParameters, AreTextJsonAndBytesInTheOrderOfTheirFields) {
   Flat::FromRecord(msgpack::unpack(bytes.data(), bytes.size()).get().as<OpticalParameters>(), flat);
   EXPECT_EQ(Flat::Taken<OpticalParameters>(&flat).ToString(), text);
   EXPECT_TRUE(flat.InputOffset.M == 40.25 && flat.FieldOffset.Y == 21.25 && flat.BitPerMicronE1 == 30.5);
-  for (const int length : {128, 129}) {
+  for (const std::size_t length : {std::size_t{128}, std::size_t{129}}) {
     p.Hash = std::string(length, 'x');
     EXPECT_EQ(Failure([&] { Flat::FromRecord(p, flat); }), length == 128 ? "no failure" : "Illegal hash!");
   }
@@ -134,7 +134,7 @@ TEST(OpticalParameters, AreReadFromSoundJsonOnly) {
       {with("\"Hash\":\"\xFF\""), "[json.exception.parse_error.101] "},
   };
   for (const auto& [json, expected] : texts) {
-    EXPECT_EQ(Failure([&] { OpticalParameters::FromJsonText(json); }).substr(0, expected.size()), expected) << json.substr(0, 99);
+    EXPECT_EQ(Failure([&json = json] { OpticalParameters::FromJsonText(json); }).substr(0, expected.size()), expected) << json.substr(0, 99);
   }
   EXPECT_EQ(OpticalParameters::FromJsonText(with(R"("XLayers":9)")).XLayers, 9);
   OpticalParameters odd;
@@ -151,7 +151,7 @@ TEST(FileHandles, SendAsMuchAsTheyMay) {
       {3 * 921600, "cannot create std::vector larger than max_size()", 2, "93 05 C4 00 CE 00 0E 10 00"}};
   for (const auto& [count, failure, calls, end] : rows) {
     CallRecorder caller;
-    EXPECT_EQ(Failure([&] { FileHandle(caller, 5).Write(bytes.data(), count); }), failure);
+    EXPECT_EQ(Failure([&, count = count] { FileHandle(caller, 5).Write(bytes.data(), count); }), failure);
     ASSERT_EQ(caller.Calls.size(), calls + 1) << "one closes the file";
     EXPECT_TRUE(Hex(caller.Calls[calls - 1].substr(std::max<std::size_t>(caller.Calls[calls - 1].size(), 20) - 20)).ends_with(end)) << count;
     EXPECT_EQ(Hex(caller.Calls.back()), "91 05");
