@@ -213,10 +213,10 @@ std::int32_t Init(F* flat) {
 
 template <class API, class F>
 std::int32_t Get(std::int32_t handle, F* flat) {
-  return OnConnection(handle, [&](ConnectionContext& connection) {
+  return On<API>(handle, [&](API& api) {
     NotNull(flat, "config");
     F received{};
-    FromRecord(API(connection.Client).GetConfig(), received);
+    FromRecord(api.GetConfig(), received);
     *flat = received;
   });
 }
@@ -230,18 +230,17 @@ R Taken(const F* flat) {
 
 template <class API, class R, class F>
 std::int32_t Set(std::int32_t handle, const F* flat) {
-  return OnConnection(
-      handle, [&](ConnectionContext& connection) { API(connection.Client).SetConfig(Taken<R>(flat)); });
+  return On<API>(handle, [&](API& api) { api.SetConfig(Taken<R>(flat)); });
 }
 
 template <class API>
 std::int32_t Load(std::int32_t handle) {
-  return OnConnection(handle, [](ConnectionContext& connection) { API(connection.Client).LoadConfig(); });
+  return On<API>(handle, [](API& api) { api.LoadConfig(); });
 }
 
 template <class API>
 std::int32_t Store(std::int32_t handle) {
-  return OnConnection(handle, [](ConnectionContext& connection) { API(connection.Client).StoreConfig(); });
+  return On<API>(handle, [](API& api) { api.StoreConfig(); });
 }
 
 template <class R, class F>

@@ -42,6 +42,15 @@ auto OnConnection(std::int32_t handle, Work&& work) noexcept {
   return Guarded([&] { return work(*APIContext::getInstance().Share(handle)); });
 }
 
+// On an area of the connection's card, such as LaserAPI.
+template <class API, class Work>
+auto On(std::int32_t handle, Work&& work) noexcept {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    API api(connection.Client);
+    return work(api);
+  });
+}
+
 // The list of a list handle, valid until this thread looks for another one.
 inline ListTable::Entry& FindList(std::int64_t list) {
   return ThreadOwned<RecentList>::Get().Find(list);

@@ -6,23 +6,20 @@
 using namespace VELTRO::KELVO::ClientLib;
 
 int32_t vlConfigurationBeginUpdate(int32_t handle) {
-  return OnConnection(
-      handle, [](ConnectionContext& connection) { ConfigurationAPI(connection.Client).BeginUpdate(); });
+  return On<ConfigurationAPI>(handle, [](ConfigurationAPI& configuration) { configuration.BeginUpdate(); });
 }
 
 int32_t vlConfigurationEndUpdate(int32_t handle) {
-  return OnConnection(handle,
-                      [](ConnectionContext& connection) { ConfigurationAPI(connection.Client).EndUpdate(); });
+  return On<ConfigurationAPI>(handle, [](ConfigurationAPI& configuration) { configuration.EndUpdate(); });
 }
 
 int32_t vlConfigurationAbortUpdate(int32_t handle) {
-  return OnConnection(
-      handle, [](ConnectionContext& connection) { ConfigurationAPI(connection.Client).AbortUpdate(); });
+  return On<ConfigurationAPI>(handle, [](ConfigurationAPI& configuration) { configuration.AbortUpdate(); });
 }
 
 int32_t vlConfigurationIsUpdateActive(int32_t handle, bool* active) {
-  return OnConnection(handle, [&](ConnectionContext& connection) {
+  return On<ConfigurationAPI>(handle, [&](ConfigurationAPI& configuration) {
     NotNull(active, "active");
-    *active = ConfigurationAPI(connection.Client).IsUpdateActive();
+    *active = configuration.IsUpdateActive();
   });
 }

@@ -13,10 +13,8 @@ namespace {
 // On the files of a directory: `work` gets them and the directory.
 template <class Work>
 int32_t OnFiles(int32_t handle, int32_t directory, Work&& work) {
-  return OnConnection(handle, [&](ConnectionContext& connection) {
-    FileAPIVL files(connection.Client);
-    work(files, DirectorySelector::_from_integral(directory));
-  });
+  return On<FileAPIVL>(handle,
+                       [&](FileAPIVL& files) { work(files, DirectorySelector::_from_integral(directory)); });
 }
 
 TransferProgress ProgressOf(vlFileProgressCallback progress, void* user) {

@@ -7,18 +7,7 @@
 
 using namespace VELTRO::KELVO::ClientLib;
 
-namespace {
-
-// On the laser of a connection.
-template <class Work>
-int32_t OnLaser(int32_t handle, Work&& work) {
-  return OnConnection(handle, [&](ConnectionContext& connection) {
-    LaserAPI laser(connection.Client);
-    work(laser);
-  });
-}
-
-}  // namespace
+namespace {}  // namespace
 
 int32_t vlLaserInitConfig(vlLaserConfig* config) {
   return Flat::Init<LaserConfig>(config);
@@ -45,68 +34,70 @@ int32_t vlLaserToStringConfig(const vlLaserConfig* config, char* buffer, uint32_
 }
 
 int32_t vlLaserLaserOn(int32_t handle) {
-  return OnLaser(handle, [](LaserAPI& laser) { laser.LaserOn(); });
+  return On<LaserAPI>(handle, [](LaserAPI& laser) { laser.LaserOn(); });
 }
 
 int32_t vlLaserLaserOff(int32_t handle) {
-  return OnLaser(handle, [](LaserAPI& laser) { laser.LaserOff(); });
+  return On<LaserAPI>(handle, [](LaserAPI& laser) { laser.LaserOff(); });
 }
 
 int32_t vlLaserIsPilotEnabled(int32_t handle, bool* enabled) {
-  return OnLaser(handle, [&](LaserAPI& laser) {
+  return On<LaserAPI>(handle, [&](LaserAPI& laser) {
     NotNull(enabled, "enabled");
     *enabled = laser.IsPilotEnabled();
   });
 }
 
 int32_t vlLaserEnablePilot(int32_t handle, uint32_t enable) {
-  return OnLaser(handle, [&](LaserAPI& laser) { laser.EnablePilot(enable != 0); });
+  return On<LaserAPI>(handle, [&](LaserAPI& laser) { laser.EnablePilot(enable != 0); });
 }
 
 int32_t vlLaserIsLaserArmed(int32_t handle, bool* armed) {
-  return OnLaser(handle, [&](LaserAPI& laser) {
+  return On<LaserAPI>(handle, [&](LaserAPI& laser) {
     NotNull(armed, "armed");
     *armed = laser.IsLaserArmed();
   });
 }
 
 int32_t vlLaserArmLaser(int32_t handle, uint32_t arm) {
-  return OnLaser(handle, [&](LaserAPI& laser) { laser.ArmLaser(arm != 0); });
+  return On<LaserAPI>(handle, [&](LaserAPI& laser) { laser.ArmLaser(arm != 0); });
 }
 
 int32_t vlLaserReadLaserStatus(int32_t handle, uint32_t* status) {
-  return OnLaser(handle, [&](LaserAPI& laser) {
+  return On<LaserAPI>(handle, [&](LaserAPI& laser) {
     NotNull(status, "status");
     *status = static_cast<uint32_t>(laser.ReadLaserStatus());
   });
 }
 
 int32_t vlLaserGetPowerScale(int32_t handle, uint32_t target, double* scale) {
-  return OnLaser(handle, [&](LaserAPI& laser) {
+  return On<LaserAPI>(handle, [&](LaserAPI& laser) {
     NotNull(scale, "scale");
     *scale = laser.GetPowerScale(static_cast<int>(target));
   });
 }
 
 int32_t vlLaserSetPowerScale(int32_t handle, uint32_t target, double scale) {
-  return OnLaser(handle, [&](LaserAPI& laser) { laser.SetPowerScale(static_cast<int>(target), scale); });
+  return On<LaserAPI>(handle, [&](LaserAPI& laser) { laser.SetPowerScale(static_cast<int>(target), scale); });
 }
 
 int32_t vlLaserCreatePowerCalibration(int32_t handle, uint32_t engine) {
-  return OnLaser(handle, [&](LaserAPI& laser) { laser.CreatePowerCalibration(static_cast<int>(engine)); });
+  return On<LaserAPI>(handle,
+                      [&](LaserAPI& laser) { laser.CreatePowerCalibration(static_cast<int>(engine)); });
 }
 
 int32_t vlLaserLoadPowerCalibration(int32_t handle, uint32_t engine) {
-  return OnLaser(handle, [&](LaserAPI& laser) { laser.LoadPowerCalibration(static_cast<int>(engine)); });
+  return On<LaserAPI>(handle, [&](LaserAPI& laser) { laser.LoadPowerCalibration(static_cast<int>(engine)); });
 }
 
 int32_t vlLaserStorePowerCalibration(int32_t handle, uint32_t engine) {
-  return OnLaser(handle, [&](LaserAPI& laser) { laser.StorePowerCalibration(static_cast<int>(engine)); });
+  return On<LaserAPI>(handle,
+                      [&](LaserAPI& laser) { laser.StorePowerCalibration(static_cast<int>(engine)); });
 }
 
 int32_t vlLaserGetPowerCalibration(int32_t handle, uint32_t engine, uint32_t* buffer, uint32_t capacity,
                                    uint32_t* count) {
-  return OnLaser(handle, [&](LaserAPI& laser) {
+  return On<LaserAPI>(handle, [&](LaserAPI& laser) {
     NotNull(count, "count");
     if (capacity > 0) NotNull(buffer, "buffer");
     const LaserAPI::Calibration values = laser.GetPowerCalibration(static_cast<int>(engine));
@@ -117,7 +108,7 @@ int32_t vlLaserGetPowerCalibration(int32_t handle, uint32_t engine, uint32_t* bu
 }
 
 int32_t vlLaserSetPowerCalibration(int32_t handle, uint32_t engine, const uint32_t* values, int32_t count) {
-  return OnLaser(handle, [&](LaserAPI& laser) {
+  return On<LaserAPI>(handle, [&](LaserAPI& laser) {
     if (count < 0) throw std::runtime_error("The count must not be negative.");
     if (count > 0) NotNull(values, "values");
     laser.SetPowerCalibration(LaserAPI::Calibration(values, values + count), static_cast<int>(engine));
@@ -125,13 +116,13 @@ int32_t vlLaserSetPowerCalibration(int32_t handle, uint32_t engine, const uint32
 }
 
 int32_t vlLaserPowerCalibrationGet(int32_t handle, uint32_t engine, const char* path) {
-  return OnLaser(handle, [&](LaserAPI& laser) {
+  return On<LaserAPI>(handle, [&](LaserAPI& laser) {
     laser.GetPowerCalibration(std::string(NotNull(path, "path")), static_cast<int>(engine));
   });
 }
 
 int32_t vlLaserPowerCalibrationSet(int32_t handle, uint32_t engine, const char* path) {
-  return OnLaser(handle, [&](LaserAPI& laser) {
+  return On<LaserAPI>(handle, [&](LaserAPI& laser) {
     laser.SetPowerCalibration(std::string(NotNull(path, "path")), static_cast<int>(engine));
   });
 }

@@ -41,26 +41,25 @@ int32_t vlMotfConfigSetDirectionFromAngle(vlMotfConfig* config, double angle) {
 }
 
 int32_t vlMotfResetState(int32_t handle) {
-  return OnConnection(handle, [](ConnectionContext& connection) { MotfAPI(connection.Client).ResetState(); });
+  return On<MotfAPI>(handle, [](MotfAPI& motf) { motf.ResetState(); });
 }
 
 int32_t vlMotfGetPendingParts(int32_t handle, int32_t* parts) {
-  return OnConnection(handle, [&](ConnectionContext& connection) {
+  return On<MotfAPI>(handle, [&](MotfAPI& motf) {
     NotNull(parts, "parts");
-    *parts = MotfAPI(connection.Client).GetPendingParts();
+    *parts = motf.GetPendingParts();
   });
 }
 
 int32_t vlGetFactor1xSpeed(int32_t handle, double* factor) {
-  return OnConnection(handle, [&](ConnectionContext& connection) {
+  return On<MotfAPI>(handle, [&](MotfAPI& motf) {
     NotNull(factor, "factor");
-    *factor = MotfAPI(connection.Client).GetFactor1xSpeed();
+    *factor = motf.GetFactor1xSpeed();
   });
 }
 
 int32_t vlSetFactor1xSpeed(int32_t handle, double factor) {
-  return OnConnection(
-      handle, [&](ConnectionContext& connection) { MotfAPI(connection.Client).SetFactor1xSpeed(factor); });
+  return On<MotfAPI>(handle, [&](MotfAPI& motf) { motf.SetFactor1xSpeed(factor); });
 }
 
 int32_t vlMotfQuadratureDecoderInitConfig(vlQuadratureDecoderConfig* config) {
@@ -89,14 +88,13 @@ int32_t vlMotfQuadratureDecoderToStringConfig(const vlQuadratureDecoderConfig* c
 }
 
 int32_t vlMotfQuadratureDecoderResetEncoderPosition(int32_t handle, int32_t module) {
-  return OnConnection(handle, [&](ConnectionContext& connection) {
-    QuadratureDecoderAPI(connection.Client).ResetEncoderPosition(module);
-  });
+  return On<QuadratureDecoderAPI>(
+      handle, [&](QuadratureDecoderAPI& decoders) { decoders.ResetEncoderPosition(module); });
 }
 
 int32_t vlMotfQuadratureDecoderReadEncoderPosition(int32_t handle, int32_t module, int32_t* position) {
-  return OnConnection(handle, [&](ConnectionContext& connection) {
+  return On<QuadratureDecoderAPI>(handle, [&](QuadratureDecoderAPI& decoders) {
     NotNull(position, "position");
-    *position = QuadratureDecoderAPI(connection.Client).ReadEncoderPosition(module);
+    *position = decoders.ReadEncoderPosition(module);
   });
 }

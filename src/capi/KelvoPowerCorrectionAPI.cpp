@@ -9,41 +9,41 @@ namespace {
 
 // On the power correction of a connection.
 template <class Work>
-int32_t On(int32_t handle, Work&& work) {
+int32_t OnPower(int32_t handle, Work&& work) {
   return OnCorrections<PowerCorrectionAPI>(handle, work);
 }
 
 }  // namespace
 
 int32_t vlPowerCorrectionCreate(int32_t handle, const vlOpticalParameters* parameters) {
-  return On(handle, [&](PowerCorrectionAPI& correction) {
+  return OnPower(handle, [&](PowerCorrectionAPI& correction) {
     NotNull(parameters, "parameters");
     correction.Create(Flat::Taken<OpticalParameters>(parameters));
   });
 }
 
 int32_t vlPowerCorrectionSet(int32_t handle, const char* path) {
-  return On(handle, [&](PowerCorrectionAPI& correction) { correction.Set(NotNull(path, "path")); });
+  return OnPower(handle, [&](PowerCorrectionAPI& correction) { correction.Set(NotNull(path, "path")); });
 }
 
 int32_t vlPowerCorrectionGet(int32_t handle, const char* path) {
-  return On(handle, [&](PowerCorrectionAPI& correction) { correction.Get(NotNull(path, "path")); });
+  return OnPower(handle, [&](PowerCorrectionAPI& correction) { correction.Get(NotNull(path, "path")); });
 }
 
 int32_t vlPowerCorrectionLoad(int32_t handle) {
-  return On(handle, [](PowerCorrectionAPI& correction) { correction.Load(); });
+  return OnPower(handle, [](PowerCorrectionAPI& correction) { correction.Load(); });
 }
 
 int32_t vlPowerCorrectionStore(int32_t handle) {
-  return On(handle, [](PowerCorrectionAPI& correction) { correction.Store(); });
+  return OnPower(handle, [](PowerCorrectionAPI& correction) { correction.Store(); });
 }
 
 int32_t vlPowerCorrectionChangeValue(int32_t handle, double x, double y, double z, double value) {
-  return On(handle, [&](PowerCorrectionAPI& correction) { correction.ChangeValue({{x, y, z}}, value); });
+  return OnPower(handle, [&](PowerCorrectionAPI& correction) { correction.ChangeValue({{x, y, z}}, value); });
 }
 
 int32_t vlPowerCorrectionGetOpticalParameters(int32_t handle, vlOpticalParameters* parameters) {
-  return On(handle, [&](PowerCorrectionAPI& correction) {
+  return OnPower(handle, [&](PowerCorrectionAPI& correction) {
     Fetch(parameters, [&] { return correction.GetOpticalParameters(); });
   });
 }

@@ -40,29 +40,28 @@ int32_t vlProcessToStringVariables(const vlProcessVariables* variables, char* bu
 }
 
 int32_t vlProcessGetSpeedScale(int32_t handle, double* scale) {
-  return OnConnection(handle, [&](ConnectionContext& connection) {
+  return On<ProcessAPI>(handle, [&](ProcessAPI& process) {
     NotNull(scale, "scale");
-    *scale = ProcessAPI(connection.Client).GetSpeedScale();
+    *scale = process.GetSpeedScale();
   });
 }
 
 int32_t vlProcessSetSpeedScale(int32_t handle, double scale) {
-  return OnConnection(
-      handle, [&](ConnectionContext& connection) { ProcessAPI(connection.Client).SetSpeedScale(scale); });
+  return On<ProcessAPI>(handle, [&](ProcessAPI& process) { process.SetSpeedScale(scale); });
 }
 
 int32_t vlProcessGetTransformation(int32_t handle, vlTransform3D* transformation) {
-  return OnConnection(handle, [&](ConnectionContext& connection) {
+  return On<ProcessAPI>(handle, [&](ProcessAPI& process) {
     NotNull(transformation, "transformation");
-    Flat::FromRecord(ProcessAPI(connection.Client).GetTransformation(), *transformation);
+    Flat::FromRecord(process.GetTransformation(), *transformation);
   });
 }
 
 int32_t vlProcessSetTransformation(int32_t handle, const vlTransform3D* transformation) {
-  return OnConnection(handle, [&](ConnectionContext& connection) {
+  return On<ProcessAPI>(handle, [&](ProcessAPI& process) {
     Transform3D transform;
     Flat::ToRecord(*NotNull(transformation, "transformation"), transform);
-    ProcessAPI(connection.Client).SetTransformation(transform);
+    process.SetTransformation(transform);
   });
 }
 

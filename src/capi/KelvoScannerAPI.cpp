@@ -10,15 +10,6 @@ using namespace VELTRO::KELVO::ClientLib;
 
 namespace {
 
-// On the scanner of a connection, or on its communication.
-template <class API, class Work>
-int32_t On(int32_t handle, Work&& work) {
-  return OnConnection(handle, [&](ConnectionContext& connection) {
-    API api(connection.Client);
-    work(api);
-  });
-}
-
 template <class T>
 T& Out(T* result) {
   if (result == nullptr) throw std::runtime_error("Out parameter must not be null");

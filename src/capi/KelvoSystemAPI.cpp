@@ -9,18 +9,9 @@ using namespace VELTRO::KELVO::ClientLib;
 
 namespace {
 
-// On the system area of a connection.
-template <class Work>
-int32_t OnSystem(int32_t handle, Work&& work) {
-  return OnConnection(handle, [&](ConnectionContext& connection) {
-    SystemAPI system(connection.Client);
-    work(system);
-  });
-}
-
 int32_t GetText(int32_t handle, std::string (SystemAPI::*get)(), char* buffer, uint32_t size,
                 uint32_t* length) {
-  return OnSystem(handle, [&](SystemAPI& system) {
+  return On<SystemAPI>(handle, [&](SystemAPI& system) {
     NotNull(length, "length");
     NotNull(buffer, "buffer");
     CopyText((system.*get)(), buffer, size, length);
@@ -28,7 +19,7 @@ int32_t GetText(int32_t handle, std::string (SystemAPI::*get)(), char* buffer, u
 }
 
 int32_t GetSeconds(int32_t handle, DateTime (SystemAPI::*get)(), uint64_t* seconds) {
-  return OnSystem(handle, [&](SystemAPI& system) {
+  return On<SystemAPI>(handle, [&](SystemAPI& system) {
     NotNull(seconds, "seconds");
     *seconds = static_cast<uint64_t>((system.*get)().ToSeconds());
   });
@@ -72,7 +63,7 @@ int32_t vlSystemToStringConfig(const vlSystemConfig* config, char* buffer, uint3
 }
 
 int32_t vlSystemResetToDefaults(int32_t handle) {
-  return OnSystem(handle, [](SystemAPI& system) { system.ResetToDefaults(); });
+  return On<SystemAPI>(handle, [](SystemAPI& system) { system.ResetToDefaults(); });
 }
 
 int32_t vlSystemGetFirmwareVersion(int32_t handle, char* buffer, uint32_t size, uint32_t* length) {
@@ -96,21 +87,21 @@ int32_t vlSystemGetCardSerialNumber(int32_t handle, char* buffer, uint32_t size,
 }
 
 int32_t vlSystemGetConnectionLimit(int32_t handle, uint32_t* limit) {
-  return OnSystem(handle, [&](SystemAPI& system) {
+  return On<SystemAPI>(handle, [&](SystemAPI& system) {
     NotNull(limit, "limit");
     *limit = system.GetConnectionLimit();
   });
 }
 
 int32_t vlSystemGetOperatingState(int32_t handle, uint32_t* state) {
-  return OnSystem(handle, [&](SystemAPI& system) {
+  return On<SystemAPI>(handle, [&](SystemAPI& system) {
     NotNull(state, "state");
     *state = static_cast<uint32_t>(system.GetOperatingState());
   });
 }
 
 int32_t vlSystemResetOperatingState(int32_t handle) {
-  return OnSystem(handle, [](SystemAPI& system) { system.ResetOperatingState(); });
+  return On<SystemAPI>(handle, [](SystemAPI& system) { system.ResetOperatingState(); });
 }
 
 int32_t vlSystemGetTime(int32_t handle, uint64_t* seconds) {
@@ -122,11 +113,12 @@ int32_t vlSystemGetUniversalTime(int32_t handle, uint64_t* seconds) {
 }
 
 int32_t vlSystemSetSystemTime(int32_t handle, uint64_t seconds) {
-  return OnSystem(handle, [&](SystemAPI& system) { system.SetSystemTime(DateTime::FromSeconds(seconds)); });
+  return On<SystemAPI>(handle,
+                       [&](SystemAPI& system) { system.SetSystemTime(DateTime::FromSeconds(seconds)); });
 }
 
 int32_t vlSystemGetSupportedTimeZones(int32_t handle, uint32_t* buffer, uint32_t size, uint32_t* count) {
-  return OnSystem(handle, [&](SystemAPI& system) {
+  return On<SystemAPI>(handle, [&](SystemAPI& system) {
     NotNull(count, "count");
     if (size > 0) NotNull(buffer, "buffer");
     const std::vector<TimeZone> zones = system.GetSupportedTimeZones();

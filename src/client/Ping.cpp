@@ -25,7 +25,7 @@ using std::chrono::microseconds;
 using std::chrono::steady_clock;
 
 constexpr std::size_t RequestBytes = 64;
-constexpr std::size_t MostReplyBytes = 1024;
+constexpr std::size_t MostPingBytes = 1024;
 constexpr ssize_t LeastReplyBytes = 76;
 constexpr std::uint8_t EchoReply = 0;
 constexpr std::uint8_t EchoRequest = 8;   // for both families: a deliberate oddity
@@ -108,7 +108,7 @@ bool Ping(const IPAddress& address, int timeoutMs) {
     if (errno != EINTR) ThrowFailed("sendto");
   }
   for (;;) {
-    std::uint8_t bytes[MostReplyBytes];
+    std::uint8_t bytes[MostPingBytes];
     const ssize_t count = recv(socket.Get(), bytes, sizeof bytes, 0);
     if (IsReply(address, bytes, count, identifier)) return true;
     const auto left = deadline - steady_clock::now();

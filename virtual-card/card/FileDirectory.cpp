@@ -10,7 +10,8 @@
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
-#include <system_error>
+
+#include "card/FileFailure.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -19,11 +20,6 @@ namespace {
 // What there is to open, whatever it is, without waiting for anybody.
 constexpr int OpenFlags = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
 
-[[noreturn]] void Fail(const char* what, const std::string& name) {
-  throw std::runtime_error(std::string("Cannot ") + what + " '" + name +
-                           "': " + std::generic_category().message(errno) + ".");
-}
-
 [[noreturn]] void Refuse(const std::string& name, int error) {
   if (error == ENOENT) throw std::runtime_error("There is no file '" + name + "'.");
   if (error == EEXIST) throw std::runtime_error("There is a file '" + name + "' already.");
@@ -31,7 +27,7 @@ constexpr int OpenFlags = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
     throw std::runtime_error("'" + name + "' is no plain file.");
   }
   errno = error;
-  Fail("open", name);
+  FailToUse("open", name);
 }
 
 bool IsPlain(const struct stat& status) {
@@ -46,9 +42,10 @@ struct CloseDirectory {
 
 FileDirectory::FileDirectory(const std::string& path) {
   if (path.empty()) return;
-  if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) Fail("use", path);
+  if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) FailToUse("use", path);
   directory_ = Descriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  if (!directory_.IsOpen() || faccessat(directory_.Get(), ".", R_OK | W_OK | X_OK, 0) != 0) Fail("use", path);
+  if (!directory_.IsOpen() || faccessat(directory_.Get(), ".", R_OK | W_OK | X_OK, 0) != 0)
+    FailToUse("use", path);
 }
 
 std::vector<std::string> FileDirectory::GetNames() const {
@@ -60,7 +57,7 @@ std::vector<std::string> FileDirectory::GetNames() const {
   // A descriptor of its own, so that it is read from the beginning.
   Descriptor own(openat(directory_.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   const std::unique_ptr<DIR, CloseDirectory> entries(own.IsOpen() ? fdopendir(own.Get()) : nullptr);
-  if (!entries) Fail("read", ".");
+  if (!entries) FailToUse("read", ".");
   own.Release();
   // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody else reads from this stream
   while (const dirent* entry = readdir(entries.get())) {
@@ -86,13 +83,13 @@ Descriptor FileDirectory::OpenInMemory(const std::string& name, Existing existin
     if (existing == Existing::Needed) Refuse(name, ENOENT);
     Descriptor file(memfd_create("file", MFD_CLOEXEC));
     Descriptor copy(fcntl(file.Get(), F_DUPFD_CLOEXEC, 0));
-    if (!copy.IsOpen()) Fail("open", name);
+    if (!copy.IsOpen()) FailToUse("open", name);
     memory_.emplace(name, std::move(file));
     return copy;
   }
   if (existing == Existing::Refused) Refuse(name, EEXIST);
   Descriptor copy(fcntl(found->second.Get(), F_DUPFD_CLOEXEC, 0));
-  if (!copy.IsOpen()) Fail("open", name);
+  if (!copy.IsOpen()) FailToUse("open", name);
   return copy;
 }
 
@@ -112,7 +109,7 @@ void FileDirectory::Delete(const std::string& name) {
   if (!directory_.IsOpen()) {
     memory_.erase(name);
   } else if (unlinkat(directory_.Get(), name.c_str(), 0) != 0) {
-    Fail("delete", name);
+    FailToUse("delete", name);
   }
 }
 
@@ -121,7 +118,7 @@ void FileDirectory::Rename(const std::string& from, const std::string& to) {
   if (!directory_.IsOpen()) {
     memory_.insert_or_assign(to, std::move(memory_.extract(from).mapped()));
   } else if (renameat(directory_.Get(), from.c_str(), directory_.Get(), to.c_str()) != 0) {
-    Fail("rename", from);
+    FailToUse("rename", from);
   }
 }
 

@@ -6,7 +6,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <stdexcept>
-#include <system_error>
+
+#include "card/FileFailure.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -19,18 +20,13 @@ OpenFile::~OpenFile() {
   if (isUsed_) files_.Closed(key_);
 }
 
-void OpenFile::Fail(const char* what) const {
-  throw std::runtime_error(std::string("Cannot ") + what + " '" + key_.second +
-                           "': " + std::generic_category().message(errno) + ".");
-}
-
 bool OpenFile::Is(CardFiles::Directory directory, const std::string& name) const {
   return key_.first == directory._to_integral() && key_.second == name;
 }
 
 std::uint64_t OpenFile::GetSize() const {
   struct stat status {};
-  if (fstat(file_.Get(), &status) != 0) Fail("read");
+  if (fstat(file_.Get(), &status) != 0) FailToUse("read", key_.second);
   return static_cast<std::uint64_t>(status.st_size);
 }
 
@@ -45,7 +41,7 @@ OpenFile::Bytes OpenFile::Read(std::int32_t count) {
   ssize_t got = 0;
   do got = pread(file_.Get(), bytes.data(), bytes.size(), position_);
   while (got < 0 && errno == EINTR);
-  if (got < 0) Fail("read");
+  if (got < 0) FailToUse("read", key_.second);
   bytes.resize(static_cast<std::size_t>(got));
   position_ += got;
   return bytes;
@@ -68,7 +64,7 @@ void OpenFile::Write(std::string_view bytes) {
   if (mode_ == FileMode::Append) position_ = static_cast<off_t>(GetSize());
   while (!bytes.empty()) {
     const ssize_t written = pwrite(file_.Get(), bytes.data(), bytes.size(), position_);
-    if (written < 0 && errno != EINTR) Fail("write");
+    if (written < 0 && errno != EINTR) FailToUse("write", key_.second);
     if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
     position_ += std::max<ssize_t>(written, 0);
   }

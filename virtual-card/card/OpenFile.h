@@ -43,8 +43,6 @@ class OpenFile {
   void Write(std::string_view bytes);
 
  private:
-  [[noreturn]] void Fail(const char* what) const;
-
   CardFiles& files_;
   const CardFiles::Key key_;
   const Descriptor file_;

@@ -8,20 +8,15 @@
 #include <cstdio>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
-#include <system_error>
 #include <utility>
+
+#include "card/FileFailure.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::MutexLock;
 
 namespace {
-
-[[noreturn]] void Fail(const char* what, const std::string& file) {
-  throw std::runtime_error(std::string("Cannot ") + what + " '" + file +
-                           "': " + std::generic_category().message(errno) + ".");
-}
 
 // The whole of it, on the disk when this returns.
 bool WriteAll(int descriptor, std::string_view bytes) {
@@ -37,8 +32,8 @@ bool WriteAll(int descriptor, std::string_view bytes) {
 
 StateDirectory::StateDirectory(std::string directory) : directory_(std::move(directory)) {
   if (directory_.empty()) return;
-  if (mkdir(directory_.c_str(), 0777) != 0 && errno != EEXIST) Fail("use", directory_);
-  if (access(directory_.c_str(), R_OK | W_OK | X_OK) != 0) Fail("use", directory_);
+  if (mkdir(directory_.c_str(), 0777) != 0 && errno != EEXIST) FailToUse("use", directory_);
+  if (access(directory_.c_str(), R_OK | W_OK | X_OK) != 0) FailToUse("use", directory_);
 }
 
 std::optional<std::string> StateDirectory::Read(const std::string& name) {
@@ -50,7 +45,7 @@ std::optional<std::string> StateDirectory::Read(const std::string& name) {
   std::ifstream file(FileOf(name), std::ios::binary);
   if (!file && errno == ENOENT) return std::nullopt;
   std::string bytes((std::istreambuf_iterator<char>(file)), {});
-  if (!file) Fail("read", FileOf(name));
+  if (!file) FailToUse("read", FileOf(name));
   return bytes;
 }
 
@@ -63,14 +58,14 @@ void StateDirectory::Write(const std::string& name, std::string_view bytes) {
   const std::string file = FileOf(name);
   const std::string temporary = file + ".tmp";
   const int descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-  if (descriptor < 0) Fail("write", file);
+  if (descriptor < 0) FailToUse("write", file);
   bool sound = WriteAll(descriptor, bytes);
   sound = close(descriptor) == 0 && sound;
   if (!sound || std::rename(temporary.c_str(), file.c_str()) != 0) {
     const int error = errno;
     std::remove(temporary.c_str());
     errno = error;
-    Fail("write", file);
+    FailToUse("write", file);
   }
 }
 
