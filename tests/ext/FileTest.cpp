@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <mutex>
@@ -63,7 +64,7 @@ std::string Told(std::int64_t result, const Values&... values) {
 struct FileCard {
   std::string Content, Wrong{};  // the method whose answer is Answer in place of the right one
   std::function<std::string(const Request&)> Answer{};
-  int Cut = -1;  // the request at which the connection ends
+  std::atomic<int> Cut = -1;  // the request at which the connection ends
   std::mutex Mutex{};
   std::string Calls{};
   // The methods as they came since the last time, or after `count` characters of them.
