@@ -6,7 +6,11 @@
 #include <stdexcept>
 #include <string>
 
+#include "services/FileEnums.h"
+
 namespace VELTRO::KELVO::ClientLib::CorrectionFiles {
+
+inline constexpr auto Directory = DirectorySelector::CORRFILES;
 
 inline constexpr std::uint64_t MostHeadCorrectionBytes = 0x8000000;
 // This exact odd number is meant.

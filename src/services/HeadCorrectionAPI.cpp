@@ -8,7 +8,7 @@ namespace VELTRO::KELVO::ClientLib {
 
 void HeadCorrectionAPI::Set(std::int32_t first, std::int32_t second, const std::string& path) {
   CorrectionFiles::CheckSize(path, CorrectionFiles::MostHeadCorrectionBytes);
-  files_.Put(DirectorySelector::CORRFILES, CorrectionFiles::HeadCorrectionCopy(first, second), path);
+  files_.Put(CorrectionFiles::Directory, CorrectionFiles::HeadCorrectionCopy(first, second), path);
   caller_.Call("SetHeadCorrection", first, second);
 }
 
@@ -16,7 +16,7 @@ void HeadCorrectionAPI::Get(std::int32_t first, std::int32_t second, const std::
   if (!Exists(first, second)) {
     throw std::runtime_error("The requested head correction does not exist on the card.");
   }
-  files_.Get(DirectorySelector::CORRFILES, CorrectionFiles::HeadCorrection(first, second), path);
+  files_.Get(CorrectionFiles::Directory, CorrectionFiles::HeadCorrection(first, second), path);
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

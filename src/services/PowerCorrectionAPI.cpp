@@ -9,8 +9,8 @@ namespace VELTRO::KELVO::ClientLib {
 void PowerCorrectionAPI::Get(const std::string& path) {
   caller_.Call("GetPowerCorrection");
   for (const char* name : {CorrectionFiles::PowerCorrectionCopy, CorrectionFiles::PowerCorrection}) {
-    if (files_.Exists(DirectorySelector::CORRFILES, name)) {
-      files_.Get(DirectorySelector::CORRFILES, name, path);
+    if (files_.Exists(CorrectionFiles::Directory, name)) {
+      files_.Get(CorrectionFiles::Directory, name, path);
       return;
     }
   }
@@ -19,7 +19,7 @@ void PowerCorrectionAPI::Get(const std::string& path) {
 
 void PowerCorrectionAPI::Set(const std::string& path) {
   CorrectionFiles::CheckSize(path, CorrectionFiles::MostPowerCorrectionBytes);
-  files_.Put(DirectorySelector::CORRFILES, CorrectionFiles::PowerCorrectionCopy, path);
+  files_.Put(CorrectionFiles::Directory, CorrectionFiles::PowerCorrectionCopy, path);
   caller_.Call("SetPowerCorrection");
 }
 

@@ -9,13 +9,12 @@
 
 namespace VELTRO::KELVO::VirtualCard {
 
-using ClientLib::DirectorySelector;
 using ClientLib::MutexLock;
 using ClientLib::OpticalParameters;
+using ClientLib::CorrectionFiles::Directory;
 
 namespace {
 
-constexpr auto Directory = DirectorySelector::CORRFILES;
 constexpr const char* StoredName = "HeadCorrections";
 constexpr std::size_t MostJsonBytes = 1 << 20;
 

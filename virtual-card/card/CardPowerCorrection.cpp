@@ -13,15 +13,14 @@
 
 namespace VELTRO::KELVO::VirtualCard {
 
-using ClientLib::DirectorySelector;
 using ClientLib::MutexLock;
 using ClientLib::OpticalParameters;
+using ClientLib::CorrectionFiles::Directory;
 using ClientLib::CorrectionFiles::PowerCorrection;
 using ClientLib::CorrectionFiles::PowerCorrectionCopy;
 
 namespace {
 
-constexpr auto Directory = DirectorySelector::CORRFILES;
 constexpr const char* Mark = "KELVO power correction";
 
 using File = std::tuple<std::string, OpticalParameters, std::vector<std::array<double, 4>>>;

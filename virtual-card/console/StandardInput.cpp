@@ -8,6 +8,7 @@
 #include <csignal>
 
 #include "Log.h"
+#include "TrimmedText.h"
 #include "console/InputSetting.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -36,13 +37,6 @@ void ChooseSignals() {
   sigemptyset(&signals);
   sigaddset(&signals, SIGTTIN);
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-}
-
-std::string_view Trimmed(std::string_view text) {
-  constexpr std::string_view Blanks = " \t\r";
-  const std::size_t begin = text.find_first_not_of(Blanks);
-  if (begin == std::string_view::npos) return {};
-  return text.substr(begin, text.find_last_not_of(Blanks) + 1 - begin);
 }
 
 // The first word; `text` becomes what is behind it.

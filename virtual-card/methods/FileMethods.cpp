@@ -7,7 +7,7 @@ namespace {
 using ClientLib::FileMode;
 using Bytes = OpenFile::Bytes;
 
-CardFiles::Directory Directory(std::int32_t number) {
+CardFiles::Directory DirectoryOf(std::int32_t number) {
   return CardFiles::Directory::_from_integral(number);
 }
 
@@ -24,18 +24,18 @@ std::string_view Counted(const Bytes& bytes, std::int32_t count) {
 std::span<const Method> FileMethods() {
   static constexpr Method Rows[] = {
       {"GetFiles",
-       [](Card& card, std::int32_t directory) { return card.Files.GetNames(Directory(directory)); }},
+       [](Card& card, std::int32_t directory) { return card.Files.GetNames(DirectoryOf(directory)); }},
       {"FileExists", [](Card& card, std::int32_t directory,
-                        const std::string& name) { return card.Files.Exists(Directory(directory), name); }},
+                        const std::string& name) { return card.Files.Exists(DirectoryOf(directory), name); }},
       {"FileDelete", [](Card& card, std::int32_t directory,
-                        const std::string& name) { card.Files.Delete(Directory(directory), name); }},
+                        const std::string& name) { card.Files.Delete(DirectoryOf(directory), name); }},
       {"GetFileHandle",
        [](CardClient& client, std::int32_t directory, const std::string& name) {
-         return client.Files.Find(Directory(directory), name);
+         return client.Files.Find(DirectoryOf(directory), name);
        }},
       {"FileOpen",
        [](CardClient& client, std::int32_t directory, const std::string& name, std::int32_t mode) {
-         return client.Files.Open(Directory(directory), name, FileMode::_from_integral(mode));
+         return client.Files.Open(DirectoryOf(directory), name, FileMode::_from_integral(mode));
        }},
       {"FileClose", [](CardClient& client, std::int32_t number) { client.Files.Close(number); }},
       {"FileGetSize",

@@ -14,6 +14,7 @@
 #include <system_error>
 #include <utility>
 
+#include "TrimmedText.h"
 #include "client/Ssdp.h"
 #include "common/NetworkInterfaces.h"
 
@@ -65,12 +66,6 @@ Descriptor OpenSocket(Family family, int port, std::uint32_t interface) {
                              std::generic_category().message(errno) + ".");
   }
   return socket;
-}
-
-std::string_view Trimmed(std::string_view text) {
-  constexpr std::string_view Blanks = " \t\r";
-  text.remove_prefix(std::min(text.find_first_not_of(Blanks), text.size()));
-  return text.substr(0, text.find_last_not_of(Blanks) + 1);
 }
 
 std::size_t CommonBits(const IPAddress& a, const IPAddress& b) {
