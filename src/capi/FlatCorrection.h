@@ -8,6 +8,7 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
+// On the corrections of a kind, which HeadCorrectionAPI and PowerCorrectionAPI are.
 template <class API, class Work>
 std::int32_t OnCorrections(std::int32_t handle, Work&& work) {
   return OnConnection(handle, [&](ConnectionContext& connection) {

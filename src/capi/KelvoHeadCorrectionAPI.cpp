@@ -7,51 +7,44 @@
 
 using namespace VELTRO::KELVO::ClientLib;
 
-namespace {
-
-// On the head corrections of a connection.
-template <class Work>
-int32_t OnHeads(int32_t handle, Work&& work) {
-  return OnCorrections<HeadCorrectionAPI>(handle, work);
-}
-
-}  // namespace
-
 int32_t vlHeadCorrectionExists(int32_t handle, int32_t head, int32_t slot, bool* exists) {
-  return OnHeads(handle, [&](HeadCorrectionAPI& corrections) {
+  return OnCorrections<HeadCorrectionAPI>(handle, [&](HeadCorrectionAPI& corrections) {
     NotNull(exists, "exists");
     *exists = corrections.Exists(head, slot);
   });
 }
 
 int32_t vlHeadCorrectionDelete(int32_t handle, int32_t head, int32_t slot) {
-  return OnHeads(handle, [&](HeadCorrectionAPI& corrections) { corrections.Delete(head, slot); });
+  return OnCorrections<HeadCorrectionAPI>(
+      handle, [&](HeadCorrectionAPI& corrections) { corrections.Delete(head, slot); });
 }
 
 int32_t vlHeadCorrectionSet(int32_t handle, int32_t head, int32_t slot, const char* path) {
-  return OnHeads(handle,
-                 [&](HeadCorrectionAPI& corrections) { corrections.Set(head, slot, NotNull(path, "path")); });
+  return OnCorrections<HeadCorrectionAPI>(
+      handle, [&](HeadCorrectionAPI& corrections) { corrections.Set(head, slot, NotNull(path, "path")); });
 }
 
 int32_t vlHeadCorrectionGet(int32_t handle, int32_t head, int32_t slot, const char* path) {
-  return OnHeads(handle,
-                 [&](HeadCorrectionAPI& corrections) { corrections.Get(head, slot, NotNull(path, "path")); });
+  return OnCorrections<HeadCorrectionAPI>(
+      handle, [&](HeadCorrectionAPI& corrections) { corrections.Get(head, slot, NotNull(path, "path")); });
 }
 
 int32_t vlHeadCorrectionLoad(int32_t handle) {
-  return OnHeads(handle, [](HeadCorrectionAPI& corrections) { corrections.Load(); });
+  return OnCorrections<HeadCorrectionAPI>(handle, [](HeadCorrectionAPI& corrections) { corrections.Load(); });
 }
 
 int32_t vlHeadCorrectionStore(int32_t handle) {
-  return OnHeads(handle, [](HeadCorrectionAPI& corrections) { corrections.Store(); });
+  return OnCorrections<HeadCorrectionAPI>(handle,
+                                          [](HeadCorrectionAPI& corrections) { corrections.Store(); });
 }
 
 int32_t vlHeadCorrectionSelectCorrection(int32_t handle, int32_t head, int32_t slot) {
-  return OnHeads(handle, [&](HeadCorrectionAPI& corrections) { corrections.SelectCorrection(head, slot); });
+  return OnCorrections<HeadCorrectionAPI>(
+      handle, [&](HeadCorrectionAPI& corrections) { corrections.SelectCorrection(head, slot); });
 }
 
 int32_t vlHeadCorrectionGetSelectedCorrection(int32_t handle, int32_t head, int32_t* slot) {
-  return OnHeads(handle, [&](HeadCorrectionAPI& corrections) {
+  return OnCorrections<HeadCorrectionAPI>(handle, [&](HeadCorrectionAPI& corrections) {
     NotNull(slot, "slot");
     *slot = corrections.GetSelectedCorrection(head);
   });
@@ -59,7 +52,7 @@ int32_t vlHeadCorrectionGetSelectedCorrection(int32_t handle, int32_t head, int3
 
 int32_t vlHeadCorrectionGetHash(int32_t handle, int32_t head, int32_t slot, char* buffer, uint32_t size,
                                 uint32_t* length) {
-  return OnHeads(handle, [&](HeadCorrectionAPI& corrections) {
+  return OnCorrections<HeadCorrectionAPI>(handle, [&](HeadCorrectionAPI& corrections) {
     NotNull(length, "length"), NotNull(buffer, "buffer");
     CopyText(corrections.GetHash(head, slot), buffer, size, length);
   });
@@ -67,7 +60,7 @@ int32_t vlHeadCorrectionGetHash(int32_t handle, int32_t head, int32_t slot, char
 
 int32_t vlHeadCorrectionGetOpticalParameters(int32_t handle, int32_t head, int32_t slot,
                                              vlOpticalParameters* parameters) {
-  return OnHeads(handle, [&](HeadCorrectionAPI& corrections) {
+  return OnCorrections<HeadCorrectionAPI>(handle, [&](HeadCorrectionAPI& corrections) {
     Fetch(parameters, [&] { return corrections.GetOpticalParameters(head, slot); });
   });
 }

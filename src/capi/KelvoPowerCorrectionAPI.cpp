@@ -5,45 +5,40 @@
 
 using namespace VELTRO::KELVO::ClientLib;
 
-namespace {
-
-// On the power correction of a connection.
-template <class Work>
-int32_t OnPower(int32_t handle, Work&& work) {
-  return OnCorrections<PowerCorrectionAPI>(handle, work);
-}
-
-}  // namespace
-
 int32_t vlPowerCorrectionCreate(int32_t handle, const vlOpticalParameters* parameters) {
-  return OnPower(handle, [&](PowerCorrectionAPI& correction) {
+  return OnCorrections<PowerCorrectionAPI>(handle, [&](PowerCorrectionAPI& correction) {
     NotNull(parameters, "parameters");
     correction.Create(Flat::Taken<OpticalParameters>(parameters));
   });
 }
 
 int32_t vlPowerCorrectionSet(int32_t handle, const char* path) {
-  return OnPower(handle, [&](PowerCorrectionAPI& correction) { correction.Set(NotNull(path, "path")); });
+  return OnCorrections<PowerCorrectionAPI>(
+      handle, [&](PowerCorrectionAPI& correction) { correction.Set(NotNull(path, "path")); });
 }
 
 int32_t vlPowerCorrectionGet(int32_t handle, const char* path) {
-  return OnPower(handle, [&](PowerCorrectionAPI& correction) { correction.Get(NotNull(path, "path")); });
+  return OnCorrections<PowerCorrectionAPI>(
+      handle, [&](PowerCorrectionAPI& correction) { correction.Get(NotNull(path, "path")); });
 }
 
 int32_t vlPowerCorrectionLoad(int32_t handle) {
-  return OnPower(handle, [](PowerCorrectionAPI& correction) { correction.Load(); });
+  return OnCorrections<PowerCorrectionAPI>(handle, [](PowerCorrectionAPI& correction) { correction.Load(); });
 }
 
 int32_t vlPowerCorrectionStore(int32_t handle) {
-  return OnPower(handle, [](PowerCorrectionAPI& correction) { correction.Store(); });
+  return OnCorrections<PowerCorrectionAPI>(handle,
+                                           [](PowerCorrectionAPI& correction) { correction.Store(); });
 }
 
 int32_t vlPowerCorrectionChangeValue(int32_t handle, double x, double y, double z, double value) {
-  return OnPower(handle, [&](PowerCorrectionAPI& correction) { correction.ChangeValue({{x, y, z}}, value); });
+  return OnCorrections<PowerCorrectionAPI>(handle, [&](PowerCorrectionAPI& correction) {
+    correction.ChangeValue({{x, y, z}}, value);
+  });
 }
 
 int32_t vlPowerCorrectionGetOpticalParameters(int32_t handle, vlOpticalParameters* parameters) {
-  return OnPower(handle, [&](PowerCorrectionAPI& correction) {
+  return OnCorrections<PowerCorrectionAPI>(handle, [&](PowerCorrectionAPI& correction) {
     Fetch(parameters, [&] { return correction.GetOpticalParameters(); });
   });
 }
