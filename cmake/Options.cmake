@@ -1,4 +1,4 @@
-# What every target of the house is compiled with: one interface library, so that no target forgets it.
+# What every target of the project is compiled with: one interface library, so that no target forgets it.
 add_library(kelvo_options INTERFACE)
 target_compile_options(kelvo_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror

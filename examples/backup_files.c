@@ -19,7 +19,14 @@
 
 enum { MOST_PATH = 4096 };
 
-static const char* const directories[] = {"BINFILES", "CORRFILES", "JOBFILES", "LISTFILES", "PROCVARFILES"};
+static const struct {
+  int32_t number;
+  const char* folder;
+} directories[] = {
+    {vlDirectorySelector_BINFILES, "BINFILES"},         {vlDirectorySelector_CORRFILES, "CORRFILES"},
+    {vlDirectorySelector_JOBFILES, "JOBFILES"},         {vlDirectorySelector_LISTFILES, "LISTFILES"},
+    {vlDirectorySelector_PROCVARFILES, "PROCVARFILES"},
+};
 
 static void Fail(const char* what) {
   fprintf(stderr, "%s: %s\n", what, strerror(errno));
@@ -109,9 +116,10 @@ int main(int count, char** arguments) {
   const int32_t card = (int32_t)CALL(vlConnect, address.host, address.port);
   if (isSave) MakeFolder(arguments[2]);
   int files = 0;
-  for (int32_t directory = 0; directory < 5; ++directory) {
+  for (size_t i = 0; i < sizeof directories / sizeof *directories; ++i) {
+    const int32_t directory = directories[i].number;
     char folder[MOST_PATH];
-    JoinPath(folder, arguments[2], directories[directory]);
+    JoinPath(folder, arguments[2], directories[i].folder);
     files += isSave ? SaveDirectory(card, directory, folder) : RestoreDirectory(card, directory, folder);
   }
   printf("%d files\n", files);

@@ -31,14 +31,21 @@ static void PrintIdentity(int32_t card) {
 }
 
 static void PrintState(int32_t card) {
-  static const char* const names[] = {"configuration failed", "initialization failed", "scanner error"};
+  static const struct {
+    uint32_t flag;
+    const char* name;
+  } faults[] = {
+      {vlOperatingState_ConfigurationFailed, "configuration failed"},
+      {vlOperatingState_InitializationFailed, "initialization failed"},
+      {vlOperatingState_ScannerError, "scanner error"},
+  };
   uint32_t state = 0;
   uint64_t seconds = 0;
   CALL(vlSystemGetOperatingState, card, &state);
   printf("%-17s", "Operating state");
-  if (state == 0) printf(" normal");
-  for (unsigned bit = 0; bit < 3; ++bit) {
-    if ((state >> bit & 1) != 0) printf(" %s", names[bit]);
+  if (state == vlOperatingState_Normal) printf(" normal");
+  for (size_t i = 0; i < sizeof faults / sizeof *faults; ++i) {
+    if ((state & faults[i].flag) != 0) printf(" %s", faults[i].name);
   }
   CALL(vlSystemGetUniversalTime, card, &seconds);
   const time_t universal = (time_t)seconds;

@@ -29,6 +29,8 @@ const std::regex CommandExpression(
     R"(\{\s*\[?\s*([A-Za-z][A-Za-z0-9]*)\s*(,\s*V([\d]+))?\s*((,\s*[A-Za-z][A-Za-z0-9]*\s*\[[^\]]*\]\s*)*)\s*\]?\s*\})");
 const std::regex ValueExpression(R"(([A-Za-z][A-Za-z0-9]*)\s*\[\s*([^\]]*?)\s*\])");
 const std::regex NumberExpression(R"([-+]?[\d]*\.?[\d]+([Ee][-+]?[\d]+)?)");
+// A word for what would be lost if it separated numbers.
+const std::regex NotFinite(R"((^|[^A-Za-z])(nan|inf|infinity)(?![A-Za-z]))", std::regex::icase);
 const std::regex WholeNumber(R"([-+]?\d+)");
 const std::regex Blanks(R"(\s*)");
 const std::regex Separators(R"([\s,]*)");
@@ -113,9 +115,8 @@ class ByExpressions {
     switch (type) {
       case Acronym::Bool:
         if (text_ != "True" && text_ != "False") throw std::runtime_error("Bool");
-        at_ = text_.size();
         command.Add(text_ == "True");
-        break;
+        return;
       // clang-format off
       case Acronym::Byte:    command.Add(TakeNumber<std::uint8_t>()); break;
       case Acronym::I16:     command.Add(TakeNumber<std::int16_t>()); break;
@@ -142,14 +143,26 @@ class ByExpressions {
       default:
         throw std::runtime_error("no text");
     }
-    if (at_ != text_.size()) throw std::runtime_error("more than a value");
+    if (FindNumber()) throw std::runtime_error("more than a value");
+  }
+
+  // The next number and what is ahead of it are taken.
+  std::optional<std::string> FindNumber() {
+    std::smatch match;
+    const auto begin = text_.begin() + static_cast<std::ptrdiff_t>(at_);
+    const bool found = std::regex_search(begin, text_.end(), match, NumberExpression);
+    const std::string ahead(begin, found ? match[0].first : text_.end());
+    if (std::regex_search(ahead, NotFinite)) throw std::runtime_error("not a finite number");
+    at_ += ahead.size() + static_cast<std::size_t>(found ? match.length() : 0);
+    if (!found) return std::nullopt;
+    return match.str();
   }
 
   template <class T>
   T TakeNumber() {
-    const auto match = Take(NumberExpression);
-    if (!match) throw std::runtime_error("no number");
-    const std::string number = match->str();
+    const auto found = FindNumber();
+    if (!found) throw std::runtime_error("no number");
+    const std::string& number = *found;
     if constexpr (std::is_floating_point_v<T>) {
       const double value = std::strtod(number.c_str(), nullptr);
       if (value - value != 0) throw std::runtime_error("too large");
@@ -168,34 +181,25 @@ class ByExpressions {
 
   template <class P>
   P TakePoint() {
-    static const std::regex names[] = {std::regex(R"((X\s*=\s*)?)"), std::regex(R"((Y\s*=\s*)?)"),
-                                       std::regex(R"((Z\s*=\s*)?)"), std::regex(R"((M\s*=\s*)?)")};
     P point;
-    for (std::size_t i = 0; i < P::Dimensions; ++i) {
-      if (i > 0) Take(Separators);
-      Take(names[i]);
-      point.Coordinates[i] = TakeNumber<typename P::Element>();
-    }
+    for (auto& coordinate : point.Coordinates) coordinate = TakeNumber<typename P::Element>();
     return point;
   }
 
   template <class T>
   void AddArray(Command& command) {
     std::vector<T> elements;
-    while (at_ != text_.size()) {
+    while (elements.empty() ? !text_.empty() : HasNumber()) {
       if constexpr (std::is_arithmetic_v<T>) {
         elements.push_back(TakeNumber<T>());
       } else {
-        const bool enclosed = TakeChar('(');
-        if (enclosed) Take(Blanks);
         elements.push_back(TakePoint<T>());
-        if (enclosed) Take(Blanks);
-        if (enclosed && !TakeChar(')')) throw std::runtime_error("not closed");
       }
-      Take(Separators);
     }
     command.Add(std::span<const T>(elements));
   }
+
+  bool HasNumber() const { return ByExpressions(*this).FindNumber().has_value(); }
 
   const std::string& text_;
   std::size_t at_ = 0;

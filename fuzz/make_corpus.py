@@ -329,6 +329,11 @@ def texts():
         "large": "{NO,F64[1e309]}", "not_finite": "{NO,F64[nan],F64[-inf]}", "exponent": "{NO,P2D[1e 2]}",
         "too_few": "{MA,P2D[X=1 Y=]}", "too_many": "{MA,P2D[1 2 3]}", "swapped": "{MA,P2D[Y=1 X=2]}",
         "does_not_fit": "{NO,U16[65536]}", "fraction": "{NO,I32[1.5]}", "not_closed": "{NO,P2DArr[(1 2]}",
+        "semicolon": "{JA,P2D[1;2]}", "parentheses": "{JA,P2D[(1,2)]}", "colons": "{JA,P2D[X:1 Y:2]}",
+        "lower_case": "{JA,P2D[x=1 y=2]}", "bytes": "{NO,ByteArr[1; 2; 3;]}", "two_brackets": "{JA,P2D[[1,2]]}",
+        "names_with_digits": "{JA,P2D[X1=5 X2=6]}", "names_with_e": "{NO,F64Arr[1e mm;2 e3 4e+ -.e5]}",
+        "hidden_nan": "{NO,F64Arr[1 nan 2],P2D[X=1 Y=2 inf]}", "infinity": "{NO,F64[1],F64Arr[INFINITY,1]}",
+        "nothing_but_names": "{NO,U16Arr[a;b]}", "remainder": "{NO,P2DArr[1 2 3]}", "bools": "{NO,Bool[True;]}",
     }
     for name, text in shapes.items():
         yield name, b" " + text.encode()

@@ -1,20 +1,41 @@
 #include "Log.h"
 
-#include <cstdio>
-#include <string>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstddef>
+#include <new>
+
+#include "LineWriter.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
-void LogLine(std::string_view text) {
-  constexpr std::size_t MostCharacters = 1000;
-  std::string line(text.substr(0, MostCharacters));
-  for (char& character : line) {
-    const auto code = static_cast<unsigned char>(character);
-    if (code < 0x20 || code == 0x7F) character = '?';
-  }
-  if (text.size() > MostCharacters) line += "...";
-  line += '\n';
-  std::fwrite(line.data(), 1, line.size(), stderr);
+namespace {
+
+constexpr std::chrono::milliseconds Moment{300};  // that a reader who is there is given
+
+// It needs no memory to be made, and is never destroyed.
+template <int descriptor>
+LineWriter& WriterTo() {
+  alignas(LineWriter) static std::byte place[sizeof(LineWriter)];
+  static LineWriter& writer = *new (place) LineWriter(descriptor);
+  return writer;
+}
+
+}  // namespace
+
+void LogLine(std::initializer_list<std::string_view> pieces) noexcept {
+  WriterTo<STDERR_FILENO>().Put(pieces);
+}
+
+void SayLine(std::initializer_list<std::string_view> pieces) noexcept {
+  WriterTo<STDERR_FILENO>().WaitUntilWritten(Moment);
+  WriterTo<STDOUT_FILENO>().Put(pieces);
+}
+
+void FinishLog() noexcept {
+  WriterTo<STDERR_FILENO>().WaitUntilWritten(Moment);
+  WriterTo<STDOUT_FILENO>().WaitUntilWritten(Moment);
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard

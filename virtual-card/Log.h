@@ -1,12 +1,20 @@
-// What the program says on stderr.
+// What the program says on its standard streams. Nobody is ever held up by it, and nothing of it throws (LineWriter.h).
 #pragma once
 
+#include <initializer_list>
 #include <string_view>
 
 namespace VELTRO::KELVO::VirtualCard {
 
-// Writes one line, whole even when several threads write. Texts of clients may be in it: what is no printable
-// character is replaced, and a long line is cut.
-void LogLine(std::string_view text);
+// One line on stderr, whole even when several threads write. It is made of pieces, so that also those can say
+// something who have no memory left to put a text together.
+void LogLine(std::initializer_list<std::string_view> pieces) noexcept;
+inline void LogLine(std::string_view text) noexcept {
+  LogLine({text});
+}
+// One line on stdout, behind what stderr was told before.
+void SayLine(std::initializer_list<std::string_view> pieces) noexcept;
+// At the end of the program: gives what has been said a moment to be written.
+void FinishLog() noexcept;
 
 }  // namespace VELTRO::KELVO::VirtualCard

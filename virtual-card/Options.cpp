@@ -1,9 +1,11 @@
 #include "Options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 #include "server/Session.h"
 
@@ -12,6 +14,7 @@ namespace VELTRO::KELVO::VirtualCard {
 namespace {
 
 constexpr int WrongUsage = 2;
+constexpr std::int64_t MostBytes = std::int64_t{1} << 40;
 
 constexpr const char* Description =
     "A KELVO controller card in software: takes connections, keeps command lists, runs them on a simulated\n"
@@ -22,30 +25,54 @@ std::string Footer() {
          "delays and durations in microseconds.\n"
          "A request may have up to " +
          std::to_string(Session::MostBodyBytes >> 20) +
-         " MiB; a connection that sends a longer one is closed.\n"
+         " MiB; a longer one is refused.\n"
          "While it runs, the card takes lines on standard input: 'input PORT VALUE', 'start' (for "
          "WAIT_START),\n"
          "'signal NAME', 'resume' (after SUSPEND).\n"
          "Ctrl-C or SIGTERM ends the program.";
 }
 
-// A positive, finite number, or nothing.
-std::optional<double> ParsePositive(const std::string& text) {
-  double value = 0;
+template <class Number>
+bool Parse(const std::string& text, Number& value) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return std::isfinite(value) && value > 0 ? std::optional(value) : std::nullopt;
+  return error == std::errc() && end == text.data() + text.size();
 }
 
-// Gives a number option that does not depend on the locale; `word`, if any, stands for infinity.
+[[noreturn]] void Refuse(const char* name, const std::string& text, const std::string& wanted) {
+  throw CLI::ValidationError(name, "takes " + wanted + ", not '" + text + "'");
+}
+
+// A positive, finite number; `word`, if any, stands for infinity. No number of any option depends on the locale.
 CLI::Option* AddPositive(CLI::App& app, const char* name, double& value, const char* help,
                          const std::string& word = {}) {
-  const auto parse = [&value, word](const CLI::results_t& results) {
-    const auto number = !word.empty() && results[0] == word
-                            ? std::optional(std::numeric_limits<double>::infinity())
-                            : ParsePositive(results[0]);
-    if (number) value = *number;
-    return number.has_value();
+  const auto parse = [&value, name, word](const CLI::results_t& results) {
+    const std::string& text = results[0];
+    if (!word.empty() && text == word) {
+      value = std::numeric_limits<double>::infinity();
+    } else if (!Parse(text, value) || !std::isfinite(value) || value <= 0) {
+      Refuse(name, text, "a positive, finite number" + (word.empty() ? "" : " or '" + word + "'"));
+    }
+    return true;
+  };
+  return app.add_option(name, parse, help);
+}
+
+// A whole number from `least` to `most`, decimal.
+template <class Target>
+CLI::Option* AddWhole(CLI::App& app, const char* name, Target& value, std::int64_t least, std::int64_t most,
+                      const char* help) {
+  const auto parse = [&value, name, least, most](const CLI::results_t& results) {
+    std::int64_t number = 0;
+    if (!Parse(results[0], number) || number < least || number > most) {
+      Refuse(name, results[0],
+             "a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+    }
+    if constexpr (std::is_integral_v<Target>) {
+      value = static_cast<Target>(number);
+    } else {
+      value = static_cast<typename Target::value_type>(number);
+    }
+    return true;
   };
   return app.add_option(name, parse, help);
 }
@@ -53,10 +80,9 @@ CLI::Option* AddPositive(CLI::App& app, const char* name, double& value, const c
 void AddInputs(CLI::App& app, std::vector<InputSetting>& inputs) {
   const auto parse = [&inputs](const CLI::results_t& results) {
     for (const std::string& text : results) {
-      const std::size_t equals = text.find('=');
-      if (equals == std::string::npos) return false;
-      const auto input = ParseInput(text.substr(0, equals), text.substr(equals + 1));
-      if (!input) return false;
+      const std::size_t equals = std::min(text.find('='), text.size());
+      const auto input = ParseInput(text.substr(0, equals), text.substr(std::min(equals + 1, text.size())));
+      if (!input) Refuse("--input", text, "PORT=VALUE, two numbers of 32 bits");
       inputs.push_back(*input);
     }
     return true;
@@ -76,9 +102,9 @@ std::optional<Options> ParseOptions(int count, const char* const* arguments, int
   app.footer(Footer());
   app.add_option("--address", options.Address, "IPv4 or IPv6 address to listen on")
       ->default_str("127.0.0.1; with --ssdp :: for all");
-  app.add_option("--port", options.Port, "TCP port to listen on; 0 takes a free one")
-      ->check(CLI::Range(0, 65535))
-      ->capture_default_str();
+  AddWhole(app, "--port", options.Port, 0, 65535, "TCP port to listen on; 0 takes a free one")
+      ->type_name("PORT")
+      ->default_str(std::to_string(options.Port));
   app.add_option("--firmware", options.Firmware, "Firmware version that the card tells")
       ->capture_default_str();
   app.add_option("--serial", options.Serial, "Serial number that the card tells")->capture_default_str();
@@ -93,15 +119,27 @@ std::optional<Options> ParseOptions(int count, const char* const* arguments, int
       ->default_str("0.1");
   app.add_flag("--svg-all-runs", options.DrawAllRuns, "Draw all runs into one picture, not the latest alone");
   AddInputs(app, options.Inputs);
-  app.add_option("--standalone-list", options.StandaloneList,
-                 "The list that GOTO_STANDALONE_LIST branches to")
+  using Id = std::numeric_limits<std::int32_t>;
+  AddWhole(app, "--standalone-list", options.StandaloneList, Id::min(), Id::max(),
+           "The list that GOTO_STANDALONE_LIST branches to")
       ->type_name("ID");
   app.add_option("--state", options.StateDirectory,
                  "Directory for what clients have stored (default: none, it ends with the card)");
-  app.add_option("--queue", options.Queue,
-                 "Bytes of notifications that may wait for a client that does not read them; when there are "
-                 "more, its connection is closed")
-      ->capture_default_str();
+  AddWhole(app, "--queue", options.Queue, 0, MostBytes,
+           "Bytes of notifications that may wait for a client that does not read them; when there are "
+           "more, its connection is closed")
+      ->type_name("BYTES")
+      ->default_str(std::to_string(options.Queue));
+  AddWhole(app, "--connections", options.Connections, 1, Options::MostConnections,
+           "Connections that it serves at once; more are closed as they come")
+      ->type_name("NUMBER")
+      ->default_str(std::to_string(options.Connections));
+  AddWhole(
+      app, "--memory", options.Memory, 0, MostBytes,
+      "Bytes that the lists, fonts and, without --state, files of all clients may have, and as many that "
+      "clients leave unread; what goes beyond is refused")
+      ->type_name("BYTES")
+      ->default_str(std::to_string(options.Memory));
   app.add_flag("--ssdp", options.Ssdp, "Answer those who search the network for cards");
   app.add_option("--ssdp-interface", options.SsdpInterfaces,
                  "Network interface on which to answer; may be repeated (default: all that take multicasts)")

@@ -24,6 +24,9 @@ struct Options {
   std::optional<std::int32_t> StandaloneList;
   std::string StateDirectory;    // empty: none
   std::size_t Queue = 16 << 20;  // bytes of notifications that wait for one client at most
+  static constexpr std::int64_t MostConnections = 10000;
+  std::size_t Connections = 64;
+  std::size_t Memory = 256 << 20;  // bytes that clients may fill
   bool Verbose = false;
   bool Ssdp = false;
   std::vector<std::string> SsdpInterfaces;  // none: all

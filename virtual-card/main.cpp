@@ -2,8 +2,9 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <csignal>
-#include <cstdio>
+#include <cstdint>
 #include <exception>
 #include <optional>
 #include <string>
@@ -35,12 +36,21 @@ void WaitForStop(const sigset_t& signals) {
   pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
 }
 
-// Every connection takes a descriptor, and the usual limit is an old one.
-void AllowManyDescriptors() {
+// Every connection takes a descriptor, and so does every open file; the usual limit is an old one.
+void AllowManyDescriptors(std::size_t connections) {
+  constexpr rlim_t Others =
+      100;  // for searches, each with sockets on every interface, and what is open for moments
+  const rlim_t wanted = connections + CardFiles::MostOpen + Others;
   rlimit limit{};
-  if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
-  limit.rlim_cur = limit.rlim_max;
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= wanted) return;
+  limit.rlim_cur = std::min(wanted, limit.rlim_max);
   setrlimit(RLIMIT_NOFILE, &limit);
+  if (limit.rlim_cur < wanted) {
+    LogLine("The system gives the card " + std::to_string(limit.rlim_cur) +
+            " descriptors; all its connections "
+            "and open files may take " +
+            std::to_string(wanted) + ".");
+  }
 }
 
 // Or a socket might get the number of a standard stream that the program was started without.
@@ -52,10 +62,12 @@ void OpenStandardStreams() {
 
 void Serve(const Options& options, const sigset_t& stopSignals) {
   const auto address = ClientLib::IPAddress::Resolve(options.Address.c_str());
-  Server server(address, options.Port, {options.Queue, options.Verbose});
-  Card card({{options.Firmware, options.Serial},
+  Server server(address, options.Port,
+                {options.Connections, options.Memory, {options.Queue, options.Verbose}});
+  Card card({{options.Firmware, options.Serial, static_cast<std::uint32_t>(options.Connections)},
              {options.Speed, {options.SvgFile, options.Beam, options.DrawAllRuns}, options.StandaloneList},
-             options.StateDirectory},
+             options.StateDirectory,
+             options.Memory},
             server);
   for (const InputSetting& input : options.Inputs) card.Inputs.Set(input.Port, input.Bits);
   std::optional<SearchResponder> responder;
@@ -67,8 +79,7 @@ void Serve(const Options& options, const sigset_t& stopSignals) {
     }
   }
   server.Start(card);
-  std::printf("Listening on %s\n", server.GetPlace().c_str());
-  std::fflush(stdout);
+  SayLine({"Listening on ", server.GetPlace()});
   const StandardInput console(card);
   WaitForStop(stopSignals);
   responder.reset();
@@ -89,13 +100,15 @@ int main(int count, char** arguments) {
   // Before there is any thread, so that all of them leave these signals to the main one.
   const sigset_t stopSignals = StopSignals();
   pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
-  std::signal(SIGPIPE, SIG_IGN);  // a reader of our output that goes away must not end the card
-  AllowManyDescriptors();
+  std::signal(SIGPIPE, SIG_IGN);  // a reader of our output that goes away must not end the card,
+  std::signal(SIGXFSZ, SIG_IGN);  // nor a file that reaches the size limit: writing it fails
+  AllowManyDescriptors(options->Connections);
   try {
     Serve(*options, stopSignals);
-    return 0;
   } catch (const std::exception& error) {
     LogLine(error.what());
-    return 1;
+    exitCode = 1;
   }
+  FinishLog();
+  return exitCode;
 }

@@ -23,9 +23,11 @@ KELVO_EXTERN_C_BEGIN
 KELVO_API int32_t vlConnect(const char* host, int32_t port);
 
 /* Ends the connection `handle`: running calls and waits on it return with "ConnectionAborted", its lists are
- * released, its receive thread is joined. Prompt in every state, unless one of the application's own
- * callbacks is still running: it waits for that to return. Returns 0, or -1: a bad handle (kelvo.h, 3), or "A
- * callback must not disconnect." Local. Not inside a callback. */
+ * released, its receive thread is joined. A connect that is still under way for the handle fails. Prompt in every
+ * state, unless one of the application's own callbacks is still running: calls and waits return at once then, too, and
+ * it waits for the callback to return. Returns 0, or -1: a bad handle (kelvo.h, 3); "A callback must not disconnect.";
+ * in a process that did not make the connection (a child of fork) "The connection belongs to another process.", and the
+ * connection is not touched. Local. Not inside a callback. */
 KELVO_API int32_t vlDisconnect(int32_t handle);
 
 /* Writes to `*connected` whether the connection `handle` is up. A handle that is not in use, a negative one
@@ -36,7 +38,9 @@ KELVO_API int32_t vlIsConnected(int32_t handle, bool* connected);
 KELVO_API int32_t vlGetTimeout(int32_t handle, uint32_t* timeout_ms);
 
 /* Sets how long later calls and waits on this connection wait, in milliseconds. 0 waits for nothing: the
- * answer must already be there. Calls that are waiting keep theirs. Returns 0 or -1 (kelvo.h, 3). Local. */
+ * answer must already be there. Calls that are waiting keep theirs. A card that is busy, so that it reads nothing, is
+ * left that time, too, and never less than 30 s, before the connection is taken for dead. Returns 0 or -1 (kelvo.h, 3).
+ * Local. */
 KELVO_API int32_t vlSetTimeout(int32_t handle, uint32_t timeout_ms);
 
 /* Writes every later call on this connection and its answer, and every notification, to the text file `path`
@@ -44,11 +48,21 @@ KELVO_API int32_t vlSetTimeout(int32_t handle, uint32_t timeout_ms);
  * written is ended first. A value longer than `max_value_length` characters is cut there and followed by
  * "...[truncated]"; a negative length means no limit. Lines begin with the local time, to the millisecond,
  * and the id of the thread in the kernel; the first two are "Logging enabled" and the versions of library,
- * firmware and card. Returns 0, or -1: "Connection must be enabled to start logging!" when the connection is
- * down; "Unable to open log file 'PATH': REASON". Local. */
+ * firmware and card.
+ * Each is one line, whatever a card has sent: behind the thread's id a backslash is written as "\\", a line feed as
+ * "\n", a carriage return as "\r", a tab as "\t", and each byte of any other control character and of U+2028 and U+2029
+ * as "\x" and two hexadecimal digits.
+ * The log never makes a call fail or wait for a reader: a line that cannot be written is missing, which the next one
+ * that can says ("2 lines are missing here") and vlDisableCommandLogging reports.
+ * Returns 0, or -1, and no log is written: "Connection must be enabled to start logging!" when the connection is
+ * down; "Unable to open log file 'PATH': REASON", also for a pipe that nobody reads; "Unable to write log file
+ * 'PATH': REASON" when not even its first line can be written, on a full disk for one, or when lines of the earlier log,
+ * then the one at PATH, are missing. Local. */
 KELVO_API int32_t vlEnableCommandLogging(int32_t handle, const char* path, int32_t max_value_length);
 
-/* Ends the command log; without one it does nothing. Returns 0 or -1 (kelvo.h, 3). Local. */
+/* Ends the command log; without one it does nothing. Returns 0 or -1: a bad handle (kelvo.h, 3), or "Unable to write log
+ * file 'PATH': REASON" when lines of it are missing, with the reason of the last one; it is ended all the same.
+ * vlDisconnect ends it, too, and says nothing of it. Local. */
 KELVO_API int32_t vlDisableCommandLogging(int32_t handle);
 
 /* Returns the length of the calling thread's last error plus 2: a buffer of that size has room for the text

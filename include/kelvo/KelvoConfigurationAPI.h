@@ -8,10 +8,11 @@
  *   - A get that fails leaves the struct as it was.
  *   - "The Version of the supplied config is newer than the newest supported version.": the card's firmware is newer
  *     than this library.
- *   - "NAME::_from_integral: invalid argument": a number that enumeration NAME does not have, in the struct
- *     (nothing is sent then) or in the card's answer.
- *   - Texts: every field as name=value, ", " between them, the version last. The buffer must have room for the text
- *     and two bytes more, else "Buffer is too small."; `*length` receives the length without the zero.
+ *   - "NAME::_from_integral: invalid argument": a number that enumeration vlNAME does not have, in the struct
+ *     (nothing is sent then) or in the card's answer; of flags, one with bits that no constant has.
+ *   - Texts: every field as name=value, ", " between them, the version last. The value vlNAME_CONSTANT of an
+ *     enumeration is "CONSTANT"; flags whose combination has no constant are "ONE|OTHER". The buffer must have room for
+ *     the text and two bytes more, else "Buffer is too small."; `*length` receives the length without the zero.
  */
 #ifndef KELVO_CONFIGURATION_API_H
 #define KELVO_CONFIGURATION_API_H

@@ -30,7 +30,9 @@ KELVO_STATIC_ASSERT(sizeof(vlCardInfo) == 104, "the layout is part of the interf
  *   - "Buffer is too small": there are more cards than `capacity`
  *   - "Invalid IP address.": somebody answered with a malformed address
  *   - "Unable to get interface addresses."
- *   - "Socket is not open. Error code: NUMBER" (an errno): an interface could not be used, or went away; at once */
+ *   - "Socket is not open. Error code: NUMBER" (an errno): an interface could not be used, or went away; at once,
+ *     but for an address that the system does not let be used yet, as just after a cable was plugged in: it has two
+ *     seconds */
 KELVO_API int32_t vlDiscover(vlCardInfo* cards, uint32_t capacity, uint32_t* count);
 
 /* Finds cards that do not answer a search, by their serial numbers: pings the link-local addresses that those from
@@ -53,12 +55,19 @@ KELVO_API int32_t vlDiscoverByPingingCustomized(int32_t first_serial, int32_t la
                                                 uint32_t capacity, uint32_t* count, int32_t sweeps,
                                                 int32_t timeout_ms, int32_t max_parallel);
 
+/* How a card is installed. */
+typedef enum vlInstallation {
+  vlInstallation_Internal = 0,     /* inside a machine */
+  vlInstallation_ExternalDhcp = 1, /* outside, with an IPv4 address from DHCP */
+  vlInstallation_External = 2,     /* outside, with a link-local IPv4 address */
+} vlInstallation;
+
 /* Writes the link-local address of the card `serial_number` ("12345", "KV712345") as text into `buffer` of `size` bytes,
- * and zeroes the rest. `installation`: 0 inside a machine, 1 outside with an address from DHCP, other numbers for other
- * places outside. `ipv6`: the IPv6 address, without an interface, instead of the IPv4 one. A buffer exactly as long as
+ * and zeroes the rest. `installation` is one of vlInstallation; any other number means what vlInstallation_External does.
+ * `ipv6`: the IPv6 address, without an interface, instead of the IPv4 one. A buffer exactly as long as
  * the text gets no terminating zero; 40 bytes are always enough. Returns 0, or -1:
  *   - "Invalid serial number. The correct format is: [KV7]#####"
- *   - "Cannot predict IPv4 address for External/DHCP installed card.": installation 1
+ *   - "Cannot predict IPv4 address for External/DHCP installed card.": vlInstallation_ExternalDhcp
  *   - "IPAddress buffer too small."
  * Local. */
 KELVO_API int32_t vlPredictIPAddressFromSerialNumber(const char* serial_number, int32_t installation,

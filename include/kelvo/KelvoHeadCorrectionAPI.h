@@ -11,7 +11,7 @@
 #ifndef KELVO_HEAD_CORRECTION_API_H
 #define KELVO_HEAD_CORRECTION_API_H
 
-#include "kelvo/KelvoTypes.h"
+#include "kelvo/KelvoFileAPI.h"
 
 KELVO_EXTERN_C_BEGIN
 
@@ -21,7 +21,7 @@ typedef struct vlOpticalParameters {
   int32_t ConfigVersion; /* 7 */
   int32_t MinorVersion;  /* of the correction's data */
   int32_t UsedAxes;      /* that the correction covers */
-  int32_t HeadFormat;    /* KelvoScannerAPI.h */
+  int32_t HeadFormat;    /* vlScanHeadFormat (KelvoScannerAPI.h) */
   int32_t XLayers;       /* layers of the correction for each axis */
   int32_t YLayers;
   int32_t ZLayers;
@@ -56,9 +56,19 @@ KELVO_API int32_t vlHeadCorrectionDelete(int32_t handle, int32_t head, int32_t s
 /* Sends the local file `path` of up to 134217728 bytes; it becomes the correction. Returns 0, or -1 with "Unexpected
  * filesize" (it is larger, or not there; nothing is sent) or as vlFilePut. Remote. */
 KELVO_API int32_t vlHeadCorrectionSet(int32_t handle, int32_t head, int32_t slot, const char* path);
+/* The same; `progress`, which may be null, is called with `user` as by vlFilePut and can end the transfer. The card
+ * keeps the correction that it had then ("The transfer was cancelled."). Returns 0 or -1. Remote. */
+KELVO_API int32_t vlHeadCorrectionSetWithProgress(int32_t handle, int32_t head, int32_t slot,
+                                                  const char* path, vlFileProgressCallback progress,
+                                                  void* user);
 /* Fetches a correction into the local file `path`. Returns 0, or -1 with "The requested head correction does not exist
  * on the card." or as vlFileGet. Remote. */
 KELVO_API int32_t vlHeadCorrectionGet(int32_t handle, int32_t head, int32_t slot, const char* path);
+/* The same; `progress`, which may be null, is called with `user` as by vlFileGet and can end the transfer. What was at
+ * `path` stays then ("The transfer was cancelled."). Returns 0 or -1. Remote. */
+KELVO_API int32_t vlHeadCorrectionGetWithProgress(int32_t handle, int32_t head, int32_t slot,
+                                                  const char* path, vlFileProgressCallback progress,
+                                                  void* user);
 /* Makes the card load its stored set of corrections. Returns 0 or -1. Remote. */
 KELVO_API int32_t vlHeadCorrectionLoad(int32_t handle);
 /* Makes the card store its set of corrections. Returns 0 or -1. Remote. */
@@ -77,6 +87,15 @@ KELVO_API int32_t vlHeadCorrectionGetOpticalParameters(int32_t handle, int32_t h
 /* Fills `*parameters` with the defaults. Returns 0 or -1. Local. */
 KELVO_API int32_t vlHeadCorrectionInitOpticalParameters(vlOpticalParameters* parameters);
 
+/* Writes a number made of the fields ahead of Hash, but for the version, to `*hash_code`: parameters with the same
+ * values there have the same one. Returns 0, or -1 ("ScanHeadFormat::_from_integral: invalid argument"; "Illegal
+ * hash!"). Local. */
+KELVO_API int32_t vlOpticalParametersGetHashCode(const vlOpticalParameters* parameters, uint32_t* hash_code);
+/* Writes whether both have as many layers for each of X, Y, Z and M to `*equal`. Returns 0, or -1 as
+ * vlOpticalParametersGetHashCode. Local. */
+KELVO_API int32_t vlOpticalParametersEqualLayers(const vlOpticalParameters* parameters,
+                                                 const vlOpticalParameters* other, bool* equal);
+
 /* ---- Optical parameters as JSON ----
  *
  * One object with the fields under their names, in their order; those of X, Y, Z, M are objects, too. The version is
@@ -89,9 +108,9 @@ KELVO_API int32_t vlHeadCorrectionInitOpticalParameters(vlOpticalParameters* par
 KELVO_API int32_t vlOpticalParametersToJson(const vlOpticalParameters* parameters, char* buffer,
                                             uint32_t size, uint32_t* length);
 /* Reads the parameters from a JSON text. Every key must be there, others are ignored; of one that comes twice the last
- * counts. Returns 0, or -1 ("NAME is out of range."; "ScanHeadFormat::_from_integral: invalid argument"; "Illegal
- * hash!"; "The JSON text is nested too deeply.": more than 64 levels; "The JSON text is too long.": more than
- * 16 MiB). Local. */
+ * counts. Integers may be written as 2.0, too. Returns 0, or -1 ("NAME is no integer."; "NAME is out of range.";
+ * "ScanHeadFormat::_from_integral: invalid argument"; "Illegal hash!"; "The JSON text is nested too deeply.": more than
+ * 64 levels; "The JSON text is too long.": more than 16 MiB). Local. */
 KELVO_API int32_t vlOpticalParametersFromJson(const char* json, vlOpticalParameters* parameters);
 
 KELVO_EXTERN_C_END

@@ -1,8 +1,8 @@
 /* The laser: how the card drives it, switching it outside of lists, power scale and power calibration.
  * Conventions: kelvo.h; configuration areas: KelvoConfigurationAPI.h.
  *
- * Times and frequencies of the configuration are in the card's own units, and power targets and laser engines have
- * the card's own numbers: the library passes them on.
+ * Times and frequencies of the configuration are in the card's own units, and laser engines have the card's own
+ * numbers: the library passes them on, and the power target of a power scale unchecked.
  */
 #ifndef KELVO_LASER_API_H
 #define KELVO_LASER_API_H
@@ -11,14 +11,34 @@
 
 KELVO_EXTERN_C_BEGIN
 
-/* How the card drives the laser. A field that ends in 1 is that of the second power channel. Polarities: 0 active
- * high, 1 active low. Power targets: None = 0, Dac0 = 1, Dac1 = 2, Digital1Bit = 3, Digital2Bit = 4, Digital8Bit = 5,
- * Digital16Bit = 6, LmFrequency = 11, LmWidth = 12. Defaults are 0 and false where nothing else is said. */
+/* When a signal is active. */
+typedef enum vlPolarity {
+  vlPolarity_ActiveHigh = 0, /* at its high level */
+  vlPolarity_ActiveLow = 1,  /* at its low level */
+} vlPolarity;
+
+/* The signals to the laser: flags. */
+typedef enum vlLaserSignal {
+  vlLaserSignal_Fps = 1,  /* first-pulse suppression */
+  vlLaserSignal_Gate = 2, /* gate */
+  vlLaserSignal_LM = 4,   /* laser modulation */
+} vlLaserSignal;
+
+/* The status of the laser: flags. */
+typedef enum vlLaserStatus {
+  vlLaserStatus_None = 0,  /* neither of them */
+  vlLaserStatus_Pilot = 1, /* the pilot laser is on */
+  vlLaserStatus_Armed = 2, /* the laser is armed */
+  vlLaserStatus_Alarm = 4, /* the laser tells an alarm */
+} vlLaserStatus;
+
+/* How the card drives the laser. A field that ends in 1 is that of the second power channel. Defaults are 0 and false
+ * where nothing else is said. */
 typedef struct vlLaserConfig {
   int32_t ConfigVersion; /* 8 */
-  int32_t FpsPolarity;   /* of the first-pulse suppression */
-  int32_t GatePolarity;
-  int32_t LMPolarity; /* of the laser modulation */
+  int32_t FpsPolarity;   /* vlPolarity_ActiveHigh; of the first-pulse suppression */
+  int32_t GatePolarity;  /* vlPolarity_ActiveHigh */
+  int32_t LMPolarity;    /* vlPolarity_ActiveHigh; of the laser modulation */
   double FpsStart;
   double FpsWidth;
   double GateSetup;
@@ -29,9 +49,9 @@ typedef struct vlLaserConfig {
   double PowerChangeSetup;
   double PowerWriteDelay;    /* 1 */
   double PowerWriteWidth;    /* 2 */
-  int32_t HotPowerTarget;    /* Dac0 */
-  int32_t HotPowerTarget1;   /* None */
-  int32_t SimmerPowerTarget; /* Dac1 */
+  int32_t HotPowerTarget;    /* vlPowerTarget_Dac0 */
+  int32_t HotPowerTarget1;   /* vlPowerTarget_None */
+  int32_t SimmerPowerTarget; /* vlPowerTarget_Dac1 */
   uint16_t SimmerPower;
   bool EnableTickle;
   double TickleFrequency;
@@ -74,11 +94,11 @@ KELVO_API int32_t vlLaserEnablePilot(int32_t handle, uint32_t enable);
 KELVO_API int32_t vlLaserIsLaserArmed(int32_t handle, bool* armed);
 /* Arms the laser (`arm` not 0) or disarms it. Returns 0 or -1. Remote. */
 KELVO_API int32_t vlLaserArmLaser(int32_t handle, uint32_t arm);
-/* Writes the status of the laser to `*status`: a sum of 1 pilot on, 2 armed, 4 alarm. Returns 0 or -1. Remote. */
+/* Writes the status of the laser to `*status` (vlLaserStatus). Returns 0 or -1. Remote. */
 KELVO_API int32_t vlLaserReadLaserStatus(int32_t handle, uint32_t* status);
-/* Writes the power scale of a power target to `*scale`. Returns 0 or -1. Remote. */
+/* Writes the power scale of `target` (vlPowerTarget) to `*scale`. Returns 0 or -1. Remote. */
 KELVO_API int32_t vlLaserGetPowerScale(int32_t handle, uint32_t target, double* scale);
-/* Sets the power scale of a power target. Returns 0 or -1. Remote. */
+/* Sets the power scale of `target` (vlPowerTarget). Returns 0 or -1. Remote. */
 KELVO_API int32_t vlLaserSetPowerScale(int32_t handle, uint32_t target, double scale);
 
 /* ---- Power calibration: a table of numbers for each laser engine ---- */
@@ -90,18 +110,21 @@ KELVO_API int32_t vlLaserLoadPowerCalibration(int32_t handle, uint32_t engine);
 /* Makes the card store the table of an engine. Returns 0 or -1. Remote. */
 KELVO_API int32_t vlLaserStorePowerCalibration(int32_t handle, uint32_t engine);
 /* Fetches the table of an engine into `buffer` of `capacity` elements and writes their number to `*count`. Returns 0,
- * or -1 with "Buffer is too small" (without a full stop) when there are more, and writes nothing then. Remote. */
+ * or -1 with "Buffer is too small" (without a full stop) when there are more; `*count` is then written all the same,
+ * nothing else. So a `capacity` of 0, for which `buffer` may be null, asks for the number. Remote. */
 KELVO_API int32_t vlLaserGetPowerCalibration(int32_t handle, uint32_t engine, uint32_t* buffer,
                                              uint32_t capacity, uint32_t* count);
 /* Sends the table of an engine. Returns 0, or -1 ("The count must not be negative."). Remote. */
 KELVO_API int32_t vlLaserSetPowerCalibration(int32_t handle, uint32_t engine, const uint32_t* values,
                                              int32_t count);
-/* Fetches the table of an engine into the file `path`, which is replaced: a number a line. Returns 0, or -1 with
- * "Cannot open 'PATH': REASON." (the card is not asked) or "Cannot write 'PATH'.". Remote. */
+/* Fetches the table of an engine into the file `path`: a number a line. A file that is there is replaced when all of
+ * the new one has been written, as by vlFileGet, and stays when anything fails. Returns 0, or -1 with "Cannot open
+ * 'PATH': REASON." (the card is not asked) or "Cannot write 'PATH'.". Remote. */
 KELVO_API int32_t vlLaserPowerCalibrationGet(int32_t handle, uint32_t engine, const char* path);
 /* Sends the table in the file `path`: decimal numbers up to 4294967295, separated by line ends or ";", with blanks
- * around them; empty places are skipped. Returns 0, or -1 with "Cannot open 'PATH': REASON." or "Illegal format!",
- * and nothing is sent then. Remote. */
+ * around them; empty places are skipped. Returns 0, or -1 with "Cannot open 'PATH': REASON.", "Cannot read 'PATH'.",
+ * "Illegal format!", or "'PATH' is too long for a power calibration." (more than 1048576 numbers, or than 16 MiB of
+ * text), and nothing is sent then. Remote. */
 KELVO_API int32_t vlLaserPowerCalibrationSet(int32_t handle, uint32_t engine, const char* path);
 
 KELVO_EXTERN_C_END

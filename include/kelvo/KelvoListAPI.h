@@ -19,8 +19,9 @@ KELVO_EXTERN_C_BEGIN
 KELVO_API int64_t vlListAllocate(int32_t handle);
 
 /* Makes a list from its text (docs/list-text.md has the form): what vlListToString writes, or what is written by
- * hand. Returns its list handle, or -1 (kelvo.h, 3; "Illegal list content!" for a text that is no list;
- * "List handle already occupied."). Local. */
+ * hand. Returns its list handle, or -1 (kelvo.h, 3; "Illegal list content!" for a text that is no list; "Command
+ * exceeds the maximum allowed command size of 921600 . Please split into several commands." for one with such a
+ * command; "List handle already occupied."). Local. */
 KELVO_API int64_t vlListAllocateFromString(int32_t handle, const char* text);
 
 /* Releases the list. Safe while another thread appends to it or uploads it. Returns 0 whether or not the list
@@ -81,8 +82,8 @@ KELVO_API int32_t vlListStore(int32_t handle, int32_t list_id);
 KELVO_API int32_t vlListDelete(int32_t handle, int32_t list_id, bool flag);
 
 /* Writes the ids of the lists that the card holds to `ids`, an array of `capacity` elements, and their number
- * to `*count`. More ids than `capacity` fail with "Buffer is too small." and write nothing. `ids` may be null
- * when `capacity` is 0. Returns 0 or -1. Remote. */
+ * to `*count`. More ids than `capacity` fail with "Buffer is too small."; `*count` is then written all the same, nothing
+ * else. So a `capacity` of 0, for which `ids` may be null, asks for the number. Returns 0 or -1. Remote. */
 KELVO_API int32_t vlListGetStoredListIDs(int32_t handle, int32_t* ids, uint32_t capacity, uint32_t* count);
 
 /* Starts the card's list `list_id` and returns without waiting for its end: 0, or -1. Remote. */
@@ -98,8 +99,14 @@ KELVO_API int32_t vlListResetExecution(int32_t handle);
 /* Writes whether a list is running to `*in_progress`. Returns 0 or -1. Remote. */
 KELVO_API int32_t vlListIsExecutionInProgress(int32_t handle, bool* in_progress);
 
-/* Writes the status of the card's list `list_id`, whose values are the card's business (the virtual card: 0
- * no such list, 1 ready, 2 running), to `*status`. Returns 0 or -1. Remote. */
+/* The status of a list, as the virtual card tells it. Other cards may have other values, which are passed on. */
+typedef enum vlListStatus {
+  vlListStatus_NoSuchList = 0, /* the card has no list under that id, or stored only */
+  vlListStatus_Ready = 1,      /* it can be run */
+  vlListStatus_Running = 2,    /* it is running, or called by one that is */
+} vlListStatus;
+
+/* Writes the status of the card's list `list_id` (vlListStatus) to `*status`. Returns 0 or -1. Remote. */
 KELVO_API int32_t vlListGetListStatus(int32_t handle, int32_t list_id, int32_t* status);
 
 /* Writes where the card is in its list `list_id` to `*caret` (the virtual card: the index of the command that is
@@ -157,8 +164,20 @@ KELVO_API int32_t vlListInterruptWaitForListIdle(int32_t handle);
 
 /* Receives the connection's handle and an event's value (progress value or list id). */
 typedef void (*vlListEventCallback)(int32_t handle, int32_t value);
-/* Receives the connection's handle, the kind of the notification (-1: unknown), and the error's text of
- * `length` characters and a terminating zero, which lives only during the call. */
+/* The kinds of notifications. */
+typedef enum vlRpcEventType {
+  vlRpcEventType_None = 0,        /* none */
+  vlRpcEventType_ListIdle = 0x01, /* the card is idle after a list */
+  vlRpcEventType_ListDone = 0x02, /* a list has ended */
+  vlRpcEventType_Progress = 0x11, /* a progress value */
+  vlRpcEventType_Unknown = -1,    /* an error that comes without a kind: what error callbacks get */
+  vlRpcEventType_ListError = -3,  /* an error in a list */
+  vlRpcEventType_Error = -4,      /* an error of the card */
+  vlRpcEventType_Exception = -5,  /* a fault in the card */
+} vlRpcEventType;
+
+/* Receives the connection's handle, the kind of the notification (vlRpcEventType), and the error's text of `length`
+ * characters and a terminating zero, which lives only during the call. */
 typedef void (*vlErrorEventCallback)(int32_t handle, int32_t code, const char* message, uint32_t length);
 
 /* Registers a callback for progress values and writes its id (2 to 6) to `*callback_id`. At most five
@@ -177,8 +196,10 @@ KELVO_API int32_t vlListRegisterListIdleCallback(int32_t handle, vlListEventCall
 KELVO_API int32_t vlListRegisterErrorEventCallback(int32_t handle, vlErrorEventCallback callback,
                                                    uint32_t* callback_id);
 
-/* Unregisters the progress callback `callback_id`; an id that is not registered is no error. Returns 0 or -1
- * (kelvo.h, 3). Local. */
+/* Unregisters the progress callback `callback_id`; an id that is not registered is no error. Waits for the callback if
+ * it is running, except from inside it (kelvo.h, 7), and not for anything else. Returns 0, or -1: a bad handle (kelvo.h,
+ * 3); from inside a callback of another connection also "A callback must not wait for a connection whose callback waits
+ * for its own.": then it is unregistered all the same, but may still be running. Local. */
 KELVO_API int32_t vlListUnRegisterProgressCallback(int32_t handle, uint32_t callback_id);
 /* The same for list done events. */
 KELVO_API int32_t vlListUnRegisterListDoneCallback(int32_t handle, uint32_t callback_id);

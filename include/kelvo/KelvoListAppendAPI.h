@@ -187,8 +187,7 @@ KELVO_API int32_t vlListAppendScalingFactor(int64_t list, double x, double y);
 KELVO_API int32_t vlListAppendHeadingScale(int64_t list, double x, double y, double z);
 /* Maps all positions that follow. */
 KELVO_API int32_t vlListAppendTransformation(int64_t list, const vlTransform3D* transform);
-/* Sets the bias of the axes of a scan head: a number for each axis. `axes` is a sum of X = 1, Y = 2, Z = 4,
- * ZoomZ = 8, Auxiliary = 16, SensorZ = 32. */
+/* Sets the bias of a set of axes (vlAxes, other bits are passed on, too) of a scan head: a number for each axis. */
 KELVO_API int32_t vlListAppendHeadBias(int64_t list, int32_t head, int32_t axes, const double* biases,
                                        uint32_t count);
 /* Selects the field correction of a scan head. */
@@ -229,11 +228,10 @@ KELVO_API int32_t vlListAppendSleep(int64_t list, double duration_us);
 
 /* ---- Sky-writing: runs of marks with a run-up and a run-out, the laser off ---- */
 
-/* Sets the mode: 0 off, 1 at the start and the finish of every run of marks, 2 also at corners whose cosine of the
- * change of heading is below the minimum. Another number fails with "SkyWritingMode::_from_integral: invalid
+/* Sets the mode (vlSkyWritingMode). A number that is none fails with "SkyWritingMode::_from_integral: invalid
  * argument". */
 KELVO_API int32_t vlListAppendSkyWritingMode(int64_t list, int32_t mode);
-/* Sets the minimum cosine of the change of heading that is marked through, for mode 2. */
+/* Sets the minimum cosine of the change of heading that is marked through, for vlSkyWritingMode_MinimumCoH. */
 KELVO_API int32_t vlListAppendSkyWritingMinCoH(int64_t list, double limit);
 /* Sets the cosine of the change of heading below which run-out and run-up are merged into one; NaN: never. */
 KELVO_API int32_t vlListAppendSkyWritingMergedExtensionsMaxCoH(int64_t list, double limit);
@@ -339,9 +337,15 @@ KELVO_API int32_t vlListAppendStopMotf2D(int64_t list, double x, double y);
 KELVO_API int32_t vlListAppendStopMotf3D(int64_t list, double x, double y, double z);
 /* Waits for a part. */
 KELVO_API int32_t vlListAppendMotfWaitPart(int64_t list, int32_t part);
-/* Waits until the parts have moved by a distance. `mode`: 0 relative to now, 1 relative to the previous wait;
- * another number fails with "MotfDistanceMode::_from_integral: invalid argument". `source` is the number of the
- * source of the motion. */
+/* From where a distance counts. */
+typedef enum vlMotfDistanceMode {
+  vlMotfDistanceMode_RelativeToCurrent = 0,  /* from where the part is now */
+  vlMotfDistanceMode_RelativeToPrevious = 1, /* from where the previous wait ended */
+} vlMotfDistanceMode;
+
+/* Waits until the parts have moved by a distance, which counts as `mode` (vlMotfDistanceMode) says; a number that is
+ * none fails with "MotfDistanceMode::_from_integral: invalid argument". `source` is the number of the source of the
+ * motion. */
 KELVO_API int32_t vlListAppendMotfWaitDistance(int64_t list, double distance, int32_t mode, int32_t source);
 /* Sets the offset of the tiles that large patterns are cut into. */
 KELVO_API int32_t vlListAppendMotfTileOffset(int64_t list, double offset);
@@ -471,13 +475,12 @@ KELVO_API int32_t vlListAppendMarkCounter(int64_t list, const char* name, int32_
 
 /* ---- Peripherals ---- */
 
-/* Sends an enhanced command to an axis of a scan head. `axis`: X = 0, Y = 1, Z = 2, ZoomZ = 3, Auxiliary = 4,
- * SensorZ = 5; another number fails with "Axis::_from_integral: invalid argument". */
+/* Sends an enhanced command to `axis` (vlAxis) of a scan head; a number that is none fails with
+ * "Axis::_from_integral: invalid argument". */
 KELVO_API int32_t vlListAppendEnhancedCommand(int64_t list, int32_t head, int32_t axis, uint32_t command);
 /* Acts on pins of an output port. Ports and actions have the card's numbers, which this library does not check. */
 KELVO_API int32_t vlListAppendGpioValue(int64_t list, int32_t port, int32_t action, uint32_t value);
-/* Writes a value to an analogue or digital output. `target`: None = 0, Dac0 = 1, Dac1 = 2, Digital1Bit = 3,
- * Digital2Bit = 4, Digital8Bit = 5, Digital16Bit = 6, LmFrequency = 11, LmWidth = 12; another number fails with
+/* Writes a value to the output `target` (vlPowerTarget); a number that is none fails with
  * "PowerTarget::_from_integral: invalid argument". */
 KELVO_API int32_t vlListAppendDacValue(int64_t list, int32_t target, uint32_t value);
 

@@ -14,16 +14,28 @@ KELVO_EXTERN_C_BEGIN
 #define KELVO_DECODER_MODULE_CAPACITY 4
 
 /* What tells the way of the part. */
+typedef enum vlMotfSourceType {
+  vlMotfSourceType_QuadratureDecoder = 0, /* pulses of an encoder */
+  vlMotfSourceType_Spi = 1,               /* a device on SPI */
+} vlMotfSourceType;
+
+/* How parts are marked. */
+typedef enum vlMotfOperatingMode {
+  vlMotfOperatingMode_Standard = 0,   /* separate parts */
+  vlMotfOperatingMode_Continuous = 1, /* one endless part */
+} vlMotfOperatingMode;
+
+/* Where the card takes the way of the part from. */
 typedef struct vlMotfSource {
   int32_t ConfigVersion; /* 2 */
-  int32_t SourceType;    /* QuadratureDecoder = 0, Spi = 1 */
+  int32_t SourceType;    /* vlMotfSourceType_QuadratureDecoder */
   int32_t ModuleID;
 } vlMotfSource;
 
 /* Defaults are 0 and false where nothing else is said. */
 typedef struct vlMotfConfig {
   int32_t ConfigVersion;   /* 9 */
-  int32_t OperatingMode;   /* Standard = 0, Continuous = 1 */
+  int32_t OperatingMode;   /* vlMotfOperatingMode_Standard */
   vlMotfSource MainSource; /* quadrature decoder, module 0 */
   bool UseCompensation;
   vlMotfSource CompensationSource; /* quadrature decoder, module 1 */

@@ -18,9 +18,15 @@ KELVO_API int32_t vlPowerCorrectionCreate(int32_t handle, const vlOpticalParamet
 /* Sends the local file `path` of up to 34900811784 bytes; it becomes the correction. Returns 0, or -1 with "Unexpected
  * filesize" (it is larger, or not there; nothing is sent) or as vlFilePut. Remote. */
 KELVO_API int32_t vlPowerCorrectionSet(int32_t handle, const char* path);
+/* The same with a callback, as vlHeadCorrectionSetWithProgress has it. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlPowerCorrectionSetWithProgress(int32_t handle, const char* path,
+                                                   vlFileProgressCallback progress, void* user);
 /* Fetches the correction into the local file `path`: the working copy, or where there is none the stored one. Returns
  * 0, or -1 with "No power correction exists on the card." or as vlFileGet. Remote. */
 KELVO_API int32_t vlPowerCorrectionGet(int32_t handle, const char* path);
+/* The same with a callback, as vlHeadCorrectionGetWithProgress has it. Returns 0 or -1. Remote. */
+KELVO_API int32_t vlPowerCorrectionGetWithProgress(int32_t handle, const char* path,
+                                                   vlFileProgressCallback progress, void* user);
 /* Makes the card take its stored correction. Returns 0 or -1. Remote. */
 KELVO_API int32_t vlPowerCorrectionLoad(int32_t handle);
 /* Makes the card store the correction. Returns 0 or -1. Remote. */

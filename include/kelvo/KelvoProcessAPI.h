@@ -18,7 +18,7 @@ KELVO_EXTERN_C_BEGIN
 /* Defaults are 0 and false where nothing else is said. */
 typedef struct vlSkyWritingSettings {
   int32_t ConfigVersion; /* 4 */
-  int32_t Mode;          /* Disabled = 0, ForceAtStartFinish = 1, MinimumCoH = 2 */
+  int32_t Mode;          /* vlSkyWritingMode_Disabled */
   double MinCoH;
   double MergedExtensionsMaxCoH; /* not a number: no limit is set; the default */
   double ExtensionTime;

@@ -63,8 +63,15 @@ KELVO_API int32_t vlSystemGetConnectionLimit(int32_t handle, uint32_t* limit);
 
 /* ---- How it is ---- */
 
-/* Writes the operating state to `*state`: 0 normal, else a sum of 1 configuration failed, 2 initialization failed,
- * 4 scanner error. Returns 0 or -1. Remote. */
+/* The operating state of the card: flags. */
+typedef enum vlOperatingState {
+  vlOperatingState_Normal = 0,               /* nothing is wrong */
+  vlOperatingState_ConfigurationFailed = 1,  /* something of the configuration could not be taken */
+  vlOperatingState_InitializationFailed = 2, /* the card could not be initialized */
+  vlOperatingState_ScannerError = 4,         /* something is wrong with a scan head */
+} vlOperatingState;
+
+/* Writes the operating state (vlOperatingState) to `*state`. Returns 0 or -1. Remote. */
 KELVO_API int32_t vlSystemGetOperatingState(int32_t handle, uint32_t* state);
 /* Makes the operating state normal again. Returns 0 or -1. Remote. */
 KELVO_API int32_t vlSystemResetOperatingState(int32_t handle);

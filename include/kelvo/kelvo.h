@@ -20,24 +20,37 @@
  *       - "Response was not received in the given timespan.": the card did not answer in time
  *       - "Socket error, unable to send!": the request could not be sent in time, or at all
  *       - "std::bad_cast": the answer is not of the promised kind
- *       - "Invalid packet!" and a reason: the answer is malformed
- *       - a text between lines of dashes: the card refused; its own words stand inside
+ *       - "Invalid packet!" and a reason: the answer is malformed, or holds more than 1048576 values and is neither a
+ *         list nor a font
+ *       - a text between lines of dashes: the card refused; its own words stand inside, a zero byte in them as "\0"
  *     A function marked "Local." does none of that and never waits for the card.
  *  6. Threads. Any function may be called from any thread at any time, also on one connection at once. A call
  *     that races with vlDisconnect on its connection returns with its result or with one of the texts above.
  *  7. Callbacks run on the connection's own receive thread. Inside one, every local function works, and so do
  *     remote functions on *other* connections. A remote function or a wait on the same connection fails at once
- *     with "A callback must not wait for its own connection.", and vlDisconnect of any connection with
- *     "A callback must not disconnect.". A callback that blocks keeps its connection from receiving. An
- *     exception that leaves a callback ends its connection. A callback that is running while it is unregistered,
- *     by another thread, may still be finishing when the unregistering call returns.
+ *     with "A callback must not wait for its own connection.", one on a connection whose callback waits, directly or by
+ *     way of others, for the first with "A callback must not wait for a connection whose callback waits for its own.",
+ *     and vlDisconnect of any connection with "A callback must not disconnect.". A callback that blocks keeps its
+ *     connection from receiving. An exception that leaves a callback ends its connection.
+ *     Unregistering: when the call has returned, the callback neither runs nor begins; one that is running is waited
+ *     for. So do not unregister while holding a lock that the callback takes. Inside callbacks of the same connection
+ *     nothing needs to be waited for, and one that is unregistered there, itself or another, does not begin any more.
  *  8. Pointers. Texts are zero-terminated. A null pointer where one is not allowed fails with
- *     "A null pointer was passed for 'NAME'.". Outputs are written on success only.
+ *     "A null pointer was passed for 'NAME'.". Outputs are written on success only. One exception:
+ *     when the array that vlListGetStoredListIDs or vlLaserGetPowerCalibration is given is too small, the number of
+ *     elements that it must have is written.
  *  9. Units are the card's own: coordinates in field units, speeds in field units per microsecond, delays and
  *     durations in microseconds, unless a function says otherwise. Time-outs are in milliseconds.
- * 10. Processes. Connections do not survive fork: use them in the process that made them only. A process may
- *     exit with connections open, also from a callback; they are ended in order. The library changes nothing
- *     process-wide: no signal handling, no locale.
+ * 10. Processes. Connections do not survive fork: use them in the process that made them only. A child of fork that
+ *     calls vlDisconnect gets "The connection belongs to another process."; it may exit. A process may exit with
+ *     connections open, also from a callback; they are ended in order. The library changes nothing process-wide: no
+ *     signal handling, no locale. What makes it close a connection unasked, a card that sends nonsense or a callback
+ *     that throws, is said in one line on standard output, if that takes it at once.
+ * 11. Threads are not to be ended inside the library: no pthread_cancel of a thread that is in a call, no pthread_exit
+ *     and no cancellation in a callback. Either ends the process.
+ * 12. Enumerations. The constants of an enumeration vlNAME are vlNAME_CONSTANT, as in vlPowerTarget_Dac0. Fields and
+ *     parameters that take them are integers, so their width is fixed and a card may send numbers that are none. Flags
+ *     are combined with |.
  */
 #ifndef KELVO_H
 #define KELVO_H

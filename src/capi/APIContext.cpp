@@ -25,6 +25,7 @@ APIContext& APIContext::getInstance() {
 
 void APIContext::EndAtExit() {
   APIContext& self = getInstance();
+  if (!self.IsOwn()) return;
   std::unordered_map<int, std::shared_ptr<ConnectionContext>> contexts;
   {
     const MutexLock lock(self.mutex_);
@@ -37,6 +38,7 @@ void APIContext::EndAtExit() {
 
 int APIContext::CreateNew() {
   const MutexLock lock(mutex_);
+  process_ = getpid();
   for (int tries = 0; tries < MostCandidates; ++tries) {
     lastHandle_ = lastHandle_ == mostHandle_ ? 1 : lastHandle_ + 1;
     if (contexts_.contains(lastHandle_)) continue;
@@ -59,6 +61,14 @@ std::shared_ptr<ConnectionContext> APIContext::Share(int handle) {
   if (handle < 0) throw std::runtime_error("Illegal handle.");
   auto context = Find(handle);
   if (!context) throw std::runtime_error("There is no connection corresponding to this handle.");
+  return context;
+}
+
+std::shared_ptr<ConnectionContext> APIContext::ShareOwn(int handle) {
+  constexpr const char* NotOwn = "The connection belongs to another process.";
+  if (handle >= 0 && process_ != 0 && !IsOwn()) throw std::runtime_error(NotOwn);
+  auto context = Share(handle);
+  if (context->Process != getpid()) throw std::runtime_error(NotOwn);
   return context;
 }
 

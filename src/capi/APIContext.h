@@ -1,6 +1,9 @@
 // The process-wide table of connection handles.
 #pragma once
 
+#include <unistd.h>
+
+#include <atomic>
 #include <limits>
 #include <memory>
 #include <unordered_map>
@@ -27,6 +30,9 @@ class APIContext {
   ClientAPI& Get(int handle) { return Share(handle)->Client; }
   // The same for everybody else: what is shared lives on while it is used, also when it is removed.
   std::shared_ptr<ConnectionContext> Share(int handle);
+  // The same for ending the connection, which only the process that made it may. Throws also std::runtime_error "The
+  // connection belongs to another process.".
+  std::shared_ptr<ConnectionContext> ShareOwn(int handle);
   // The same without an exception: null when there is none.
   std::shared_ptr<ConnectionContext> Find(int handle);
   // Removes the handle, which destroys its context, not under the table's lock, once nobody uses it any more.
@@ -35,8 +41,12 @@ class APIContext {
 
  private:
   static void EndAtExit();
+  // Whether this process has made connections. A child of fork has its parent's table, too, and its lock perhaps for
+  // ever in the hands of a thread that it has not: so this is asked before the lock is taken.
+  bool IsOwn() const { return process_ == getpid(); }
 
   const int mostHandle_;
+  std::atomic<pid_t> process_{0};  // which made the latest connection
   Mutex mutex_;
   std::unordered_map<int, std::shared_ptr<ConnectionContext>> contexts_ KELVO_GUARDED_BY(mutex_);
   int lastHandle_ KELVO_GUARDED_BY(mutex_);

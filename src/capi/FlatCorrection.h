@@ -2,8 +2,8 @@
 #pragma once
 
 #include "capi/FlatRecord.h"
+#include "capi/Progress.h"
 #include "kelvo/KelvoHeadCorrectionAPI.h"
-#include "services/FileAPIVL.h"
 #include "services/OpticalParameters.h"
 
 namespace VELTRO::KELVO::ClientLib {

@@ -199,12 +199,12 @@ void ToRecord(const F& flat, R& record) {
   R::ForEachPair(record, flat, [](auto& field, const auto& namesake) { ToRecord(namesake, field); });
 }
 
-// The exported functions of a record, but for their names.
+// The exported functions of a record, but for their names and that of the parameter.
 
 template <class R, class F>
-std::int32_t Init(F* flat) {
+std::int32_t Init(F* flat, const char* name = "config") {
   return Guarded([&] {
-    NotNull(flat, "config");
+    NotNull(flat, name);
     F defaults{};
     FromRecord(R(), defaults);
     *flat = defaults;
@@ -212,9 +212,9 @@ std::int32_t Init(F* flat) {
 }
 
 template <class API, class F>
-std::int32_t Get(std::int32_t handle, F* flat) {
+std::int32_t Get(std::int32_t handle, F* flat, const char* name = "config") {
   return On<API>(handle, [&](API& api) {
-    NotNull(flat, "config");
+    NotNull(flat, name);
     F received{};
     FromRecord(api.GetConfig(), received);
     *flat = received;
@@ -222,15 +222,15 @@ std::int32_t Get(std::int32_t handle, F* flat) {
 }
 
 template <class R, class F>
-R Taken(const F* flat) {
+R Taken(const F* flat, const char* name = "config") {
   R record;
-  Converting<R>("from", [&] { ToRecord(*NotNull(flat, "config"), record); });
+  Converting<R>("from", [&] { ToRecord(*NotNull(flat, name), record); });
   return record;
 }
 
 template <class API, class R, class F>
-std::int32_t Set(std::int32_t handle, const F* flat) {
-  return On<API>(handle, [&](API& api) { api.SetConfig(Taken<R>(flat)); });
+std::int32_t Set(std::int32_t handle, const F* flat, const char* name = "config") {
+  return On<API>(handle, [&](API& api) { api.SetConfig(Taken<R>(flat, name)); });
 }
 
 template <class API>
@@ -244,8 +244,9 @@ std::int32_t Store(std::int32_t handle) {
 }
 
 template <class R, class F>
-std::int32_t ToString(const F* flat, char* buffer, std::uint32_t size, std::uint32_t* length) {
-  return Guarded([&] { CopyText(Taken<R>(flat).ToString(), buffer, size, length); });
+std::int32_t ToString(const F* flat, char* buffer, std::uint32_t size, std::uint32_t* length,
+                      const char* name = "config") {
+  return Guarded([&] { CopyText(Taken<R>(flat, name).ToString(), buffer, size, length); });
 }
 
 }  // namespace VELTRO::KELVO::ClientLib::Flat

@@ -24,9 +24,11 @@ int32_t vlConnect(const char* host, int32_t port) {
 }
 
 int32_t vlDisconnect(int32_t handle) {
-  return OnConnection(handle, [&](ConnectionContext& connection) {
-    connection.Client.Disconnect();
-    APIContext::getInstance().Remove(handle);
+  return Guarded([&] {
+    APIContext& context = APIContext::getInstance();
+    const auto connection = context.ShareOwn(handle);
+    connection->Client.End();
+    context.Remove(handle);
   });
 }
 

@@ -1,7 +1,7 @@
 #include "kelvo/KelvoEventAPI.h"
 
 #include "capi/FlatRecord.h"
-#include "config/EventAPI.h"
+#include "services/EventAPI.h"
 
 using namespace VELTRO::KELVO::ClientLib;
 

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "capi/Frame.h"
-#include "services/FileAPIVL.h"
+#include "capi/Progress.h"
 
 using namespace VELTRO::KELVO::ClientLib;
 
@@ -15,11 +15,6 @@ template <class Work>
 int32_t OnFiles(int32_t handle, int32_t directory, Work&& work) {
   return On<FileAPIVL>(handle,
                        [&](FileAPIVL& files) { work(files, DirectorySelector::_from_integral(directory)); });
-}
-
-TransferProgress ProgressOf(vlFileProgressCallback progress, void* user) {
-  if (progress == nullptr) return {};
-  return [=](uint64_t moved, uint64_t whole) { return progress(user, moved, whole); };
 }
 
 // The names with a zero behind each.

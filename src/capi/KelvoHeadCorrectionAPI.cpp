@@ -1,7 +1,5 @@
 #include "kelvo/KelvoHeadCorrectionAPI.h"
 
-#include <nlohmann/json.hpp>
-
 #include "capi/FlatCorrection.h"
 #include "services/HeadCorrectionAPI.h"
 
@@ -20,13 +18,25 @@ int32_t vlHeadCorrectionDelete(int32_t handle, int32_t head, int32_t slot) {
 }
 
 int32_t vlHeadCorrectionSet(int32_t handle, int32_t head, int32_t slot, const char* path) {
-  return OnCorrections<HeadCorrectionAPI>(
-      handle, [&](HeadCorrectionAPI& corrections) { corrections.Set(head, slot, NotNull(path, "path")); });
+  return vlHeadCorrectionSetWithProgress(handle, head, slot, path, nullptr, nullptr);
+}
+
+int32_t vlHeadCorrectionSetWithProgress(int32_t handle, int32_t head, int32_t slot, const char* path,
+                                        vlFileProgressCallback progress, void* user) {
+  return OnCorrections<HeadCorrectionAPI>(handle, [&](HeadCorrectionAPI& corrections) {
+    corrections.Set(head, slot, NotNull(path, "path"), ProgressOf(progress, user));
+  });
 }
 
 int32_t vlHeadCorrectionGet(int32_t handle, int32_t head, int32_t slot, const char* path) {
-  return OnCorrections<HeadCorrectionAPI>(
-      handle, [&](HeadCorrectionAPI& corrections) { corrections.Get(head, slot, NotNull(path, "path")); });
+  return vlHeadCorrectionGetWithProgress(handle, head, slot, path, nullptr, nullptr);
+}
+
+int32_t vlHeadCorrectionGetWithProgress(int32_t handle, int32_t head, int32_t slot, const char* path,
+                                        vlFileProgressCallback progress, void* user) {
+  return OnCorrections<HeadCorrectionAPI>(handle, [&](HeadCorrectionAPI& corrections) {
+    corrections.Get(head, slot, NotNull(path, "path"), ProgressOf(progress, user));
+  });
 }
 
 int32_t vlHeadCorrectionLoad(int32_t handle) {
@@ -69,12 +79,25 @@ int32_t vlHeadCorrectionInitOpticalParameters(vlOpticalParameters* parameters) {
   return Guarded([&] { Fetch(parameters, [] { return OpticalParameters(); }); });
 }
 
+int32_t vlOpticalParametersGetHashCode(const vlOpticalParameters* parameters, uint32_t* hash_code) {
+  return Guarded([&] {
+    const auto taken = Flat::Taken<OpticalParameters>(parameters, "parameters");
+    *NotNull(hash_code, "hash_code") = taken.GetHashCode();
+  });
+}
+
+int32_t vlOpticalParametersEqualLayers(const vlOpticalParameters* parameters,
+                                       const vlOpticalParameters* other, bool* equal) {
+  return Guarded([&] {
+    const auto taken = Flat::Taken<OpticalParameters>(parameters, "parameters");
+    *NotNull(equal, "equal") = taken.EqualLayers(Flat::Taken<OpticalParameters>(other, "other"));
+  });
+}
+
 int32_t vlOpticalParametersToJson(const vlOpticalParameters* parameters, char* buffer, uint32_t size,
                                   uint32_t* length) {
   return Guarded([&] {
-    constexpr int Indent = 2;
-    NotNull(parameters, "parameters");
-    CopyText(Flat::Taken<OpticalParameters>(parameters).ToJson().dump(Indent), buffer, size, length);
+    CopyText(Flat::Taken<OpticalParameters>(parameters, "parameters").ToJsonText(), buffer, size, length);
   });
 }
 

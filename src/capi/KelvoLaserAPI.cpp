@@ -7,8 +7,6 @@
 
 using namespace VELTRO::KELVO::ClientLib;
 
-namespace {}  // namespace
-
 int32_t vlLaserInitConfig(vlLaserConfig* config) {
   return Flat::Init<LaserConfig>(config);
 }
@@ -101,9 +99,9 @@ int32_t vlLaserGetPowerCalibration(int32_t handle, uint32_t engine, uint32_t* bu
     NotNull(count, "count");
     if (capacity > 0) NotNull(buffer, "buffer");
     const LaserAPI::Calibration values = laser.GetPowerCalibration(static_cast<int>(engine));
+    *count = static_cast<uint32_t>(values.size());  // also of a buffer that is too small
     if (values.size() > capacity) throw std::runtime_error("Buffer is too small");
     std::ranges::copy(values, buffer);
-    *count = static_cast<uint32_t>(values.size());
   });
 }
 

@@ -1,10 +1,11 @@
 #include "kelvo/KelvoListAPI.h"
 
 #include <algorithm>
-#include <exception>
+#include <stdexcept>
 
 #include "capi/Frame.h"
 #include "capi/TextBuffer.h"
+#include "lists/CommandTextReader.h"
 
 using namespace VELTRO::KELVO::ClientLib;
 
@@ -24,27 +25,27 @@ int32_t Wait(int32_t handle, ListEventKind kind, int32_t* value, const char* nam
 }
 
 int32_t InterruptWait(int32_t handle, ListEventKind kind) {
-  return OnConnection(
-      handle, [&](ConnectionContext& connection) { connection.Client.GetListEvents().InterruptWait(kind); });
+  return OnConnection(handle,
+                      [&](ConnectionContext& connection) { connection.GetListAPI().InterruptWait(kind); });
 }
 
 int32_t Register(int32_t handle, ListEventKind kind, vlListEventCallback callback, uint32_t* callback_id) {
   return OnConnection(handle, [&](ConnectionContext& connection) {
     NotNull(callback_id, "callback_id");
-    *callback_id = connection.Client.GetListEvents().RegisterCallback(kind, NotNull(callback, "callback"));
+    *callback_id = connection.GetListAPI().RegisterCallback(kind, NotNull(callback, "callback"));
   });
 }
 
 int32_t UnRegister(int32_t handle, ListEventKind kind, uint32_t callback_id) {
   return OnConnection(handle, [&](ConnectionContext& connection) {
-    connection.Client.GetListEvents().UnRegisterCallback(kind, callback_id);
+    connection.GetListAPI().UnRegisterCallback(kind, callback_id);
   });
 }
 
 CommandList ReadList(const char* text) {
   try {
     return CommandList::FromString(text);
-  } catch (const std::exception&) {
+  } catch (const CommandTextError&) {
     throw std::runtime_error("Illegal list content!");
   }
 }
@@ -131,9 +132,9 @@ int32_t vlListGetStoredListIDs(int32_t handle, int32_t* ids, uint32_t capacity, 
     NotNull(count, "count");
     if (capacity > 0) NotNull(ids, "ids");
     const auto stored = connection.GetListAPI().GetStoredListIDs();
+    *count = static_cast<uint32_t>(stored.size());  // also of a buffer that is too small
     if (stored.size() > capacity) throw std::runtime_error("Buffer is too small.");
     std::copy(stored.begin(), stored.end(), ids);
-    *count = static_cast<uint32_t>(stored.size());
   });
 }
 
@@ -242,8 +243,7 @@ int32_t vlListRegisterErrorEventCallback(int32_t handle, vlErrorEventCallback ca
                                          uint32_t* callback_id) {
   return OnConnection(handle, [&](ConnectionContext& connection) {
     NotNull(callback_id, "callback_id");
-    *callback_id =
-        connection.Client.GetListEvents().RegisterErrorEventCallback(NotNull(callback, "callback"));
+    *callback_id = connection.GetListAPI().RegisterErrorEventCallback(NotNull(callback, "callback"));
   });
 }
 
@@ -261,14 +261,11 @@ int32_t vlListUnRegisterListIdleCallback(int32_t handle, uint32_t callback_id) {
 
 int32_t vlListUnRegisterErrorEventCallback(int32_t handle, uint32_t callback_id) {
   return OnConnection(handle, [&](ConnectionContext& connection) {
-    connection.Client.GetListEvents().UnRegisterErrorEventCallback(callback_id);
+    connection.GetListAPI().UnRegisterErrorEventCallback(callback_id);
   });
 }
 
 int32_t vlListClearPendingEvents(int32_t handle) {
-  return OnConnection(handle, [](ConnectionContext& connection) {
-    // What has arrived but is not yet read is older than this call, too: let it come in first.
-    if (connection.Client.IsDataPending()) std::this_thread::yield();
-    connection.Client.GetListEvents().ClearPendingEvents();
-  });
+  return OnConnection(handle,
+                      [](ConnectionContext& connection) { connection.GetListAPI().ClearPendingEvents(); });
 }

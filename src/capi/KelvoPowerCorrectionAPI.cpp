@@ -7,19 +7,30 @@ using namespace VELTRO::KELVO::ClientLib;
 
 int32_t vlPowerCorrectionCreate(int32_t handle, const vlOpticalParameters* parameters) {
   return OnCorrections<PowerCorrectionAPI>(handle, [&](PowerCorrectionAPI& correction) {
-    NotNull(parameters, "parameters");
-    correction.Create(Flat::Taken<OpticalParameters>(parameters));
+    correction.Create(Flat::Taken<OpticalParameters>(parameters, "parameters"));
   });
 }
 
 int32_t vlPowerCorrectionSet(int32_t handle, const char* path) {
-  return OnCorrections<PowerCorrectionAPI>(
-      handle, [&](PowerCorrectionAPI& correction) { correction.Set(NotNull(path, "path")); });
+  return vlPowerCorrectionSetWithProgress(handle, path, nullptr, nullptr);
+}
+
+int32_t vlPowerCorrectionSetWithProgress(int32_t handle, const char* path, vlFileProgressCallback progress,
+                                         void* user) {
+  return OnCorrections<PowerCorrectionAPI>(handle, [&](PowerCorrectionAPI& correction) {
+    correction.Set(NotNull(path, "path"), ProgressOf(progress, user));
+  });
 }
 
 int32_t vlPowerCorrectionGet(int32_t handle, const char* path) {
-  return OnCorrections<PowerCorrectionAPI>(
-      handle, [&](PowerCorrectionAPI& correction) { correction.Get(NotNull(path, "path")); });
+  return vlPowerCorrectionGetWithProgress(handle, path, nullptr, nullptr);
+}
+
+int32_t vlPowerCorrectionGetWithProgress(int32_t handle, const char* path, vlFileProgressCallback progress,
+                                         void* user) {
+  return OnCorrections<PowerCorrectionAPI>(handle, [&](PowerCorrectionAPI& correction) {
+    correction.Get(NotNull(path, "path"), ProgressOf(progress, user));
+  });
 }
 
 int32_t vlPowerCorrectionLoad(int32_t handle) {

@@ -8,6 +8,8 @@ using namespace VELTRO::KELVO::ClientLib;
 
 namespace {
 
+constexpr const char* VariablesName = "variables";
+
 int32_t SetWobble(vlWobbleSettings* wobble, const WobbleShape& shape) {
   return Guarded([&] { Flat::FromRecord(WobbleSettings(shape), *NotNull(wobble, "wobble")); });
 }
@@ -15,15 +17,15 @@ int32_t SetWobble(vlWobbleSettings* wobble, const WobbleShape& shape) {
 }  // namespace
 
 int32_t vlProcessInitVariables(vlProcessVariables* variables) {
-  return Flat::Init<ProcessVariables>(variables);
+  return Flat::Init<ProcessVariables>(variables, VariablesName);
 }
 
 int32_t vlProcessGetVariables(int32_t handle, vlProcessVariables* variables) {
-  return Flat::Get<ProcessAPI>(handle, variables);
+  return Flat::Get<ProcessAPI>(handle, variables, VariablesName);
 }
 
 int32_t vlProcessSetVariables(int32_t handle, const vlProcessVariables* variables) {
-  return Flat::Set<ProcessAPI, ProcessVariables>(handle, variables);
+  return Flat::Set<ProcessAPI, ProcessVariables>(handle, variables, VariablesName);
 }
 
 int32_t vlProcessLoadVariables(int32_t handle) {
@@ -36,7 +38,7 @@ int32_t vlProcessStoreVariables(int32_t handle) {
 
 int32_t vlProcessToStringVariables(const vlProcessVariables* variables, char* buffer, uint32_t size,
                                    uint32_t* length) {
-  return Flat::ToString<ProcessVariables>(variables, buffer, size, length);
+  return Flat::ToString<ProcessVariables>(variables, buffer, size, length, VariablesName);
 }
 
 int32_t vlProcessGetSpeedScale(int32_t handle, double* scale) {

@@ -4,7 +4,7 @@
 
 #include "capi/FlatRecord.h"
 #include "config/ScannerAPI.h"
-#include "config/ScannerCommunicationAPI.h"
+#include "services/ScannerCommunicationAPI.h"
 
 using namespace VELTRO::KELVO::ClientLib;
 
@@ -86,6 +86,18 @@ int32_t vlScannerStoreConfig(int32_t handle) {
 int32_t vlScannerToStringConfig(const vlScannerConfig* config, char* buffer, uint32_t size,
                                 uint32_t* length) {
   return Flat::ToString<ScannerConfig>(config, buffer, size, length);
+}
+
+int32_t vlScannerConfigSetHeadFormat(vlScannerConfig* config, int32_t format) {
+  return Guarded([&] {
+    vlScannerConfig flat = *NotNull(config, "config");
+    flat.HeadFormat = ScanHeadFormat::SL2_Single3D;  // any
+    auto record = Flat::Taken<ScannerConfig>(&flat);
+    record.SetHeadFormat(static_cast<ScanHeadFormat::_enumerated>(format));
+    flat = {};
+    Flat::FromRecord(record, flat);
+    *config = flat;
+  });
 }
 
 int32_t vlScannerGetNominalPosition(int32_t handle, double* x, double* y, double* z) {

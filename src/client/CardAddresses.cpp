@@ -65,9 +65,9 @@ IPAddress PredictIPv6(std::int32_t serialNumber, bool isInternal) {
 
 IPAddress PredictIPAddress(std::string_view serialNumber, std::int32_t installation, bool isIPv6) {
   const std::int32_t number = ParseSerialNumber(serialNumber);
-  const bool isInternal = installation == InternalInstallation;
+  const bool isInternal = installation == Installation::Internal;
   if (isIPv6) return PredictIPv6(number, isInternal);
-  if (installation == ExternalDhcpInstallation) {
+  if (installation == Installation::ExternalDhcp) {
     throw std::runtime_error("Cannot predict IPv4 address for External/DHCP installed card.");
   }
   return PredictIPv4(number, isInternal);

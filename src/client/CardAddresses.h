@@ -5,12 +5,12 @@
 #include <string_view>
 
 #include "common/IPAddress.h"
+#include "common/ReflectiveEnum.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
-// How a card is installed. There are others, which differ in nothing that matters here.
-constexpr std::int32_t InternalInstallation = 0;
-constexpr std::int32_t ExternalDhcpInstallation = 1;
+// How a card is installed. Any other number means what External does.
+KELVO_ENUM(Installation, std::int32_t, Internal = 0, ExternalDhcp = 1, External = 2)
 
 // Reads a serial number of one to five digits; prefixes like "KV7" are passed over. Throws std::runtime_error
 // "Invalid serial number. The correct format is: [KV7]#####".

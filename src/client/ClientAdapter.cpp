@@ -25,42 +25,51 @@ void ClientAdapter::Connect(const IPAddress& address, int port, unsigned int tim
   configuration.Port = port;
   configuration.ReceiveTimeout = std::chrono::milliseconds(timeout);
   configuration.NotificationCallback = [this](const RpcClientEvent& event) { NotificationEvent(event); };
-  configuration.DisconnectedCallback = [this] { listEvents_.ConnectionLost(); };
+  const std::uint64_t link = ++lastLink_;
+  configuration.DisconnectedCallback = [this, link] { listEvents_.ConnectionLost(link); };
   const auto client = std::make_shared<RpcClient>(configuration);
   std::shared_ptr<RpcClient> earlier;
   {
     // Published before it starts, so that a disconnect from elsewhere ends a connect that is under way.
     const MutexLock lock(mutex_);
+    if (ended_) throw std::runtime_error("ConnectionAborted");
     if (client_ && client_->IsConnected()) {
       throw std::runtime_error("Cannot connect to " + place + ": Already connected.");
     }
     earlier = std::exchange(client_, client);
   }
-  if (earlier) earlier->Stop();
+  if (earlier) earlier->End();
   timeout_ = timeout;
   // Before the first notification can arrive.
   handle_ = handle;
-  listEvents_.Connected(handle);
+  listEvents_.Connected(handle, link);
   try {
     client->Start();
   } catch (const std::exception&) {
-    listEvents_.ConnectionLost();
+    listEvents_.ConnectionLost(link);
     throw std::runtime_error("Error: Cannot open connection to " + place + ".");
   }
 }
 
 void ClientAdapter::Disconnect() {
-  if (ClientTransport::IsAnyReceiveThread()) throw std::runtime_error("A callback must not disconnect.");
+  if (ReceiveThread::Current() != nullptr) throw std::runtime_error("A callback must not disconnect.");
   Close();
+}
+
+void ClientAdapter::End() {
+  if (ReceiveThread::Current() == nullptr) {
+    const MutexLock lock(mutex_);
+    ended_ = true;
+  }
+  Disconnect();
 }
 
 void ClientAdapter::Close() {
   const auto client = GetClient();
   if (!client) return;
-  client->Stop();
+  client->End();
   const MutexLock lock(mutex_);
   if (client_ != client) return;  // connected anew meanwhile
-  listEvents_.ConnectionLost();
   client_.reset();
   firmwareVersion_.clear();
   serialNumber_.clear();
@@ -68,6 +77,7 @@ void ClientAdapter::Close() {
 
 bool ClientAdapter::Abandon() {
   const auto client = GetClient();
+  listEvents_.Abandon();
   return !client || client->Abandon();
 }
 
@@ -110,8 +120,10 @@ bool ClientAdapter::IsDataPending() const {
   return client && client->IsDataPending();
 }
 
-void ClientAdapter::CheckMayWait() const {
-  if (const auto client = GetClient()) client->CheckMayWait();
+CallbackWait ClientAdapter::BeginWait() const {
+  const auto client = GetClient();
+  if (!client) return {};
+  return client->BeginWait();
 }
 
 void ClientAdapter::Perform(RemoteCall& call) {

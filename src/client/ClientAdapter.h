@@ -39,6 +39,8 @@ class ClientAdapter : public RpcCaller {
   // disconnect." on a receive thread, of whatever connection: two that disconnect each other would join for
   // ever.
   void Disconnect();
+  // Disconnect for good: a Connect that is under way, or comes later, fails, too.
+  void End();
   // For the end of the process: ends the connection without waiting for a callback. Returns whether nothing
   // is left that could touch this object.
   bool Abandon();
@@ -55,9 +57,8 @@ class ClientAdapter : public RpcCaller {
   void Log(const char* text) override;
 
   ListEvents& GetListEvents() { return listEvents_; }
-  // Whether received data waits to be read.
-  bool IsDataPending() const;
-  void CheckMayWait() const override;
+  bool IsDataPending() const override;
+  CallbackWait BeginWait() const override;
 
   // Takes a notification, on the receive thread. Throws std::runtime_error, which ends the connection, for
   // one that it cannot make sense of: "RpcEventType::_from_integral: invalid argument", "Could not process
@@ -80,8 +81,10 @@ class ClientAdapter : public RpcCaller {
   std::atomic<std::int32_t> handle_{-1};
   std::atomic<bool> logging_{false};
   ListEvents listEvents_;
+  std::atomic<std::uint64_t> lastLink_{0};
 
   mutable Mutex mutex_;
+  bool ended_ KELVO_GUARDED_BY(mutex_) = false;
   std::shared_ptr<RpcClient> client_ KELVO_GUARDED_BY(mutex_);
   std::string firmwareVersion_ KELVO_GUARDED_BY(mutex_);
   std::string serialNumber_ KELVO_GUARDED_BY(mutex_);

@@ -11,6 +11,7 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include "client/Ssdp.h"
@@ -30,6 +31,9 @@ constexpr int RequestsPerCycle = 3;
 constexpr std::chrono::seconds CycleTime(3);
 constexpr std::size_t MostReplyBytes = 1024;  // what is longer is cut
 constexpr int MostRepliesInARow = 64;         // then the other sockets have their turn
+// An address of a link that has just come up may be bound to when the system has found that nobody else has it.
+constexpr std::chrono::seconds DuplicateDetection(2);
+constexpr std::chrono::milliseconds BindPause(20);
 
 [[noreturn]] void ThrowSocketError() {
   const int error = errno;
@@ -76,10 +80,19 @@ std::string RequestFor(const std::string& group, int port) {
   return request;
 }
 
+void Bind(const Descriptor& socket, const IPAddress& address, Deadline patience) {
+  sockaddr_storage own{};
+  const socklen_t length = address.GetSockaddr(0, own);
+  while (bind(socket.Get(), reinterpret_cast<const sockaddr*>(&own), length) != 0) {
+    if (errno != EADDRNOTAVAIL || std::chrono::steady_clock::now() >= patience) ThrowSocketError();
+    std::this_thread::sleep_for(BindPause);
+  }
+}
+
 // Asks by one address of one interface on one port.
 class SearchSocket {
  public:
-  SearchSocket(Descriptor socket, const InterfaceAddress& interface, int port)
+  SearchSocket(Descriptor socket, const InterfaceAddress& interface, int port, Deadline patience)
       : socket_(std::move(socket)), interface_(interface.Index) {
     const Family family = interface.Address.GetFamily();
     const std::string group = Ssdp::GroupText(family);
@@ -91,9 +104,7 @@ class SearchSocket {
       destination.SetScopeId(interface_);
     }
     SetOption(socket_, SOL_SOCKET, SO_REUSEADDR, 1);
-    sockaddr_storage own{};
-    const socklen_t length = interface.Address.GetSockaddr(0, own);
-    if (bind(socket_.Get(), reinterpret_cast<const sockaddr*>(&own), length) != 0) ThrowSocketError();
+    Bind(socket_, interface.Address, patience);
     destinationLength_ = destination.GetSockaddr(port, destination_);
     request_ = RequestFor(group, port);
   }
@@ -131,11 +142,12 @@ class SearchSocket {
 
 std::vector<SearchSocket> OpenSockets() {
   std::vector<SearchSocket> sockets;
+  const Deadline patience = DeadlineAfter(DuplicateDetection);
   for (const InterfaceAddress& interface : MulticastAddresses()) {
     const int domain = interface.Address.GetFamily() == Family::IPv4 ? AF_INET : AF_INET6;
     for (const int port : Ssdp::Ports) {
       Descriptor socket(::socket(domain, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP));
-      if (socket.IsOpen()) sockets.emplace_back(std::move(socket), interface, port);
+      if (socket.IsOpen()) sockets.emplace_back(std::move(socket), interface, port, patience);
     }
   }
   return sockets;

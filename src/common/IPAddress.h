@@ -3,6 +3,7 @@
 
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <functional>
@@ -22,8 +23,10 @@ class IPAddress {
   IPAddress() = default;
   // The all-zero address of the family.
   explicit IPAddress(Family family) : family_(family) {}
-  // `bytes` in network order; IPv4 has four.
-  IPAddress(Family family, const std::array<std::uint8_t, 16>& bytes) : family_(family), bytes_(bytes) {}
+  // `bytes` in network order. IPv4 has four; what stands behind them is not part of the address.
+  IPAddress(Family family, const std::array<std::uint8_t, 16>& bytes) : family_(family), bytes_(bytes) {
+    if (family == Family::IPv4) std::fill(bytes_.begin() + IPv4Bytes, bytes_.end(), std::uint8_t{0});
+  }
 
   // The address in a socket address; of the family None when that is neither IPv4 nor IPv6.
   static IPAddress FromSockaddr(const sockaddr& address);
@@ -62,6 +65,8 @@ class IPAddress {
   }
 
  private:
+  static constexpr std::size_t IPv4Bytes = 4;
+
   Family family_ = Family::None;
   std::array<std::uint8_t, 16> bytes_{};  // network order; IPv4 uses the first four and leaves the rest zero
   std::uint32_t scopeId_ = 0;             // IPv6 interface index

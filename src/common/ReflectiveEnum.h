@@ -5,10 +5,13 @@
 // declares a class `Polarity` with the constants Polarity::ActiveHigh, ..., a name per value, a value per
 // name and a checked conversion from an integer. The constants are written as in an `enum`; each one's
 // definition text is kept and its name cut out of it at first use. Several constants may share a value; its
-// name is then the first's. The tables are never destroyed: receive threads read them while the process ends.
+// name is then the first's. KELVO_FLAGS declares one whose constants are flags: every combination of their bits is a
+// value, too, and one without a name of its own is written as the names of its bits, "X|Z". The tables are never
+// destroyed: receive threads read them while the process ends.
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -51,6 +54,19 @@ constexpr std::string_view NameOf(std::string_view definition) {
 
 std::vector<std::string_view> CutNames(std::span<const char* const> definitions);
 
+// The names of the bits of `number` in the order of their declaration, "|" between them; empty unless each has one.
+template <class Enum>
+std::string NamesOfBits(std::int64_t number) {
+  std::string text;
+  for (std::size_t i = 0; i < Enum::_values().size(); ++i) {
+    const std::int64_t bit = Enum::_values()[i]._to_integral();
+    if ((number & bit) == 0 || !std::has_single_bit(static_cast<std::uint64_t>(bit))) continue;
+    text.append(text.empty() ? "" : "|").append(Enum::_names()[i]);
+    number &= ~bit;
+  }
+  return number == 0 ? text : std::string();
+}
+
 [[noreturn]] void ThrowInvalidArgument(const char* enumeration, const char* operation);
 
 }  // namespace VELTRO::KELVO::ClientLib::Reflection
@@ -59,7 +75,10 @@ std::vector<std::string_view> CutNames(std::span<const char* const> definitions)
 #define KELVO_ENUM_VALUE(constant) \
   (::VELTRO::KELVO::ClientLib::Reflection::SwallowAssignment<_enumerated>)constant,
 
-#define KELVO_ENUM(EnumName, Underlying, ...)                                                              \
+#define KELVO_ENUM(EnumName, Underlying, ...) KELVO_ENUM_OF(false, EnumName, Underlying, __VA_ARGS__)
+#define KELVO_FLAGS(EnumName, Underlying, ...) KELVO_ENUM_OF(true, EnumName, Underlying, __VA_ARGS__)
+
+#define KELVO_ENUM_OF(areFlags, EnumName, Underlying, ...)                                                 \
   class EnumName {                                                                                         \
    public:                                                                                                 \
     enum _enumerated : Underlying { __VA_ARGS__ };                                                         \
@@ -91,10 +110,12 @@ std::vector<std::string_view> CutNames(std::span<const char* const> definitions)
     static constexpr bool _is_valid(std::int64_t number) {                                                 \
       constexpr ::VELTRO::KELVO::ClientLib::Reflection::SwallowAssignment<_enumerated> all[] = {           \
           KELVO_FOR_EACH(KELVO_ENUM_VALUE, __VA_ARGS__)};                                                  \
+      std::int64_t bits = 0;                                                                               \
       for (const auto& one : all) {                                                                        \
         if (one.value == number) return true;                                                              \
+        bits |= one.value;                                                                                 \
       }                                                                                                    \
-      return false;                                                                                        \
+      return areFlags && (number & ~bits) == 0;                                                            \
     }                                                                                                      \
     static constexpr EnumName _from_integral(std::int64_t number) {                                        \
       if (!_is_valid(number)) {                                                                            \
@@ -119,7 +140,9 @@ std::vector<std::string_view> CutNames(std::span<const char* const> definitions)
       for (std::size_t i = 0; i < values.size(); ++i) {                                                    \
         if (values[i].value_ == value_) return std::string(_names()[i]);                                   \
       }                                                                                                    \
-      return std::to_string(_to_integral());                                                               \
+      std::string text;                                                                                    \
+      if (areFlags) text = ::VELTRO::KELVO::ClientLib::Reflection::NamesOfBits<EnumName>(value_);          \
+      return text.empty() ? std::to_string(_to_integral()) : text;                                         \
     }                                                                                                      \
                                                                                                            \
    private:                                                                                                \

@@ -35,11 +35,11 @@ class LaserAPI : public RecordAPI<LaserConfig> {
   void SetPowerCalibration(const Calibration& values, int engine) {
     caller_.Call("SetPowerCalibrationByEngine", values, engine);
   }
-  // Writes the table to a file, a value a line. Throws std::runtime_error "Cannot open 'PATH': REASON." before
-  // the card is asked, or "Cannot write 'PATH'.".
+  // Writes the table to a file, a value a line; a file that is there stays until all is well (ReplacedFile). Throws
+  // std::runtime_error "Cannot open 'PATH': REASON." before the card is asked, or "Cannot write 'PATH'.".
   void GetPowerCalibration(const std::string& path, int engine);
-  // Sends the table of a file. Throws std::runtime_error "Cannot open 'PATH': REASON." or "Illegal format!", and
-  // sends nothing then.
+  // Sends the table of a file. Throws std::runtime_error "Cannot open 'PATH': REASON.", "Cannot read 'PATH'.", "Illegal
+  // format!", or "'PATH' is too long for a power calibration." beyond 1048576 values or 16 MiB, and sends nothing then.
   void SetPowerCalibration(const std::string& path, int engine);
 };
 

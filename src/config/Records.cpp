@@ -1,5 +1,4 @@
 // The parts of records that are compiled once: a line for each.
-#include "config/EventConfig.h"
 #include "config/LaserConfig.h"
 #include "config/MotfConfig.h"
 #include "config/ProcessVariables.h"
@@ -19,7 +18,6 @@ template class Record<MotfSource, 2>;
 template class Record<MotfConfig, 9>;
 template class Record<QuadratureDecoderModule, 4>;
 template class Record<QuadratureDecoderConfig, 4>;
-template class Record<EventConfig, 1>;
 template class Record<ScanHeadConfig, 10>;
 template class Record<ScannerConfig, 12>;
 template class Record<ScannerMonitoringConfig, 2>;

@@ -6,8 +6,8 @@
 namespace VELTRO::KELVO::ClientLib {
 
 // Bits 0 and 1 are the heads' protocol.
-KELVO_ENUM(SHFlags, std::int32_t, XY2 = 0, SL2 = 1, VL3 = 2, Defocus = 4, SingleHead = 0, DualHead = 8,
-           Auxiliary = 16, Extended = 32, FourD = 64)
+KELVO_FLAGS(SHFlags, std::int32_t, XY2 = 0, SL2 = 1, VL3 = 2, Defocus = 4, SingleHead = 0, DualHead = 8,
+            Auxiliary = 16, Extended = 32, FourD = 64)
 
 // The combinations of flags that there are, a row each: what is not in this table is no format. In their names, D is
 // the number of dimensions, F with Defocus, X with Extended, A with Auxiliary.

@@ -8,7 +8,7 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-// ScanHeadAxes has an entry for each head. Of the combinations of axes only those that have a name are values.
+// ScanHeadAxes has an entry for each head.
 class ScannerMonitoringConfig : public Record<ScannerMonitoringConfig, 2> {
  public:
   static constexpr const char* Name = "ScannerMonitoringConfig";

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "rpc/MsgPack.h"
+#include "rpc/WireFields.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -15,8 +15,10 @@ struct TimeZone {
 
   std::string ToString() const { return Name; }
 
-  // On the wire: an array of the three, in this order. What a newer card has behind them is ignored.
-  MSGPACK_DEFINE_ARRAY(Name, DisplayName, UtcOffset)
+  template <class Self>
+  static auto WireFields(Self& self) {
+    return std::tie(self.Name, self.DisplayName, self.UtcOffset);
+  }
 };
 
 }  // namespace VELTRO::KELVO::ClientLib

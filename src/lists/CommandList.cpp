@@ -68,4 +68,12 @@ void CommandList::msgpack_unpack(const msgpack::object& object) {
   *this = std::move(received);
 }
 
+void CommandList::TakeFrom(Body::Reader& reader) {
+  *this = CommandList();
+  const std::uint32_t elements = reader.TakeArray();
+  if (elements < 1) throw msgpack::type_error();
+  listField_ = reader.Take().as<std::int32_t>();
+  TakeCommands(reader, elements - 1);
+}
+
 }  // namespace VELTRO::KELVO::ClientLib

@@ -373,6 +373,8 @@ class CommandList : public PackedCommands {
 
   void msgpack_pack(auto& packer) const;
   void msgpack_unpack(const msgpack::object& object);
+  // The same, however long the list is. What it was before is lost if that throws.
+  void TakeFrom(Body::Reader& reader);
   // Packs the list as the argument of a call: its commands are sent from where they lie.
   friend void PackArgument(OutputPacket& packet, const CommandList& list);
 

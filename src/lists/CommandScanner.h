@@ -5,6 +5,8 @@
 //   value    ([A-Za-z][A-Za-z0-9]*)\s*\[\s*([^\]]*?)\s*\]
 //   number   [-+]?[\d]*\.?[\d]+([Ee][-+]?[\d]+)?
 //
+// Numbers are looked for in what a value holds; the rest of it only separates them.
+//
 // None of them needs to go back further than a version that turns out to be a value's name: every text is
 // scanned once, whatever is in it.
 #pragma once

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
-#include <stdexcept>
 #include <system_error>
 
 #include "lists/CommandCodes.h"
@@ -20,11 +19,11 @@ struct Refusal {
 };
 
 [[noreturn]] void FailCommand() {
-  throw std::runtime_error("Unable to parse command");
+  throw CommandTextError("Unable to parse command");
 }
 
 [[noreturn]] void FailPoint() {
-  throw std::runtime_error("Unable to parse Point.");
+  throw CommandTextError("Unable to parse Point.");
 }
 
 // What an error shows of a text that is refused.
@@ -52,6 +51,47 @@ bool IsBelowOne(std::string_view number) {
   return power < 1 - order;
 }
 
+bool IsAtDigit(const char* at, const char* end) {
+  return at != end && *at >= '0' && *at <= '9';
+}
+
+const char* SkipSign(const char* at, const char* end) {
+  return at != end && (*at == '-' || *at == '+') ? at + 1 : at;
+}
+
+// Whether a number of the number expression begins at `at`.
+bool BeginsNumber(const char* at, const char* end) {
+  at = SkipSign(at, end);
+  return IsAtDigit(at, end) || (at != end && *at == '.' && IsAtDigit(at + 1, end));
+}
+
+// The same of the exponent behind its digits.
+bool BeginsExponent(const char* at, const char* end) {
+  return at != end && (*at == 'e' || *at == 'E') && IsAtDigit(SkipSign(at + 1, end), end);
+}
+
+// What stands for a number that no card takes, and would be lost if it separated others.
+bool IsNotFinite(std::string_view word) {
+  const auto is = [&](std::string_view name) {
+    return std::equal(word.begin(), word.end(), name.begin(), name.end(),
+                      [](char a, char b) { return (a | 0x20) == b; });
+  };
+  return is("nan") || is("inf") || is("infinity");
+}
+
+// Moves to the next number of a value, over whatever is ahead of it; false when the value ends before.
+[[gnu::noinline, gnu::cold]] bool SkipToNumber(TextCursor& cursor, bool inPoint = false) {
+  while (!cursor.AtEnd() && !cursor.IsAt(']')) {
+    if (BeginsNumber(cursor.At(), cursor.End())) return true;
+    const std::string_view word = cursor.TakeAll(Characters::Letter);
+    if (word.empty()) cursor.MoveTo(cursor.At() + 1);
+    if (!IsNotFinite(word)) continue;
+    if (inPoint) FailPoint();
+    throw Refusal{"not a finite number"};
+  }
+  return false;
+}
+
 // Takes a number of the number expression; false when none is there.
 template <class T>
 [[gnu::always_inline]] inline bool TakeNumber(TextCursor& cursor, T& number) {
@@ -73,36 +113,65 @@ template <class T>
       number = *begin == '-' ? -0.0 : 0.0;
     }
   } else {
-    const bool hasExponent = at != end && (*at == 'e' || *at == 'E');
-    if (error != std::errc() || hasFraction || hasExponent) throw Refusal{"not a whole number that fits"};
+    if (error != std::errc() || hasFraction || BeginsExponent(at, end)) {
+      throw Refusal{"not a whole number that fits"};
+    }
   }
   cursor.MoveTo(at);
   return true;
 }
 
+// Takes the next number of a value; false when the value ends before. The usual text has it at once.
 template <class T>
-void TakeElement(TextCursor& cursor, T& number) {
-  if (TakeNumber(cursor, number)) return;
-  throw Refusal{std::is_floating_point_v<T> ? "not a finite number" : "not a whole number that fits"};
+[[gnu::noinline, gnu::cold]] bool TakeDistantNumber(TextCursor& cursor, T& number, bool inPoint) {
+  return SkipToNumber(cursor, inPoint) && TakeNumber(cursor, number);
 }
 
-void TakeElement(TextCursor& cursor, bool& value) {
-  const std::string_view name = cursor.TakeName();
-  value = name == "True";
-  if (!value && name != "False") throw Refusal{"neither True nor False"};
+// These take the next element of a value; false when the value ends before.
+template <class T>
+[[gnu::always_inline]] inline bool TakeElement(TextCursor& cursor, T& number) {
+  return TakeNumber(cursor, number) || TakeDistantNumber(cursor, number, false);
 }
 
 template <std::size_t N, class T>
-[[gnu::always_inline]] inline void TakeElement(TextCursor& cursor, Point<N, T>& point) {
+[[gnu::always_inline]] inline bool TakeElement(TextCursor& cursor, Point<N, T>& point) {
   for (std::size_t i = 0; i < N; ++i) {
     if (i > 0) cursor.SkipBlanksAndCommas();
+    const char* const begin = cursor.At();
     if (cursor.Take(CoordinateNames[i])) {
       cursor.SkipBlanks();
-      if (!cursor.Take('=')) FailPoint();
+      cursor.Take('=');
       cursor.SkipBlanks();
     }
-    if (!TakeNumber(cursor, point.Coordinates[i])) FailPoint();
+    if (TakeNumber(cursor, point.Coordinates[i])) continue;
+    cursor.MoveTo(begin);
+    if (TakeDistantNumber(cursor, point.Coordinates[i], true)) continue;
+    if (i == 0) return false;
+    FailPoint();
   }
+  return true;
+}
+
+bool TakeElement(TextCursor& cursor, bool& value) {
+  const std::string_view name = cursor.TakeName();
+  value = name == "True";
+  if (!value && name != "False") throw Refusal{"neither True nor False"};
+  return true;
+}
+
+// For a value that lacks what it must have.
+template <class T>
+[[noreturn]] void FailMissing() {
+  if constexpr (IsPointType<T>) FailPoint();
+  throw Refusal{std::is_floating_point_v<T> ? "not a finite number" : "not a whole number that fits"};
+}
+
+// Takes what is behind the elements of a value, and its bracket.
+void TakeRest(TextCursor& cursor, bool ofNumbers) {
+  cursor.SkipBlanks();
+  if (cursor.Take(']')) return;
+  if (!ofNumbers || SkipToNumber(cursor)) throw Refusal{"more than a value"};
+  if (!cursor.Take(']')) FailCommand();
 }
 
 // Takes the end of a value and of its command; false, with nothing taken, when there is more.
@@ -166,7 +235,7 @@ void CommandTextReader::ReadParts(TextCursor& cursor) {
   cursor.Take('[');
   cursor.SkipBlanks();
   const std::int32_t* const code = FindCode(cursor.TakeName());
-  if (code == nullptr) throw std::runtime_error("Unable to parse command code");
+  if (code == nullptr) throw CommandTextError("Unable to parse command code");
   cursor.SkipBlanks();
   code_ = *code;
   version_ = TakeVersion(cursor);
@@ -211,7 +280,7 @@ bool CommandTextReader::ReadValue(std::string_view acronym, TextCursor& cursor) 
                            ReadElements<typename T::value_type>(cursor);
                          } else {
                            T value{};
-                           TakeElement(cursor, value);
+                           if (!TakeElement(cursor, value)) FailMissing<T>();
                            if (size_ == 0 && version_.empty() && TakeEnd(cursor)) {
                              list_.Append(code_, value);
                              appended = true;
@@ -223,8 +292,7 @@ bool CommandTextReader::ReadValue(std::string_view acronym, TextCursor& cursor) 
     if (appended) return true;
     if (!known) throw Refusal{"of an unknown type"};
     room_.Extend(size_);
-    cursor.SkipBlanks();
-    if (!cursor.Take(']')) throw Refusal{"more than a value"};
+    TakeRest(cursor, *type != CommandValueType::Bool);
   } catch (const Refusal& refusal) {
     cursor = begin;
     cursor.TakeUntil(']');
@@ -239,16 +307,15 @@ void CommandTextReader::ReadElements(TextCursor& cursor) {
   Extend(1 + ArrayCountBytes);
   const std::size_t begin = size_;
   while (!cursor.IsAt(']') && size_ <= 2 * MaxPacketSize) {
-    const bool enclosed = IsPointType<T> && cursor.Take('(');
-    if (enclosed) cursor.SkipBlanks();
+    if (IsPointType<T> && cursor.Take('(')) cursor.SkipBlanks();
     T element{};
-    TakeElement(cursor, element);
-    if (enclosed) {
-      cursor.SkipBlanks();
-      if (!cursor.Take(')')) throw Refusal{"a parenthesis that is not closed"};
+    if (!TakeElement(cursor, element)) {
+      if (size_ == begin) FailMissing<T>();  // there is something, but no number
+      break;
     }
     std::memcpy(Extend(sizeof element), &element, sizeof element);
     cursor.SkipBlanksAndCommas();
+    if (IsPointType<T> && cursor.Take(')')) cursor.SkipBlanksAndCommas();
   }
   unsigned char* const head = payload_.data() + begin - 1 - ArrayCountBytes;
   *head = TypeByteOf<std::span<const T>>;
@@ -265,7 +332,7 @@ unsigned char* CommandTextReader::Extend(std::size_t count) {
 
 void CommandTextReader::Fail(std::string what, std::string_view reason) const {
   if (index_) what.append(" of command ").append(std::to_string(*index_));
-  throw std::runtime_error("Unable to parse " + what.append(": ").append(reason));
+  throw CommandTextError("Unable to parse " + what.append(": ").append(reason));
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -1,11 +1,14 @@
 // Reads commands from their text form.
 //
-// A text is taken when it has the shape of CommandScanner.h and every byte of its values is accounted for:
-//   - a scalar is one number; "True" or "False" for a Bool;
-//   - a point is its coordinates in order, blanks and commas between them, each with or without its name and "=";
-//   - an array is its elements in order, blanks and commas between them, a point with or without "(" and ")" around.
-// Whole numbers have neither fraction nor exponent and fit their type. A number too large for a double is
-// refused, and so are "nan" and "inf", though they are written; one too small becomes 0. Arrays of
+// A text is taken when it has the shape of CommandScanner.h. In the brackets of a value the numbers of the number
+// expression count, found one after the other; whatever else is there separates them: blanks, commas, semicolons,
+// parentheses, names of coordinates.
+//   - a scalar is one number; a Bool "True" or "False" and nothing else;
+//   - a point has as many numbers as coordinates;
+//   - an array has any number of elements; where it has none, there are only blanks.
+// Nothing is lost in silence: a number too many or too few is refused, and so is a word "nan", "inf" or "infinity",
+// which is no number of the expression, though the first two are written. Whole numbers have neither fraction nor
+// exponent and fit their type. A number too large for a double is refused; one too small becomes 0. Arrays of
 // four-dimensional points have no text.
 //
 // What was written is read as it was, but for two things that have no text of their own: a payload of the usual
@@ -15,6 +18,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,10 +30,17 @@ namespace VELTRO::KELVO::ClientLib {
 
 class PackedCommands;
 
+// A text that cannot be parsed.
+class CommandTextError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
 class CommandTextReader {
  public:
-  // One command and blanks around it. Throws std::runtime_error, like ReadList: "Unable to parse command",
-  // "Unable to parse command code", "Unable to parse Point.", or another that says what was found.
+  // One command and blanks around it. Throws CommandTextError, like ReadList: "Unable to parse command",
+  // "Unable to parse command code", "Unable to parse Point.", or another that says what was found. A command that becomes too
+  // large throws what appending to it throws (PayloadRoom).
   static Command ReadCommand(std::string_view text);
   // Appends the commands of a list's text. Between them are blanks and commas, around them "[" and "]" or
   // nothing. An empty list has its brackets. When it throws, `list` is left with the commands read so far.

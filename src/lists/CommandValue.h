@@ -60,41 +60,29 @@ KELVO_ENUM(CommandValueTypeAcronym, std::uint8_t, KELVO_VALUE_TYPES(KELVO_ACRONY
 #undef KELVO_ACRONYM
 
 // Reading a type byte by its bits.
-namespace ValueTypeBits {
-
-constexpr bool IsValueType(std::uint8_t type) {
-  return (type & CommandValueFlags::ValueType) != 0;
-}
-constexpr bool IsUnsigned(std::uint8_t type) {
-  return (type & CommandValueFlags::Unsigned) != 0;
-}
-constexpr bool IsFloatingPoint(std::uint8_t type) {
-  return (type & CommandValueFlags::FloatingPoint) != 0;
-}
-constexpr bool IsArray(std::uint8_t type) {
-  return (type & CommandValueFlags::Array) != 0;
-}
-constexpr bool IsPoint(std::uint8_t type) {
-  return IsValueType(type) && (type & CommandValueFlags::Point4D) != 0;
-}
-// Coordinates of a point: 2, 3 or 4; 1 for what is no point.
-constexpr unsigned GetDimensions(std::uint8_t type) {
-  return (type >> 6) + 1U;
-}
-// Bytes of one coordinate or scalar. Deliberate oddity: a Bool's size class says 2, though it takes one byte.
-constexpr unsigned GetBytes(std::uint8_t type) {
-  return 1U << (type & 3U);
-}
-// Bytes of one element: of the scalar, the whole point, or an array's element.
-constexpr std::size_t ElementWidth(std::uint8_t type) {
-  if (type == CommandValueType::Bool) return 1;
-  return std::size_t{GetBytes(type)} * GetDimensions(type);
-}
-constexpr std::uint8_t ElementType(std::uint8_t type) {
-  return static_cast<std::uint8_t>(type & ~CommandValueFlags::Array);
-}
-
-}  // namespace ValueTypeBits
+struct ValueTypeBits {
+  static constexpr bool IsValueType(std::uint8_t type) { return (type & CommandValueFlags::ValueType) != 0; }
+  static constexpr bool IsUnsigned(std::uint8_t type) { return (type & CommandValueFlags::Unsigned) != 0; }
+  static constexpr bool IsFloatingPoint(std::uint8_t type) {
+    return (type & CommandValueFlags::FloatingPoint) != 0;
+  }
+  static constexpr bool IsArray(std::uint8_t type) { return (type & CommandValueFlags::Array) != 0; }
+  static constexpr bool IsPoint(std::uint8_t type) {
+    return IsValueType(type) && (type & CommandValueFlags::Point4D) != 0;
+  }
+  // Coordinates of a point: 2, 3 or 4; 1 for what is no point.
+  static constexpr unsigned GetDimensions(std::uint8_t type) { return (type >> 6) + 1U; }
+  // Bytes of one coordinate or scalar. Deliberate oddity: a Bool's size class says 2, though it takes one byte.
+  static constexpr unsigned GetBytes(std::uint8_t type) { return 1U << (type & 3U); }
+  // Bytes of one element: of the scalar, the whole point, or an array's element.
+  static constexpr std::size_t ElementWidth(std::uint8_t type) {
+    if (type == CommandValueType::Bool) return 1;
+    return std::size_t{GetBytes(type)} * GetDimensions(type);
+  }
+  static constexpr std::uint8_t ElementType(std::uint8_t type) {
+    return static_cast<std::uint8_t>(type & ~CommandValueFlags::Array);
+  }
+};
 
 // The type byte that a C++ type is written with.
 template <class T>

@@ -46,7 +46,8 @@ class Command::ArrayValue {
   std::span<const unsigned char> elements_;
 };
 
-class Command::CommandValueReader {
+// The classifying operations, IsPoint and the like, take a type byte such as PeekType gives.
+class Command::CommandValueReader : public ValueTypeBits {
  public:
   CommandValueReader() = default;
   explicit CommandValueReader(std::span<const unsigned char> payload) { SetPayload(payload); }
@@ -64,7 +65,7 @@ class Command::CommandValueReader {
   std::uint8_t PeekType() const;
   // The same, checked to be one of the known types.
   CommandValueType GetType() const;
-  bool NextIsArray() const { return ValueTypeBits::IsArray(PeekType()); }
+  bool NextIsArray() const { return IsArray(PeekType()); }
   bool CompareNextType(CommandValueType type) const { return HasNext() && PeekType() == type; }
   void SkipNext();
 

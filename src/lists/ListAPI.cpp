@@ -1,6 +1,7 @@
 #include "lists/ListAPI.h"
 
 #include <stdexcept>
+#include <thread>
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -31,8 +32,14 @@ std::optional<std::int32_t> ListAPI::Wait(ListEventKind kind, Timeout timeout) {
   static constexpr const char* Names[ListEventKinds] = {"WaitForProgress", "WaitForListIdle",
                                                         "WaitForListDone"};
   caller_.Log(Names[static_cast<std::size_t>(kind)]);
-  caller_.CheckMayWait();
+  const CallbackWait waiting = caller_.BeginWait();
   return events_.Wait(kind, timeout.value_or(std::chrono::milliseconds(caller_.GetTimeout())));
+}
+
+void ListAPI::ClearPendingEvents() {
+  // What has arrived but is not yet read is older than this call, too: let it come in first.
+  if (caller_.IsDataPending()) std::this_thread::yield();
+  events_.ClearPendingEvents();
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "lists/CommandList.h"
@@ -52,6 +53,8 @@ class ListAPI {
     return caller_.Call<ListExecutionStats>("GetLastExecutionStats");
   }
 
+  // ---- Local: the events of this connection's lists (ListEvents)
+
   // Waits for the oldest value of the kind, up to `timeout` or else the connection's time-out; nothing when
   // none came in time or the wait was interrupted (ListEvents::Wait).
   using Timeout = std::optional<std::chrono::milliseconds>;
@@ -59,6 +62,36 @@ class ListAPI {
   std::optional<std::int32_t> WaitForProgress(Timeout t = {}) { return Wait(ListEventKind::Progress, t); }
   std::optional<std::int32_t> WaitForListIdle(Timeout t = {}) { return Wait(ListEventKind::ListIdle, t); }
   std::optional<std::int32_t> WaitForListDone(Timeout t = {}) { return Wait(ListEventKind::ListDone, t); }
+  void InterruptWait(ListEventKind kind) { events_.InterruptWait(kind); }
+  void InterruptWaitForProgress() { InterruptWait(ListEventKind::Progress); }
+  void InterruptWaitForListIdle() { InterruptWait(ListEventKind::ListIdle); }
+  void InterruptWaitForListDone() { InterruptWait(ListEventKind::ListDone); }
+
+  // Registering returns the id under which the callback is unregistered.
+  using EventCallback = ListEvents::EventCallback;
+  std::uint32_t RegisterCallback(ListEventKind kind, EventCallback callback) {
+    return events_.RegisterCallback(kind, std::move(callback));
+  }
+  void UnRegisterCallback(ListEventKind kind, std::uint32_t id) { events_.UnRegisterCallback(kind, id); }
+  std::uint32_t RegisterProgressCallback(EventCallback callback) {
+    return RegisterCallback(ListEventKind::Progress, std::move(callback));
+  }
+  std::uint32_t RegisterListIdleCallback(EventCallback callback) {
+    return RegisterCallback(ListEventKind::ListIdle, std::move(callback));
+  }
+  std::uint32_t RegisterListDoneCallback(EventCallback callback) {
+    return RegisterCallback(ListEventKind::ListDone, std::move(callback));
+  }
+  std::uint32_t RegisterErrorEventCallback(ListEvents::ErrorCallback callback) {
+    return events_.RegisterErrorEventCallback(std::move(callback));
+  }
+  void UnRegisterProgressCallback(std::uint32_t id) { UnRegisterCallback(ListEventKind::Progress, id); }
+  void UnRegisterListIdleCallback(std::uint32_t id) { UnRegisterCallback(ListEventKind::ListIdle, id); }
+  void UnRegisterListDoneCallback(std::uint32_t id) { UnRegisterCallback(ListEventKind::ListDone, id); }
+  void UnRegisterErrorEventCallback(std::uint32_t id) { events_.UnRegisterErrorEventCallback(id); }
+
+  // Discards the values that are pending, those that have arrived but are not yet read included as far as that goes.
+  void ClearPendingEvents();
 
  private:
   RpcCaller& caller_;

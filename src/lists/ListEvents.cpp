@@ -6,18 +6,25 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-void ListEvents::Connected(std::int32_t connectionId) {
+void ListEvents::Connected(std::int32_t connectionId, std::uint64_t link) {
   connectionId_ = connectionId;
   const MutexLock lock(mutex_);
   link_ = Link::Up;
+  linkNumber_ = link;
   clearEventQueues();
   lastError_.reset();
 }
 
-void ListEvents::ConnectionLost() {
+void ListEvents::ConnectionLost(std::uint64_t link) {
   const MutexLock lock(mutex_);
-  if (link_ == Link::Up) link_ = Link::Lost;
+  if (link_ != Link::Up || linkNumber_ != link) return;
+  link_ = Link::Lost;
   changed_.NotifyAll();
+}
+
+void ListEvents::Abandon() {
+  for (auto& callbacks : callbacks_) callbacks.Abandon();
+  errorCallbacks_.Abandon();
 }
 
 void ListEvents::AppendEvent(ListEventKind kind, std::int32_t value) {

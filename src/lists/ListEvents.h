@@ -7,14 +7,11 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <map>
-#include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "common/Mutex.h"
+#include "lists/CallbackRegistry.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -26,29 +23,6 @@ struct RpcErrorEventArgs {
   std::string Message;
 };
 
-// The callbacks of one kind, under the ids 2 to 6. Deliberate oddity: the attempt with id 7 fails but leaves
-// its entry in place, which is called like the others until it is unregistered.
-template <class Callback>
-class CallbackRegistry {
- public:
-  // Returns the id. Throws std::runtime_error "Unable to register callback!".
-  std::uint32_t Register(Callback callback);
-  void UnRegister(std::uint32_t id);
-  // Calls every callback, with no lock held. For the receive thread only.
-  template <class... Args>
-  void CallAll(const Args&... args);
-
- private:
-  static constexpr std::uint32_t FirstId = 2;
-  static constexpr std::uint32_t FailingId = 7;
-
-  Mutex mutex_;
-  std::map<std::uint32_t, Callback> callbacks_ KELVO_GUARDED_BY(mutex_);
-  std::atomic<std::uint64_t> version_{0};
-  std::vector<Callback> called_;  // the receive thread's copy of callbacks_, as of calledVersion_
-  std::uint64_t calledVersion_ = 0;
-};
-
 class ListEvents {
  public:
   using EventCallback = std::function<void(std::int32_t connection, std::int32_t value)>;
@@ -58,10 +32,13 @@ class ListEvents {
   // Of more values that nobody takes the oldest go first.
   static constexpr std::size_t MostPending = 1048576;
 
-  // From here on waits wait. Forgets what an earlier connection left.
-  void Connected(std::int32_t connectionId);
-  // Ends every wait, now and to come, once the values that are there are taken.
-  void ConnectionLost();
+  // From here on waits wait. Forgets what an earlier connection left. `link` tells this one from those before.
+  void Connected(std::int32_t connectionId, std::uint64_t link = 0);
+  // Ends every wait, now and to come, once the values that are there are taken; nothing happens if the link is not the
+  // one that is connected.
+  void ConnectionLost(std::uint64_t link = 0);
+  // For the end of the process: nobody waits for a running callback any more.
+  void Abandon();
 
   // The receive thread's side: queues a value and wakes the waits; calls the callbacks.
   void AppendEvent(ListEventKind kind, std::int32_t value);
@@ -82,6 +59,7 @@ class ListEvents {
   void InterruptWait(ListEventKind kind);
 
   std::uint32_t RegisterCallback(ListEventKind kind, EventCallback callback);
+  // Throws as CallbackRegistry::UnRegister.
   void UnRegisterCallback(ListEventKind kind, std::uint32_t id);
   std::uint32_t RegisterErrorEventCallback(ErrorCallback callback);
   void UnRegisterErrorEventCallback(std::uint32_t id);
@@ -107,40 +85,12 @@ class ListEvents {
   CondVar changed_;
   std::array<Channel, ListEventKinds> channels_ KELVO_GUARDED_BY(mutex_);
   Link link_ KELVO_GUARDED_BY(mutex_) = Link::NeverUp;
+  std::uint64_t linkNumber_ KELVO_GUARDED_BY(mutex_) = 0;
   std::optional<RpcErrorEventArgs> lastError_ KELVO_GUARDED_BY(mutex_);
   std::atomic<std::int32_t> connectionId_{0};
 
   std::array<CallbackRegistry<EventCallback>, ListEventKinds> callbacks_;
   CallbackRegistry<ErrorCallback> errorCallbacks_;
 };
-
-template <class Callback>
-std::uint32_t CallbackRegistry<Callback>::Register(Callback callback) {
-  const MutexLock lock(mutex_);
-  std::uint32_t id = FirstId;
-  while (!callbacks_.emplace(id, callback).second && id != FailingId) ++id;
-  ++version_;
-  if (id == FailingId) throw std::runtime_error("Unable to register callback!");
-  return id;
-}
-
-template <class Callback>
-void CallbackRegistry<Callback>::UnRegister(std::uint32_t id) {
-  const MutexLock lock(mutex_);
-  callbacks_.erase(id);
-  ++version_;
-}
-
-template <class Callback>
-template <class... Args>
-void CallbackRegistry<Callback>::CallAll(const Args&... args) {
-  if (calledVersion_ != version_.load(std::memory_order_acquire)) {
-    const MutexLock lock(mutex_);
-    called_.clear();
-    for (const auto& [id, callback] : callbacks_) called_.push_back(callback);
-    calledVersion_ = version_.load(std::memory_order_relaxed);
-  }
-  for (const Callback& callback : called_) callback(args...);
-}
 
 }  // namespace VELTRO::KELVO::ClientLib

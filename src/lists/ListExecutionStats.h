@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "rpc/MsgPack.h"
+#include "rpc/WireFields.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -17,9 +17,11 @@ struct ListExecutionStats {
 
   std::string ToString() const;
 
-  // On the wire: an array of the five, in this order.
-  MSGPACK_DEFINE_ARRAY(MacroVectors, MicroVectors, ComputationTime, ExecutionTime,
-                       ComputationTimePerMicroVector)
+  template <class Self>
+  static auto WireFields(Self& self) {
+    return std::tie(self.MacroVectors, self.MicroVectors, self.ComputationTime, self.ExecutionTime,
+                    self.ComputationTimePerMicroVector);
+  }
 };
 
 inline std::string to_string(const ListExecutionStats& stats) {

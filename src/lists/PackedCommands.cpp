@@ -75,13 +75,19 @@ void PackedCommands::Append(const PackedCommands& other) {
 }
 
 void PackedCommands::UnpackCommands(std::span<const msgpack::object> commands) {
-  for (const msgpack::object& pair : commands) {
-    if (pair.type != msgpack::type::ARRAY || pair.via.array.size != 2) throw msgpack::type_error();
-    const msgpack::object& payload = pair.via.array.ptr[1];
-    if (payload.type != msgpack::type::BIN) throw msgpack::type_error();
-    Append(CommandView{pair.via.array.ptr[0].as<std::int32_t>(),
-                       {reinterpret_cast<const unsigned char*>(payload.via.bin.ptr), payload.via.bin.size}});
-  }
+  for (const msgpack::object& pair : commands) UnpackCommand(pair);
+}
+
+void PackedCommands::TakeCommands(Body::Reader& reader, std::uint32_t count) {
+  while (count-- > 0) UnpackCommand(reader.Take());
+}
+
+void PackedCommands::UnpackCommand(const msgpack::object& pair) {
+  if (pair.type != msgpack::type::ARRAY || pair.via.array.size != 2) throw msgpack::type_error();
+  const msgpack::object& payload = pair.via.array.ptr[1];
+  if (payload.type != msgpack::type::BIN) throw msgpack::type_error();
+  Append(CommandView{pair.via.array.ptr[0].as<std::int32_t>(),
+                     {reinterpret_cast<const unsigned char*>(payload.via.bin.ptr), payload.via.bin.size}});
 }
 
 void PackedCommands::SetRange(std::size_t first, std::size_t last) {

@@ -12,6 +12,7 @@
 #include "lists/Command.h"
 #include "lists/Envelope.h"
 #include "lists/PackedBlock.h"
+#include "rpc/Body.h"
 #include "rpc/MsgPack.h"
 
 namespace VELTRO::KELVO::ClientLib {
@@ -55,6 +56,8 @@ class PackedCommands {
   void PackCommands(auto& packer) const;
   // Appends commands as they stand in such an array. Throws msgpack::type_error.
   void UnpackCommands(std::span<const msgpack::object> commands);
+  // The same with the next `count` objects.
+  void TakeCommands(Body::Reader& reader, std::uint32_t count);
 
   std::string ToString() const;
   // The text of the commands that travel: of one piece of an upload, not of the whole for each piece.
@@ -66,6 +69,8 @@ class PackedCommands {
   static void PackBytes(auto& packer, std::span<const unsigned char> commands);
 
  private:
+  void UnpackCommand(const msgpack::object& pair);
+
   // Every so many commands the place of one is noted, so that any is found without walking the list.
   static constexpr std::size_t Stride = 64;
   static constexpr std::size_t CountedBesidesPayload = 4;

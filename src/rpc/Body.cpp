@@ -1,5 +1,6 @@
 #include "rpc/Body.h"
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -14,21 +15,25 @@ constexpr const char* Malformed =
   throw std::runtime_error(std::string("Invalid packet! ") + reason);
 }
 
-// Looks at nothing but the nesting: what is cut short or claims more than it holds, the parser itself
-// refuses.
+// Looks at nothing but the nesting and the number of values: what is cut short or claims more than it holds, the
+// parser itself refuses.
 class Walk : public msgpack::null_visitor {
  public:
-  explicit Walk(std::uint32_t depth) : depthLeft_(depth) {}
+  Walk(std::uint32_t depth, std::size_t values) : depthLeft_(depth), valuesLeft_(values) {}
 
-  bool start_array(std::uint32_t) { return Enter(); }
+  bool start_array(std::uint32_t count) { return Enter(count); }
   bool end_array() { return Leave(); }
-  bool start_map(std::uint32_t) { return Enter(); }
+  bool start_map(std::uint32_t count) { return Enter(2 * std::size_t{count}); }
   bool end_map() { return Leave(); }
 
+  bool HoldsTooMuch() const { return holdsTooMuch_; }
+
  private:
-  bool Enter() {
-    if (depthLeft_ == 0) return false;
+  bool Enter(std::size_t values) {
+    holdsTooMuch_ = values > valuesLeft_;
+    if (depthLeft_ == 0 || holdsTooMuch_) return false;
     --depthLeft_;
+    valuesLeft_ -= values;
     return true;
   }
   bool Leave() {
@@ -37,7 +42,34 @@ class Walk : public msgpack::null_visitor {
   }
 
   std::uint32_t depthLeft_;
+  std::size_t valuesLeft_;
+  bool holdsTooMuch_ = false;
 };
+
+// Stops behind the first head, which has to be that of an array or of a map.
+class HeadVisitor : public msgpack::null_visitor {
+ public:
+  bool start_array(std::uint32_t value) { return Stop(value, false); }
+  bool start_map(std::uint32_t value) { return Stop(value, true); }
+
+  std::optional<std::uint32_t> count;
+  bool isMap = false;
+
+ private:
+  bool Stop(std::uint32_t value, bool map) {
+    count = value;
+    isMap = map;
+    return false;
+  }
+};
+
+// The length of an array's or a map's head in front of which `first` stands.
+std::size_t HeadLength(char first) {
+  const auto byte = static_cast<unsigned char>(first);
+  if (byte == 0xDC || byte == 0xDE) return 3;
+  if (byte == 0xDD || byte == 0xDF) return 5;
+  return 1;
+}
 
 // Stops at anything that is no non-negative integer.
 class IdVisitor : public msgpack::null_visitor {
@@ -93,18 +125,19 @@ std::uint32_t TakeRequestId(std::span<const char> bytes, std::size_t& position) 
   return static_cast<std::uint32_t>(visitor.id);
 }
 
-std::size_t Check(std::span<const char> bytes, std::uint32_t depth) {
+std::size_t Check(std::span<const char> bytes, std::uint32_t depth, std::size_t mostValues) {
   if (bytes.empty()) Refuse("The body holds no object.");
-  Walk walk(depth);
+  Walk walk(depth, mostValues);
   std::size_t offset = 0;
   if (!msgpack::parse(bytes.data(), bytes.size(), offset, walk)) {
-    Refuse(Malformed);
+    Refuse(walk.HoldsTooMuch() ? "The body claims or holds too many values." : Malformed);
   }
   return offset;
 }
 
-msgpack::object_handle Unpack(std::span<const char> bytes, std::size_t& used, std::uint32_t depth) {
-  used = Check(bytes, depth);
+msgpack::object_handle Unpack(std::span<const char> bytes, std::size_t& used, std::uint32_t depth,
+                              std::size_t mostValues) {
+  used = Check(bytes, depth, mostValues);
   return msgpack::unpack(bytes.data(), used, &Refer);
 }
 
@@ -112,6 +145,26 @@ msgpack::object Unpack(std::span<const char> bytes, msgpack::zone& zone, std::ui
   if (bytes.size() <= SmallBytes && depth >= SmallBytes) return UnpackSmall(bytes, zone);
   const std::size_t used = Check(bytes, depth);
   return msgpack::unpack(zone, bytes.data(), used, &Refer);
+}
+
+msgpack::object Reader::Take() {
+  zone_.clear();
+  const std::size_t used = Check(rest_, UsualDepth);
+  const auto bytes = rest_.first(used);
+  rest_ = rest_.subspan(used);
+  return msgpack::unpack(zone_, bytes.data(), bytes.size(), &Refer);
+}
+
+std::uint32_t Reader::TakeHead(bool isMap) {
+  if (rest_.empty()) Refuse(Malformed);
+  HeadVisitor head;
+  std::size_t offset = 0;
+  msgpack::parse(rest_.data(), rest_.size(), offset, head);
+  const std::size_t length = HeadLength(rest_.front());
+  if (length > rest_.size()) Refuse(Malformed);
+  if (!head.count || head.isMap != isMap) throw msgpack::type_error();
+  rest_ = rest_.subspan(length);
+  return *head.count;
 }
 
 }  // namespace VELTRO::KELVO::ClientLib::Body

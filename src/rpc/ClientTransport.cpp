@@ -1,10 +1,13 @@
 #include "rpc/ClientTransport.h"
 
+#include <unistd.h>
+
+#include <cstdio>
 #include <exception>
-#include <iostream>
 #include <stdexcept>
 #include <utility>
 
+#include "common/PromptOutput.h"
 #include "rpc/Body.h"
 #include "rpc/RpcClientConfiguration.h"
 
@@ -12,26 +15,23 @@ namespace VELTRO::KELVO::ClientLib {
 
 namespace {
 
-// The transport whose receive thread the calling thread is, if any.
-thread_local const ClientTransport* receivingTransport = nullptr;
-
 // How long the end of the process waits for a receive thread that is just leaving its loop.
 constexpr std::chrono::milliseconds AbandonTimeout{2000};
 constexpr std::chrono::milliseconds AbandonLook{10};
+
+// On standard output. A blocked one costs the text, and a long text its end.
+void SayWhatEndedReceiving(const char* reason) noexcept {
+  char line[1024];
+  const int length =
+      std::snprintf(line, sizeof line, "Exception occurred when trying to receive: %.900s\n", reason);
+  if (length > 0) WriteAtOnce(STDOUT_FILENO, {line, static_cast<std::size_t>(length)});
+}
 
 }  // namespace
 
 ClientTransport::ClientTransport(const Context* context)
     : context_(context != nullptr ? *context : throw std::runtime_error("Instance must not be null!")),
-      communication_(context_) {}
-
-bool ClientTransport::IsReceiveThread() const {
-  return receivingTransport == this;
-}
-
-bool ClientTransport::IsAnyReceiveThread() {
-  return receivingTransport != nullptr;
-}
+      communication_(*this) {}
 
 void ClientTransport::checkActive() const {
   if (!running_.load(std::memory_order_acquire)) throw std::runtime_error("ConnectionAborted");
@@ -55,7 +55,7 @@ bool ClientTransport::Run() {
     running_.store(false, std::memory_order_release);
     communication_.Disconnect();
     SetFinished(true);
-    const auto& configuration = context_.GetConfig();
+    const auto& configuration = GetConfig();
     // Deliberately nothing between the port and what follows it.
     logger_.Write(("Unable to connect to " + configuration.Address.ToString() + ":" +
                    std::to_string(configuration.Port) + "Exception: " + error.what())
@@ -64,10 +64,16 @@ bool ClientTransport::Run() {
   }
 }
 
-void ClientTransport::StopRunning() {
+void ClientTransport::EndWaits() {
   running_.store(false, std::memory_order_release);
   communication_.Shutdown();
   inbox_.Close();
+  const auto& disconnected = GetConfig().DisconnectedCallback;
+  if (disconnected && !endTold_.exchange(true)) disconnected();
+}
+
+void ClientTransport::StopRunning() {
+  EndWaits();
   std::thread thread;
   {
     const MutexLock lock(threadMutex_);
@@ -91,9 +97,7 @@ void ClientTransport::SetFinished(bool finished) {
 }
 
 bool ClientTransport::Abandon() {
-  running_.store(false, std::memory_order_release);
-  communication_.Shutdown();
-  inbox_.Close();
+  EndWaits();
   const MutexLock lock(threadMutex_);
   stopped_ = true;
   if (!thread_.joinable()) return true;
@@ -132,22 +136,26 @@ RpcRemoteException ClientTransport::getException(const msgpack::object_handle& o
 }
 
 void ClientTransport::receiver() {
-  receivingTransport = this;
+  const ReceiveThread mark(this);
   try {
     while (running_.load(std::memory_order_acquire)) {
       const int frameSize = communication_.Read();
       if (frameSize < 1) break;
       Receive(frameSize);
     }
+    EndReceiving();
   } catch (const std::exception& error) {
-    std::cout << "Exception occurred when trying to receive: " << error.what() << std::endl;
+    EndReceiving();
+    SayWhatEndedReceiving(error.what());
   } catch (...) {
-    std::cout << "Exception occurred when trying to receive: Unexpected error!" << std::endl;
+    EndReceiving();
+    SayWhatEndedReceiving("Unexpected error!");
   }
-  running_.store(false, std::memory_order_release);
+}
+
+void ClientTransport::EndReceiving() {
+  EndWaits();
   communication_.Disconnect();
-  inbox_.Close();
-  if (const auto& disconnected = context_.GetConfig().DisconnectedCallback) disconnected();
   SetFinished(true);
 }
 
@@ -183,7 +191,7 @@ void ClientTransport::ReceiveNotification(PacketType type, std::span<const char>
 }
 
 void ClientTransport::Notify(const RpcClientEvent& event) {
-  const auto& callback = context_.GetConfig().NotificationCallback;
+  const auto& callback = GetConfig().NotificationCallback;
   if (!callback) {
     logger_.Write("Received notification but no callback registered.");
     return;

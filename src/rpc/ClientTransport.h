@@ -8,43 +8,42 @@
 #include <thread>
 
 #include "common/Mutex.h"
+#include "rpc/CallbackWait.h"
 #include "rpc/Inbox.h"
 #include "rpc/RemoteCommunication.h"
 #include "rpc/RpcEvents.h"
 #include "rpc/RpcLogger.h"
+#include "rpc/Transport.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
-// Constructed, run once, stopped once. Any thread may call anything but Run at any time.
-class ClientTransport {
+// Any thread may call anything but Run at any time.
+class ClientTransport : private Context, public Transport {
  public:
   // Throws std::runtime_error "Instance must not be null!", or what RemoteCommunication throws.
   explicit ClientTransport(const Context* context);
-  ~ClientTransport() { StopRunning(); }
+  ~ClientTransport() override { StopRunning(); }
   ClientTransport(const ClientTransport&) = delete;
   ClientTransport& operator=(const ClientTransport&) = delete;
 
-  // Connects and starts the receive thread; returns whether the connection is up.
-  bool Run();
-  // Ends the connection: running calls fail with "ConnectionAborted", the receive thread is joined. Waits for
-  // a notification callback that is running, and for nothing else.
-  void StopRunning();
+  bool Run() override;
+  // Ends the connection: running calls fail with "ConnectionAborted", and the configuration's DisconnectedCallback is
+  // called, before the receive thread is joined. Waits for a notification callback that is running, and for nothing
+  // else.
+  void StopRunning() override;
   // For the end of the process: like StopRunning, but a receive thread that a callback keeps, or whose
   // callback is ending the process, is left behind. Returns whether nothing is left that could touch this
   // object.
   bool Abandon();
 
-  bool IsConnected() const {
+  bool IsConnected() const override {
     return running_.load(std::memory_order_acquire) && communication_.IsConnected();
   }
-  // Throws std::runtime_error "ConnectionAborted" when the transport is not running.
-  void checkActive() const;
+  void checkActive() const override;
 
-  // Sends the request's frame and waits for its answer.
-  InputPacket Exchange(std::uint32_t requestId, const FramePieces& frame, std::chrono::milliseconds timeout);
-  // Waits for the answer to a request that was sent. Throws std::runtime_error "ConnectionAborted" or
-  // "Response was not received in the given timespan.".
-  InputPacket Read(std::uint32_t requestId, std::chrono::milliseconds timeout);
+  InputPacket Exchange(std::uint32_t requestId, const FramePieces& frame,
+                       std::chrono::milliseconds timeout) override;
+  InputPacket Read(std::uint32_t requestId, std::chrono::milliseconds timeout) override;
 
   // The exception for a remote error as received; a nil object gives one with empty members.
   static RpcRemoteException getException(const msgpack::object_handle& object);
@@ -52,13 +51,15 @@ class ClientTransport {
   RemoteCommunication& GetCommunication() { return communication_; }
   RpcLogger& GetLogger() { return logger_; }
 
-  // Whether the calling thread is this transport's receive thread: it must not wait for an answer.
-  bool IsReceiveThread() const;
-  // Whether the calling thread is the receive thread of any transport: it must not join one.
-  static bool IsAnyReceiveThread();
+  // To be held while waiting for what comes over this connection. Throws as CallbackWait does.
+  CallbackWait BeginWait() const { return CallbackWait(this); }
 
  private:
+  const RpcClientConfiguration& GetConfig() const override { return context_.GetConfig(); }
   void receiver();
+  // Shuts the connection down and releases whoever waits for something from it.
+  void EndWaits();
+  void EndReceiving();
   void Receive(int frameSize);
   void ReceiveNotification(PacketType type, std::span<const char> body);
   void Notify(const RpcClientEvent& event);
@@ -76,6 +77,7 @@ class ClientTransport {
   std::thread thread_ KELVO_GUARDED_BY(threadMutex_);
 
   std::atomic<bool> calling_{false};  // a callback is running
+  std::atomic<bool> endTold_{false};  // to DisconnectedCallback
 
   Mutex finishedMutex_;
   CondVar finishedChanged_;

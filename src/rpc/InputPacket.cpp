@@ -3,8 +3,6 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "rpc/Body.h"
-
 namespace VELTRO::KELVO::ClientLib {
 
 InputPacket::InputPacket(const char* body, unsigned int bodyLength, PacketType type) : Packet(type) {
@@ -34,10 +32,10 @@ std::span<const char> InputPacket::Rest() const {
   return {reinterpret_cast<const char*>(storage_.get()) + position_, length_ - position_};
 }
 
-msgpack::object_handle InputPacket::Unpack() {
+msgpack::object_handle InputPacket::Unpack(std::size_t mostValues) {
   const auto rest = Rest();
   std::size_t used = 0;
-  auto object = Body::Unpack(rest, used, IsError(type_) ? Body::AnyDepth : Body::UsualDepth);
+  auto object = Body::Unpack(rest, used, IsError(type_) ? Body::AnyDepth : Body::UsualDepth, mostValues);
   position_ += used;
   return object;
 }

@@ -3,6 +3,7 @@
 
 #include <span>
 
+#include "rpc/Body.h"
 #include "rpc/MsgPack.h"
 #include "rpc/Packet.h"
 
@@ -22,7 +23,7 @@ class InputPacket : public Packet {
   // The next object of the body. It refers to the packet's bytes, so the packet must outlive it. A body that
   // is malformed, or claims more than it holds, is refused before anything is unpacked, with a
   // std::runtime_error that begins "Invalid packet!".
-  msgpack::object_handle Unpack();
+  msgpack::object_handle Unpack(std::size_t mostValues = Body::MostValues);
 
   // What is left of the body.
   std::span<const char> Rest() const;

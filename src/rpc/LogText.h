@@ -11,6 +11,11 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
+// Appends a text such that it stays within its line, whoever reads it: a line feed as "\n", a carriage return as "\r",
+// a tab as "\t", a backslash as "\\", and as "\x" and two digits each byte of any other control character and of the
+// separators of lines and paragraphs (U+0000 to U+001F, U+007F to U+009F, U+2028, U+2029).
+void AppendEscaped(std::string& line, std::string_view text);
+
 std::string LogText(const msgpack::object& value);
 
 inline std::string LogText(std::string_view value) {

@@ -8,7 +8,9 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <limits>
 #include <stdexcept>
 
 #include "rpc/RpcClientConfiguration.h"
@@ -19,11 +21,11 @@ namespace {
 
 constexpr std::size_t MostFrameBytes = 0x7FFFFFFF;
 
-// A half-open peer is noticed within about 25 s when idle and 30 s when it leaves data unacknowledged.
+// A half-open peer is noticed within about 25 s when idle.
 constexpr int KeepAliveIdleSeconds = 10;
 constexpr int KeepAliveIntervalSeconds = 5;
 constexpr int KeepAliveProbes = 3;
-constexpr int UnacknowledgedDataMs = 30000;
+constexpr std::chrono::milliseconds LeastUnacknowledged{30000};
 
 void SetOption(int socket, int level, int option, int value) {
   // None is vital: a system that lacks one still makes a working connection.
@@ -36,7 +38,6 @@ void SetOptions(int socket) {
   SetOption(socket, IPPROTO_TCP, TCP_KEEPIDLE, KeepAliveIdleSeconds);
   SetOption(socket, IPPROTO_TCP, TCP_KEEPINTVL, KeepAliveIntervalSeconds);
   SetOption(socket, IPPROTO_TCP, TCP_KEEPCNT, KeepAliveProbes);
-  SetOption(socket, IPPROTO_TCP, TCP_USER_TIMEOUT, UnacknowledgedDataMs);
 }
 
 // Waits until `socket` can be written to or is in error. False when the deadline comes first.
@@ -93,10 +94,19 @@ RemoteCommunication::RemoteCommunication(const Context& context)
   socket_ = socket(address_.ss_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, IPPROTO_TCP);
   if (socket_ < 0) throw std::runtime_error("Unable to create a connection.");
   SetOptions(socket_);
+  SetTimeout(connectTimeout_);
 }
 
 RemoteCommunication::~RemoteCommunication() {
   Disconnect();
+}
+
+void RemoteCommunication::SetTimeout(std::chrono::milliseconds timeout) {
+  constexpr std::chrono::milliseconds Longest{std::numeric_limits<int>::max()};
+  const auto counted = std::clamp(timeout, LeastUnacknowledged, Longest).count();
+  const MutexLock lock(lifeMutex_);
+  // The system counts the time in which a card that is alive takes nothing, too.
+  if (socket_ >= 0) SetOption(socket_, IPPROTO_TCP, TCP_USER_TIMEOUT, static_cast<int>(counted));
 }
 
 void RemoteCommunication::Connect() {

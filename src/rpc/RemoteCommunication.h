@@ -35,6 +35,10 @@ class RemoteCommunication {
   void Disconnect();
   bool IsConnected() const { return connected_.load(std::memory_order_acquire); }
 
+  // How long the card may leave what was sent unacknowledged before it is taken for dead: the time-out of calls, so
+  // that one which is busy is not, and never less than half a minute. At first the configured time-out counts.
+  void SetTimeout(std::chrono::milliseconds timeout);
+
   // Sends a whole frame before `deadline`. Throws std::runtime_error "Socket error, unable to send!"; a frame of
   // which a part is gone by then has broken the stream and ends the connection.
   void Write(const FramePieces& frame, Deadline deadline);

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "rpc/CallbackWait.h"
 #include "rpc/InputPacket.h"
 #include "rpc/OutputPacket.h"
 #include "rpc/PackDouble.h"
@@ -43,11 +44,10 @@ class RemoteCall {
   bool IsAwaited() const { return awaited_; }
   // Packs the arguments as one array.
   virtual void PackArguments(OutputPacket& packet) const = 0;
-  virtual void LogArguments(RpcLogger::Line& line) const = 0;
-  // Converts the result, which refers to the answer's bytes; throws msgpack::type_error when it is of another
-  // kind.
-  virtual void TakeResult(InputPacket& answer, msgpack::object_handle object) = 0;
-  virtual void LogResult(RpcLogger::Line& line) const = 0;
+  virtual void LogArguments(RpcLogger& logger) const = 0;
+  // Takes the result from the answer; throws msgpack::type_error when it is of another kind.
+  virtual void TakeResult(InputPacket& answer) = 0;
+  virtual void LogResult(RpcLogger& logger) const = 0;
 
  protected:
   void DoNotAwait() { awaited_ = false; }
@@ -80,9 +80,10 @@ class RpcCaller {
 
   // How long a call waits for its answer.
   virtual std::uint32_t GetTimeout() const = 0;
-  // Throws std::runtime_error "A callback must not wait for its own connection." on this connection's receive
-  // thread.
-  virtual void CheckMayWait() const = 0;
+  // To be held while waiting for something that the card says. Throws as CallbackWait does.
+  virtual CallbackWait BeginWait() const = 0;
+  // Whether received data waits to be read.
+  virtual bool IsDataPending() const = 0;
   // A free line in the command log.
   virtual void Log(const char* text) = 0;
 
@@ -108,21 +109,25 @@ class RpcCaller::TypedCall : public RemoteCall {
     msgpack::packer(packet).pack_array(sizeof...(Args));
     std::apply([&](const auto&... argument) { (PackArgument(packet, argument), ...); }, arguments_);
   }
-  void LogArguments(RpcLogger::Line& line) const override {
-    std::apply([&](const auto&... argument) { (line.Append(argument), ...); }, arguments_);
+  void LogArguments(RpcLogger& logger) const override {
+    std::apply([&](const auto&... argument) { (logger.Append(argument), ...); }, arguments_);
   }
-  void TakeResult(InputPacket& answer, msgpack::object_handle object) override {
+  void TakeResult(InputPacket& answer) override {
     if constexpr (std::is_void_v<Result> || IsRaw) {
+      auto object = answer.Unpack();
       result_ = {std::move(answer), std::move(object)};
+    } else if constexpr (requires(Body::Reader & reader) { result_.TakeFrom(reader); }) {
+      Body::Reader reader(answer.Rest());
+      result_.TakeFrom(reader);
     } else {
-      object.get().convert(result_);
+      answer.Unpack().get().convert(result_);
     }
   }
-  void LogResult(RpcLogger::Line& line) const override {
+  void LogResult(RpcLogger& logger) const override {
     if constexpr (std::is_void_v<Result> || IsRaw) {
-      if (!result_.Object.get().is_nil()) line.Append(result_.Object.get());
+      if (!result_.Object.get().is_nil()) logger.Append(result_.Object.get());
     } else {
-      line.Append(result_);
+      logger.Append(result_);
     }
   }
   Stored GetResult() { return std::move(result_); }

@@ -21,6 +21,7 @@ void RpcClient::Start() {
   {
     const MutexLock lock(mutex_);
     if (started_) throw std::runtime_error("Client is already started!");
+    if (ended_) FailToConnect();
     transport = std::make_shared<ClientTransport>(this);
     if (configuration_.LoggingEnabled) {
       const std::string& name = configuration_.LogFile;
@@ -32,11 +33,21 @@ void RpcClient::Start() {
   if (earlier) earlier->StopRunning();
   const bool up = transport->Run();
   const MutexLock lock(mutex_);
-  if (!up || transport_ != transport) {
-    throw std::runtime_error("Unable to connect to " + configuration_.Address.ToString() + ":" +
-                             std::to_string(configuration_.Port) + ".");
-  }
+  if (!up || ended_ || transport_ != transport) FailToConnect();
   started_ = true;
+}
+
+void RpcClient::FailToConnect() const {
+  throw std::runtime_error("Unable to connect to " + configuration_.Address.ToString() + ":" +
+                           std::to_string(configuration_.Port) + ".");
+}
+
+void RpcClient::End() {
+  {
+    const MutexLock lock(mutex_);
+    ended_ = true;
+  }
+  Stop();
 }
 
 void RpcClient::Stop() {
@@ -59,11 +70,13 @@ bool RpcClient::IsConnected() const {
   return started_ && transport_->IsConnected();
 }
 
-void RpcClient::CheckMayWait() const {
-  const auto transport = GetTransport();
-  if (transport && transport->IsReceiveThread()) {
-    throw std::runtime_error("A callback must not wait for its own connection.");
-  }
+void RpcClient::SetReceiveTimeout(std::chrono::milliseconds timeout) {
+  receiveTimeout_ = timeout.count();
+  if (const auto transport = GetTransport()) transport->GetCommunication().SetTimeout(timeout);
+}
+
+CallbackWait RpcClient::BeginWait() const {
+  return CallbackWait(GetTransport().get());
 }
 
 void RpcClient::EnableLogging(std::string path, bool timestampInName, bool replace, int valueLimit) {
@@ -73,12 +86,22 @@ void RpcClient::EnableLogging(std::string path, bool timestampInName, bool repla
   if (stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
     path.append("/").append(RpcClientConfiguration::LogFileName);
   }
-  transport->GetLogger().Disable();
-  transport->GetLogger().Enable(path, timestampInName, replace, valueLimit);
+  const MutexLock lock(loggingMutex_);
+  StoreLogging(false, path);
+  transport->GetLogger().Restart(path, timestampInName, replace, valueLimit);
+  StoreLogging(true, path);
 }
 
 void RpcClient::DisableLogging() {
+  const MutexLock lock(loggingMutex_);
+  StoreLogging(false);
   if (const auto transport = GetTransport()) transport->GetLogger().Disable();
+}
+
+void RpcClient::StoreLogging(bool enabled, const std::optional<std::string>& path) {
+  const MutexLock lock(mutex_);
+  configuration_.LoggingEnabled = enabled;
+  if (path) configuration_.LogFile = *path;
 }
 
 void RpcClient::AppendLogMessage(const char* text) {
@@ -94,7 +117,7 @@ bool RpcClient::IsLoggingEnabled() const {
   return transport && transport->GetLogger().IsEnabled();
 }
 
-bool RpcClient::IsDataPending() {
+bool RpcClient::IsDataPending() const {
   const auto transport = GetTransport();
   return transport && transport->GetCommunication().IsDataPending();
 }
@@ -108,17 +131,14 @@ void RpcClient::Perform(RemoteCall& call) {
   }
   try {
     if (!transport || !transport->IsConnected()) throw std::runtime_error("Connection not active!");
-    if (transport->IsReceiveThread()) {
-      throw std::runtime_error("A callback must not wait for its own connection.");
-    }
+    const CallbackWait waiting = transport->BeginWait();
     Converse(call, *transport, requestId,
              std::chrono::milliseconds(call.IsAwaited() ? receiveTimeout_.load() : 0));
   } catch (const RpcRemoteException&) {
     throw;  // an answer like any other, logged as one
   } catch (const std::exception& error) {
     if (call.IsAwaited() && transport && transport->GetLogger().IsEnabled()) {
-      transport->GetLogger().Write(
-          (std::string("Unexpected exception during rpc-call: ") + error.what()).c_str());
+      transport->GetLogger().Write("Unexpected exception during rpc-call", error.what(), false);
     }
     throw;
   }
@@ -128,26 +148,25 @@ void RpcClient::Converse(RemoteCall& call, ClientTransport& transport, std::uint
                          std::chrono::milliseconds timeout) {
   RpcLogger& logger = transport.GetLogger();
   if (logger.IsEnabled()) {
-    auto line = logger.BeginLine("TX", call.GetMethod());
-    call.LogArguments(line);
-    line.EndLine();
+    logger.BeginLine("TX", call.GetMethod());
+    call.LogArguments(logger);
+    logger.EndLine();
   }
   OutputPacket request = OutputPacket::AllocateRequest(requestId);
   msgpack::packer(request).pack(call.GetMethod());
   call.PackArguments(request);
 
   InputPacket response = transport.Exchange(requestId, request.CloseInPieces(), timeout);
-  msgpack::object_handle object = response.Unpack();
   if (IsError(response.GetType())) {
-    const RpcRemoteException error = ClientTransport::getException(object);
+    const RpcRemoteException error = ClientTransport::getException(response.Unpack());
     if (logger.IsEnabled()) logger.BeginLine("RX", call.GetMethod()).Append(error.what()).EndLine();
     throw error;
   }
-  call.TakeResult(response, std::move(object));
+  call.TakeResult(response);
   if (logger.IsEnabled()) {
-    auto line = logger.BeginLine("RX", call.GetMethod());
-    call.LogResult(line);
-    line.EndLine();
+    logger.BeginLine("RX", call.GetMethod());
+    call.LogResult(logger);
+    logger.EndLine();
   }
 }
 

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "common/Mutex.h"
@@ -32,28 +33,30 @@ class RpcClient : public Rpc, public RpcCaller {
 
   // Connects. Throws std::runtime_error "Client is already started!" or "Unable to connect to ADDRESS:PORT.".
   void Start();
-  // Ends the connection (ClientTransport::StopRunning). A Start that is running fails.
+  // Ends the connection (ClientTransport::StopRunning). A Start that is connecting fails.
   void Stop();
+  // Stop, remembered: a Start that has just begun, or comes later, fails too.
+  void End();
   // Stop for the end of the process (ClientTransport::Abandon).
   bool Abandon();
   bool IsConnected() const;
 
-  void SetReceiveTimeout(std::chrono::milliseconds timeout) { receiveTimeout_ = timeout.count(); }
+  void SetReceiveTimeout(std::chrono::milliseconds timeout);
 
-  // Starts a new command log, ending an active one: `path`, or in the directory `path` the file "KELVOrpc".
-  // Throws std::runtime_error "Connection must be enabled to start logging!", or what RpcLogger::Enable
-  // throws.
+  // Starts a new command log, ending an active one: `path`, or in the directory `path` the file "KELVOrpc". The
+  // configuration has it from then on. Throws std::runtime_error "Connection must be enabled to start logging!", or
+  // what RpcLogger::Restart throws.
   void EnableLogging(std::string path, bool timestampInName, bool replace, int valueLimit);
+  // Throws what RpcLogger::Disable throws.
   void DisableLogging();
   // Feeds the command log: one free line, or one with a tag (RpcLogger::Write).
   void AppendLogMessage(const char* text);
   void AppendLogMessage(const char* tag, const std::string& text, bool call);
   bool IsLoggingEnabled() const;
-  // Whether received data waits to be read.
-  bool IsDataPending();
+  bool IsDataPending() const override;
 
   std::uint32_t GetTimeout() const override { return static_cast<std::uint32_t>(receiveTimeout_.load()); }
-  void CheckMayWait() const override;
+  CallbackWait BeginWait() const override;
   void Log(const char* text) override { AppendLogMessage(text); }
 
  protected:
@@ -62,14 +65,21 @@ class RpcClient : public Rpc, public RpcCaller {
  private:
   // The transport, if the client has been started and not stopped. A call keeps its share while it runs.
   std::shared_ptr<ClientTransport> GetTransport() const;
+  [[noreturn]] void FailToConnect() const;
+  // Sets what the configuration says of the log; without a path it keeps the one it has.
+  void StoreLogging(bool enabled, const std::optional<std::string>& path = std::nullopt)
+      KELVO_EXCLUDES(mutex_);
   static void Converse(RemoteCall& call, ClientTransport& transport, std::uint32_t requestId,
                        std::chrono::milliseconds timeout);
 
   std::atomic<std::int64_t> receiveTimeout_;  // milliseconds
   std::atomic<std::uint32_t> nextRequestId_{0};
 
+  Mutex
+      loggingMutex_;  // held while a log is begun or ended, so that the configuration names the log that is written
   mutable Mutex mutex_;
   bool started_ KELVO_GUARDED_BY(mutex_) = false;
+  bool ended_ KELVO_GUARDED_BY(mutex_) = false;
   std::shared_ptr<ClientTransport> transport_ KELVO_GUARDED_BY(mutex_);
 };
 

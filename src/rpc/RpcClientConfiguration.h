@@ -20,13 +20,16 @@ struct RpcClientConfiguration {
 
   IPAddress Address;
   std::int32_t Port = 0;
-  bool LoggingEnabled = false;  // logs from the start, into LogFile
-  std::int32_t Setting = -1;    // the adapter sets -1; nothing here reads it
-  std::string LogFile;          // empty: LogFileName
+  // Logs from the start, into LogFile. RpcClient::EnableLogging and DisableLogging set both.
+  bool LoggingEnabled = false;
+  std::int32_t Setting = -1;  // the adapter sets -1; nothing here reads it
+  std::string LogFile;        // empty: LogFileName
   std::uint32_t ReceiveBufferSize = DefaultBufferSize;
   std::chrono::milliseconds ReceiveTimeout{DefaultReceiveTimeoutMs};
-  // Both run on the receive thread and may be empty: every notification; the end of the connection.
+  // Gets every notification, on the receive thread. May be empty.
   std::function<void(const RpcClientEvent&)> NotificationCallback;
+  // Learns of the end of the connection before anybody waits for the receive thread, on whichever threads notice it.
+  // May be empty.
   std::function<void()> DisconnectedCallback;
 };
 

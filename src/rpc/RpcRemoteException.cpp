@@ -1,5 +1,7 @@
 #include "rpc/RpcRemoteException.h"
 
+#include <algorithm>
+
 #include "rpc/OutputPacket.h"
 
 namespace VELTRO::KELVO::ClientLib {
@@ -10,6 +12,14 @@ std::string TextOf(const msgpack::object& object) {
   if (object.type == msgpack::type::STR) return {object.via.str.ptr, object.via.str.size};
   if (object.type == msgpack::type::BIN) return {object.via.bin.ptr, object.via.bin.size};
   throw msgpack::type_error();
+}
+
+// Callers get the description as far as its first zero byte: those that the card sent are shown as "\0".
+std::string WithZerosShown(std::string text) {
+  if (std::count(text.begin(), text.end(), '\0') == 0) return text;
+  std::string shown;
+  for (const char c : text) c == '\0' ? shown.append("\\0") : shown.append(1, c);
+  return shown;
 }
 
 }  // namespace
@@ -85,7 +95,7 @@ void RpcRemoteException::init_what() {
   text += *stackTrace_;
   if (!stackTrace_->ends_with('\n')) text += '\n';
   text += "EndException--------------------------------------";
-  description_ = std::make_shared<std::string>(std::move(text));
+  description_ = std::make_shared<std::string>(WithZerosShown(std::move(text)));
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

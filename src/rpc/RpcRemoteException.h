@@ -38,7 +38,7 @@ class RpcRemoteException : public std::runtime_error {
   const std::string& GetStackTrace() const { return *stackTrace_; }
 
   // The composed description: the error text, the inner errors a line each, and the stack trace, under their
-  // heads.
+  // heads. A zero byte in them is shown as "\0", so that the text does not end there.
   const char* what() const noexcept override { return description_->c_str(); }
   // "Rpc remote exception occurred".
   const char* base_what() const noexcept { return std::runtime_error::what(); }

@@ -18,7 +18,9 @@ using TransferProgress = std::function<bool(std::uint64_t moved, std::uint64_t w
 
 class FileAPIVL {
  public:
-  explicit FileAPIVL(RpcCaller& caller) : caller_(caller), chunkSize_(8192) {}
+  static constexpr std::int32_t ChunkBytes = 8192;
+
+  explicit FileAPIVL(RpcCaller& caller) : caller_(caller), chunkSize_(ChunkBytes) {}
 
   std::vector<std::string> GetFiles(DirectorySelector directory) {
     return caller_.Call<std::vector<std::string>>("GetFiles", directory._to_integral());
@@ -40,8 +42,9 @@ class FileAPIVL {
   void Put(DirectorySelector directory, const std::string& name, const std::string& path,
            const TransferProgress& progress = {});
   // Makes the card's file a local file, which is replaced at the end of a transfer that succeeds and else stays as it
-  // was (FileStream). Throws also std::runtime_error "The card's file ended early." or "The card sent more than it was
-  // asked for.".
+  // was (FileStream). Throws also std::runtime_error "The local disk has no room for the file.", before any of it is
+  // asked for; "The card's file ended early."; "The card sent more than it was asked for."; "The card sends the file too
+  // slowly." when it takes longer than the time-out of one call for a chunk that it gives in several answers.
   void Get(DirectorySelector directory, const std::string& name, const std::string& path,
            const TransferProgress& progress = {});
 

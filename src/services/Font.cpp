@@ -50,4 +50,14 @@ void Font::msgpack_unpack(const msgpack::object& object) {
   *this = std::move(received);
 }
 
+void Font::TakeFrom(Body::Reader& reader) {
+  if (reader.TakeArray() != 2) throw msgpack::type_error();
+  *this = Font(reader.Take().as<std::int32_t>());
+  for (std::uint32_t left = reader.TakeMap(); left > 0; --left) {
+    const auto [glyph, isNew] = CharContainer.try_emplace(reader.Take().as<std::uint16_t>());
+    if (!isNew) throw msgpack::type_error();
+    glyph->second.TakeCommands(reader, reader.TakeArray());
+  }
+}
+
 }  // namespace VELTRO::KELVO::ClientLib

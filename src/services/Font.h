@@ -25,6 +25,8 @@ struct Font {
   // Throws msgpack::type_error for any other shape, a character that comes twice included; the font is as it
   // was then.
   void msgpack_unpack(const msgpack::object& object);
+  // The same, however large the font is. What it was before is lost if that throws.
+  void TakeFrom(Body::Reader& reader);
 };
 
 inline std::string to_string(const Font& font) {

@@ -23,10 +23,12 @@ class HeadCorrectionAPI {
   }
   // Sends a local file of up to 128 MiB and makes it the correction. Throws std::runtime_error "Unexpected filesize",
   // and sends nothing then, or as FileAPIVL::Put.
-  void Set(std::int32_t first, std::int32_t second, const std::string& path);
+  void Set(std::int32_t first, std::int32_t second, const std::string& path,
+           const TransferProgress& progress = {});
   // Makes the correction's file a local one. Throws std::runtime_error "The requested head correction does not exist on
   // the card.", or as FileAPIVL::Get.
-  void Get(std::int32_t first, std::int32_t second, const std::string& path);
+  void Get(std::int32_t first, std::int32_t second, const std::string& path,
+           const TransferProgress& progress = {});
   void Load() { caller_.Call("LoadHeadCorrections"); }
   void Store() { caller_.Call("StoreHeadCorrections"); }
   void SelectCorrection(std::int32_t first, std::int32_t second) {

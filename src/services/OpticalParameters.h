@@ -52,13 +52,18 @@ class OpticalParameters : public Record<OpticalParameters, 7> {
   // Unlike that of other records, with the version first.
   std::string ToString() const override;
 
-  // One object with the fields under their names, in their order; the version is the current one.
+  // One object with the fields under their names, in their order; the version is the current one. What is no finite
+  // number is null. Throws nlohmann::json::type_error for a hash that is no UTF-8.
   nlohmann::ordered_json ToJson() const;
+  // The same as text, in lines that are indented by two blanks a level.
+  std::string ToJsonText() const;
   // Every key must be there; others are ignored. Throws nlohmann::json::exception in that library's words, as
   // "[json.exception.type_error.302] type must be number, but is null", std::runtime_error "ScanHeadFormat::
-  // _from_integral: invalid argument", or "NAME is out of range." for a number that is none of 32 bits.
+  // _from_integral: invalid argument", or where an integer is wanted "NAME is no integer." (2.0 is one) or "NAME is out of
+  // range." for one that is none of 32 bits.
   static OpticalParameters FromJson(const nlohmann::ordered_json& json);
-  // The same from a text; of a key that comes twice the last counts. Throws also nlohmann::json::parse_error, and
+  // The same from a text; of a key that comes twice the last counts. Takes time that grows with the text, and memory for
+  // little more than its fields, so it may come from anybody. Throws also nlohmann::json::parse_error, and
   // std::runtime_error "The JSON text is nested too deeply." beyond 64 levels and "The JSON text is too long." beyond 16 MiB.
   static OpticalParameters FromJsonText(std::string_view text);
 
@@ -68,9 +73,9 @@ class OpticalParameters : public Record<OpticalParameters, 7> {
   bool EqualLayers(const OpticalParameters& other) const;
 };
 
-// What a double adds to the hash code: its two halves...
+// What a double adds to the hash code: its two halves, and nothing for a zero of either sign...
 std::uint32_t hashDouble(double value);
-// ...but 0 for a zero of either sign, and a number of its own for what is no number, and for what is infinite.
+// ...and a number of its own for what is no number, and for what is infinite.
 std::uint32_t doubleHash(double value);
 
 extern template class Record<OpticalParameters, 7>;

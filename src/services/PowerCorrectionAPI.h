@@ -26,10 +26,10 @@ class PowerCorrectionAPI {
   }
   // Makes the card's correction a local file: the working copy if there is one, else the stored one. Throws
   // std::runtime_error "No power correction exists on the card.", or as FileAPIVL::Get.
-  void Get(const std::string& path);
+  void Get(const std::string& path, const TransferProgress& progress = {});
   // Sends a local file of up to 34900811784 bytes and makes it the correction. Throws std::runtime_error "Unexpected
   // filesize", and sends nothing then, or as FileAPIVL::Put.
-  void Set(const std::string& path);
+  void Set(const std::string& path, const TransferProgress& progress = {});
 
  private:
   RpcCaller& caller_;

@@ -10,7 +10,7 @@ import re
 import subprocess
 import sys
 
-PROTOTYPE = re.compile(r"^KELVO_API\s[^(;]*?\b(\w+)\s*\(", re.MULTILINE)
+from prototypes import headers, prototypes
 
 
 def exported(library):
@@ -18,15 +18,14 @@ def exported(library):
     return {line.split()[-1].split("@")[0] for line in lines.splitlines()}
 
 
-def declared(headers):
+def declared(folder):
     """Names of prototypes, and of those that have no comment right above them."""
     names, bare = [], []
-    for header in sorted(headers.glob("*.h")):
-        text = header.read_text()
-        for match in PROTOTYPE.finditer(text):
-            names.append(match.group(1))
-            if not text[: match.start()].rstrip(" ").endswith("*/\n"):
-                bare.append(match.group(1))
+    for text in headers(folder):
+        for start, name, _ in prototypes(text):
+            names.append(name)
+            if not text[:start].rstrip(" ").endswith("*/\n"):
+                bare.append(name)
     return names, bare
 
 
@@ -38,9 +37,9 @@ def tested(tests):
 
 
 def main():
-    library, headers, tests = sys.argv[1], pathlib.Path(sys.argv[2]), pathlib.Path(sys.argv[3])
+    library, folder, tests = sys.argv[1], sys.argv[2], pathlib.Path(sys.argv[3])
     symbols = exported(library)
-    names, bare = declared(headers)
+    names, bare = declared(folder)
     words = tested(tests)
     faults = [f"exported, though no vl function: {name}" for name in sorted(symbols) if not name.startswith("vl")]
     faults += [f"exported but not declared: {name}" for name in sorted(symbols - set(names))]

@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include "int/CardProcess.h"
+#include "support/FailingMemory.h"
 #include "support/FakeCard.h"
 #include "support/Process.h"
 
@@ -89,7 +90,7 @@ const Row rows[] = {
     ROW(vlListAppendScalingFactor, "SCF, P2D[ X=1 Y=2 ]", 1, 2),
     ROW(vlListAppendHeadingScale, "HSCA, P3D[ X=1 Y=2 Z=3 ]", 1, 2, 3),
     ROW(vlListAppendTransformation, "TRA, F64Arr[ 1 2 3 4 5 6 7 8 9  ], F64Arr[ 10 11 12  ]", &transform),
-    ROW(vlListAppendHeadBias, "HBS, I32[ 1 ], I32[ 5 ], F64Arr[ 0.5 -1e-09  ]", 1, 5, numbers, 2),
+    ROW(vlListAppendHeadBias, "HBS, I32[ 1 ], I32[ 5 ], F64Arr[ 0.5 -1e-09  ]", 1, vlAxes_X | vlAxes_Z, numbers, 2),
     ROW(vlListAppendSelectHeadCorrection, "FSCT, I32[ 1 ], I32[ 2 ]", 1, 2),
     ROW(vlListAppendJumpSpeed, "JS, F64[ 1.5 ]", 1.5),
     ROW(vlListAppendMarkSpeed, "MS, F64[ 1.5 ]", 1.5),
@@ -106,7 +107,7 @@ const Row rows[] = {
     ROW(vlListAppendLaserOffDelay, "LF, F64[ 1.5 ]", 1.5),
     ROW(vlListAppendEvaluationLeadTime, "ELT, F64[ 1.5 ]", 1.5),
     ROW(vlListAppendSleep, "SL, F64[ 1.5 ]", 1.5),
-    ROW(vlListAppendSkyWritingMode, "SKWM, I32[ 2 ]", 2),
+    ROW(vlListAppendSkyWritingMode, "SKWM, I32[ 2 ]", vlSkyWritingMode_MinimumCoH),
     ROW(vlListAppendSkyWritingMinCoH, "SKMCH, F64[ 1.5 ]", 1.5),
     ROW(vlListAppendSkyWritingMergedExtensionsMaxCoH, "SKMMEMCH, F64[ 1.5 ]", 1.5),
     ROW(vlListAppendSkyWritingAccelerationDelay, "SKAD, F64[ 1.5 ]", 1.5),
@@ -150,7 +151,7 @@ const Row rows[] = {
     ROW(vlListAppendStopMotf2D, "MFSTP, P2D[ X=1 Y=2 ]", 1, 2),
     ROW(vlListAppendStopMotf3D, "MFSTP3, P3D[ X=1 Y=2 Z=3 ]", 1, 2, 3),
     ROW(vlListAppendMotfWaitPart, "MFWP, I32[ 1 ]", 1),
-    ROW(vlListAppendMotfWaitDistance, "MFWD, F64[ 1.5 ], I32[ 1 ], I32[ 2 ]", 1.5, 1, 2),
+    ROW(vlListAppendMotfWaitDistance, "MFWD, F64[ 1.5 ], I32[ 1 ], I32[ 2 ]", 1.5, vlMotfDistanceMode_RelativeToPrevious, 2),
     ROW(vlListAppendMotfTileOffset, "MFTOF, F64[ 1.5 ]", 1.5),
     ROW(vlListAppendBranchAbs, "BA, I32[ 5 ]", 5),
     ROW(vlListAppendBranchRel, "BR, I32[ -5 ]", -5),
@@ -193,9 +194,9 @@ const Row rows[] = {
     ROW(vlListAppendMarkText, "MCH, I32[ 228 ] }, { MCH, I32[ 65 ]", "\xE4" "A"),
     ROW(vlListAppendMarkTime, "MT"),
     ROW(vlListAppendMarkCounter, "MC, I32[ -468965076 ], I32[ 5 ]", "a", 5),
-    ROW(vlListAppendEnhancedCommand, "PEC, I32[ 1 ], U32[ 5 ], U32[ 3 ]", 1, 5, 3),
+    ROW(vlListAppendEnhancedCommand, "PEC, I32[ 1 ], U32[ 5 ], U32[ 3 ]", 1, vlAxis_SensorZ, 3),
     ROW(vlListAppendGpioValue, "PPT, U32[ 4294967295 ], U32[ 2 ], U32[ 3 ]", -1, 2, 3),
-    ROW(vlListAppendDacValue, "PDA, I32[ 12 ], U32[ 3 ]", 12, 3),
+    ROW(vlListAppendDacValue, "PDA, I32[ 12 ], U32[ 3 ]", vlPowerTarget_LmWidth, 3),
     ROW(vlListAppendTraceConfig, "PTC, I32[ -1 ], U32[ 2 ], U32[ 3 ], U32[ 4294967295 ]", &trace),
     ROW(vlListAppendTraceLabel, "PTL, I32[ 1 ]", 1),
     ROW(vlListAppendSpiWrite, "PSP, I32[ 1 ], U32[ 2 ]", 1, 2),
@@ -375,6 +376,17 @@ TEST(Labels, StandForPositionsOnceAListIsSet) {
     EXPECT_EQ(vlListAllocateFromString(connection, text), -1);
     EXPECT_EQ(LastError(), "Illegal list content!");
   }
+  std::string large = "{NO,ByteArr[";
+  for (int i = 0; i < 921600; ++i) large += "1 ";
+  EXPECT_EQ(vlListAllocateFromString(connection, (large + "]}").c_str()), -1);
+  EXPECT_EQ(
+      LastError(),
+      "Command exceeds the maximum allowed command size of 921600 . Please split into several commands.");
+  {
+    const FailingMemory once(0, 1);
+    EXPECT_EQ(vlListAllocateFromString(connection, "{LOF}"), -1);
+  }
+  EXPECT_EQ(LastError(), "std::bad_alloc");
   EXPECT_EQ(vlListAllocate(connection), read + 1);  // nothing half-made has taken a number
 }
 

@@ -61,7 +61,7 @@ static int StartCard(const char* program, const char* speed) {
   if (cardProcess == 0) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     dup2(ends[1], STDOUT_FILENO);
-    execl(program, program, "--port", "0", "--speed", speed, (char*)NULL);
+    execl(program, program, "--port", "0", "--speed", speed, "--connections", "1100", (char*)NULL);
     _exit(127);
   }
   close(ends[1]);
@@ -124,7 +124,7 @@ static void Job(int32_t handle) {
   CHECK(vlListCommandCount(copy) == vlListCommandCount(list));
   CHECK(vlListGetStoredListIDs(handle, ids, 4, &count) == 0);
   CHECK(count == 1 && ids[0] == 3);
-  CHECK(vlListGetListStatus(handle, 3, &value) == 0 && value == 1);
+  CHECK(vlListGetListStatus(handle, 3, &value) == 0 && value == vlListStatus_Ready);
   CHECK(vlListExecute(handle, 3) == 0);
   CHECK(vlListWaitForProgress(handle, &value, 5000) == 0 && value == 7);
   CHECK(vlListWaitForListDone(handle, &value, 5000) == 0 && value == 3);
@@ -232,6 +232,7 @@ int main(int count, char** arguments) {
     int32_t value = 0;
     Run(handle, ExitNow);
     vlListWaitForListDone(handle, &value, 60000);
+    sleep(60); /* The exit ended the connection, and with it the wait; the program ends under this thread. */
     Fail("the callback did not end the program");
   } else if (strcmp(mode, "stuck") == 0) {
     Run(handle, NeverReturn);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <map>
@@ -17,6 +18,8 @@
 
 namespace VELTRO::KELVO::Test {
 namespace {
+
+using namespace std::string_literals;
 
 // A card that keeps what it was asked latest and always gives the same answer, nil at first.
 struct AskedCard {
@@ -55,8 +58,9 @@ TEST(Calls, AskTheCardInItsWords) {
   const std::int32_t c = card.Handle;
   bool flag = false;
   double scale = 0;
-  std::int32_t i = 0;
-  std::uint32_t n = 0, two[] = {1, 4294967295};
+  std::int32_t i = 0, ids[2] = {};
+  std::uint32_t n = 0, two[] = {1, 4294967295}, zones[2] = {};
+  vlListExecutionStats stats{};
   std::uint64_t s = 0;
   char text[5] = "";
   vlLaserConfig laser{}, wrong{};
@@ -93,15 +97,24 @@ TEST(Calls, AskTheCardInItsWords) {
       {CALL(vlLaserIsPilotEnabled(c, &flag), flag), "IsPilotEnabled[]", 0, "\xC2"},
       {CALL(vlLaserIsLaserArmed(c, &flag), flag), "IsLaserArmed[]", 1, "\xC3"},
       {CALL(vlLaserReadLaserStatus(c, &n), n), "ReadLaserStatus[]", 7, "\7"},
-      {CALL(vlLaserSetPowerScale(c, 2, 0.5)), "SetPowerScaleByTarget[2,0.5]"},
-      {CALL(vlLaserGetPowerScale(c, 2, &scale), scale), "GetPowerScaleByTarget[2]", 2.5, Packed(2.5)},
+      {CALL(vlLaserSetPowerScale(c, vlPowerTarget_Dac1, 0.5)), "SetPowerScaleByTarget[2,0.5]"},
+      {CALL(vlLaserGetPowerScale(c, vlPowerTarget_Dac1, &scale), scale), "GetPowerScaleByTarget[2]", 2.5, Packed(2.5)},
       {CALL(vlLaserCreatePowerCalibration(c, 1)), "CreatePowerCalibrationByEngine[1]"},
       {CALL(vlLaserLoadPowerCalibration(c, 1)), "LoadPowerCalibrationByEngine[1]"},
       {CALL(vlLaserStorePowerCalibration(c, 1)), "StorePowerCalibrationByEngine[1]"},
       {CALL(vlLaserSetPowerCalibration(c, 1, two, 2)), "SetPowerCalibrationByEngine[[1,4294967295],1]"},
       {CALL(vlLaserSetPowerCalibration(c, 1, two, -1)), "", -1, "", "The count must not be negative."},
       {CALL(vlLaserGetPowerCalibration(c, 1, two, 2, &n), n + two[1]), "GetPowerCalibrationByEngine[1]", 11, "\x92\x08\x09"},
-      {CALL(vlLaserGetPowerCalibration(c, 1, two, 2, &n)), "GetPowerCalibrationByEngine[1]", -1, "\x93\7\7\7", "Buffer is too small"},
+      {CALL(vlLaserGetPowerCalibration(c, 1, two, 2, &n), n), "GetPowerCalibrationByEngine[1]", -1 + 3, "\x93\7\7\7", "Buffer is too small"},
+      {CALL(vlLaserGetPowerCalibration(c, 1, nullptr, 0, &n), n), "GetPowerCalibrationByEngine[1]", -1 + 4, "\x94\7\7\7\7", "Buffer is too small"},
+      {CALL(vlLaserGetPowerCalibration(c, 1, nullptr, 0, &n), n), "GetPowerCalibrationByEngine[1]", 0, "\x90"},
+      {CALL(vlListGetStoredListIDs(c, ids, 2, &n), static_cast<int>(n) + ids[1]), "GetStoredListIDs[]", 2 - 7, "\x92\5\xF9"},
+      {CALL(vlListGetStoredListIDs(c, ids, 2, &n), n), "GetStoredListIDs[]", -1 + 3, "\x93\7\7\7", "Buffer is too small."},
+      {CALL(vlListGetStoredListIDs(c, nullptr, 0, &n), n), "GetStoredListIDs[]", -1 + 1, "\x91\7", "Buffer is too small."},
+      {CALL(vlListGetLastExecutionStats(c, &stats), stats.MacroVectors + 2 * stats.MicroVectors + 4 * stats.ComputationTime + 8 * stats.ExecutionTime + 16 * stats.ComputationTimePerMicroVector),
+       "GetLastExecutionStats[]", 1 + 4 + 12 + 32 + 80, "\x95\1\2\3\4\5"},
+      {CALL(vlListGetLastExecutionStats(c, &stats)), "GetLastExecutionStats[]", -1, "\x90", "std::bad_cast"}, {CALL(vlListGetLastExecutionStats(c, &stats)), "GetLastExecutionStats[]", -1, "\x91\7", "std::bad_cast"},
+      {CALL(vlListGetLastExecutionStats(c, &stats)), "GetLastExecutionStats[]", -1, "\x96\1\2\3\4\5\6", "std::bad_cast"}, {CALL(vlListGetLastExecutionStats(c, &stats), stats.MicroVectors), "GetLastExecutionStats[]", -1 + 2, "\7", "std::bad_cast"},
       {CALL(vlLaserGetConfig(c, &laser), laser.ConfigVersion), "GetLaserConfig[]", 7, Packed(LaserRecord(7, 1, true))},
       {CALL(vlLaserGetConfig(c, &laser)), "GetLaserConfig[]", -1, Packed(LaserRecord(9, 0, false)),
        "The Version of the supplied config is newer than the newest supported version."},
@@ -128,6 +141,11 @@ TEST(Calls, AskTheCardInItsWords) {
       {CALL(vlSystemGetConfig(c, &system), system.ScannerMonitoring.ScanHeadAxes.Items[1]), "GetSystemConfig[]", 7, Packed(SystemRecord(4, std::string(127, 'z'), {1, 7}))},
       {CALL(vlSystemGetConfig(c, &system)), "GetSystemConfig[]", -1, Packed(SystemRecord(5, std::string(128, 'x'), {})), "Error converting SystemConfig to C."},
       {CALL(vlSystemGetConfig(c, &system)), "GetSystemConfig[]", -1, Packed(SystemRecord(5, "x", {1, 1, 1})), "Error converting ScannerMonitoringConfig to C."},
+      {CALL(vlSystemGetConfig(c, &system), system.ScannerMonitoring.ScanHeadAxes.Items[0]), "GetSystemConfig[]", vlAxes_X | vlAxes_Z, Packed(SystemRecord(4, std::string(127, 'z'), {5}))},
+      {CALL(vlSystemGetConfig(c, &system)), "GetSystemConfig[]", -1, Packed(SystemRecord(5, "x", {64 + 5})), "Axes::_from_integral: invalid argument"},
+      {CALL(vlSystemGetSupportedTimeZones(c, zones, 2, &n), n + zones[0] % 256), "GetSupportedTimeZones[]", 2 + 'a', "\x92\x93\xA1\x61\xA0\0\x93\xA0\xA0\0"s},
+      {CALL(vlSystemGetSupportedTimeZones(c, zones, 2, &n)), "GetSupportedTimeZones[]", -1, "\x91\x91\xA1\x61", "std::bad_cast"}, {CALL(vlSystemGetSupportedTimeZones(c, zones, 2, &n)), "GetSupportedTimeZones[]", -1, "\x91\x90", "std::bad_cast"},
+      {CALL(vlSystemGetSupportedTimeZones(c, zones, 2, &n)), "GetSupportedTimeZones[]", -1, "\x91\x94\xA0\xA0\0\0"s, "std::bad_cast"},
       {CALL(vlSystemSetConfig(c, &endless)), "", -1, "", "Error converting SystemConfig from C."},
       {CALL(vlSystemToStringConfig(&threeAxes, text, 5, &n)), "", -1, "", "Error converting SystemConfig from C."},
       {CALL(vlScannerLoadConfig(c)), "LoadScannerConfig[]"}, {CALL(vlScannerStoreConfig(c)), "StoreScannerConfig[]"},
@@ -136,18 +154,18 @@ TEST(Calls, AskTheCardInItsWords) {
       {CALL(vlScannerReadLastPositions(c, &positions), positions.Heads.Count), "ReadLastPositions[]", 1, "\x91\x93\x90\x90\x90", "Error converting ScannerPositions to C."},
       {CALL(vlScannerReadPositions(c, nullptr)), "", -1, "", "Out parameter must not be null"},
       {CALL(vlScannerGetHeadBias(c, 1, &p), p.X + 2 * p.Y + 4 * p.Z), "GetHeadBias[1]", 17, "\x93\1\2\3"},
-      {CALL(vlScannerSetHeadBias(c, 1, 34, biases, 2)), "SetHeadBias[1,34,[0.5,1.5]]"},
+      {CALL(vlScannerSetHeadBias(c, 1, vlAxes_Y | vlAxes_SensorZ, biases, 2)), "SetHeadBias[1,34,[0.5,1.5]]"},
       {CALL(vlScannerCommunicationTransmitVeltro(c, 1, 6, &byte, 1, 9)), "", -1, "", "Axis::_from_integral: invalid argument"},
-      {CALL(vlScannerCommunicationTransmitVeltro(c, 1, 5, &byte, 1, 9)), "TransmitVeltroMessage[1,5,\"BIN(size:1)\",9]"},
-      {CALL(vlScannerCommunicationTransceiveVeltro(c, 1, 5, &byte, 1, &byte, 1, &n, 9), byte), "TransceiveVeltroMessage[1,5,\"BIN(size:1)\",9]", 7, std::string("\xC4\1\7", 3)},
-      {CALL(vlScannerCommunicationTransmitEnhanced(c, 1, 34, two, 2, 9)), "TransmitEnhancedCommand[1,34,[8,9],9]"},
-      {CALL(vlScannerCommunicationReceiveEnhanced(c, 1, 34, two, 1, &n, 9)), "ReceiveEnhancedCommand[1,34,9]", -1, "\x92\7\7", "Buffer is too small"},
-      {CALL(vlScannerCommunicationTransceiveEnhanced(c, 1, 34, two, 2, two, 2, &n, 9), n + two[0]), "TransceiveEnhancedCommand[1,34,[8,9],9]", 8, "\x91\7"},
-      {CALL(vlFileExists(c, 4, "a", &flag), flag), "FileExists[4,\"a\"]", 1, "\xC3"}, {CALL(vlFileDelete(c, 0, "a")), "FileDelete[0,\"a\"]"},
-      {CALL(vlFileGetFiles(c, 3, text, 5, &n, &two[0]), static_cast<int>(n + 10 * two[0]) + text[1] + text[2]), "GetFiles[3]", 4 + 20 + 'b' + 'c', "\x92\xA0\xA2\x62\x63"},
-      {CALL(vlFileGetFiles(c, 3, text, 3, &n, &two[0])), "GetFiles[3]", -1, "\x92\xA0\xA2\x62\x63", "Buffer is too small."},
-      {CALL(vlFileGetFiles(c, 3, nullptr, 0, &n, &two[0]), n), "GetFiles[3]", 0, "\x90"}, {CALL(vlFileExists(c, 5, "a", &flag)), "", -1, "", "DirectorySelector::_from_integral: invalid argument"},
-      {CALL(vlFileGetFiles(c, 3, text, 5, &n, &two[0])), "GetFiles[3]", -1, std::string("\x91\xA2\0\x62", 4), "The card sent a file name that is none."},
+      {CALL(vlScannerCommunicationTransmitVeltro(c, 1, vlAxis_SensorZ, &byte, 1, 9)), "TransmitVeltroMessage[1,5,\"BIN(size:1)\",9]"},
+      {CALL(vlScannerCommunicationTransceiveVeltro(c, 1, vlAxis_SensorZ, &byte, 1, &byte, 1, &n, 9), byte), "TransceiveVeltroMessage[1,5,\"BIN(size:1)\",9]", 7, std::string("\xC4\1\7", 3)},
+      {CALL(vlScannerCommunicationTransmitEnhanced(c, 1, vlAxes_Y | vlAxes_SensorZ, two, 2, 9)), "TransmitEnhancedCommand[1,34,[8,9],9]"},
+      {CALL(vlScannerCommunicationReceiveEnhanced(c, 1, vlAxes_Y | vlAxes_SensorZ, two, 1, &n, 9)), "ReceiveEnhancedCommand[1,34,9]", -1, "\x92\7\7", "Buffer is too small"},
+      {CALL(vlScannerCommunicationTransceiveEnhanced(c, 1, vlAxes_Y | vlAxes_SensorZ, two, 2, two, 2, &n, 9), n + two[0]), "TransceiveEnhancedCommand[1,34,[8,9],9]", 8, "\x91\7"},
+      {CALL(vlFileExists(c, vlDirectorySelector_PROCVARFILES, "a", &flag), flag), "FileExists[4,\"a\"]", 1, "\xC3"}, {CALL(vlFileDelete(c, vlDirectorySelector_BINFILES, "a")), "FileDelete[0,\"a\"]"},
+      {CALL(vlFileGetFiles(c, vlDirectorySelector_LISTFILES, text, 5, &n, &two[0]), static_cast<int>(n + 10 * two[0]) + text[1] + text[2]), "GetFiles[3]", 4 + 20 + 'b' + 'c', "\x92\xA0\xA2\x62\x63"},
+      {CALL(vlFileGetFiles(c, vlDirectorySelector_LISTFILES, text, 3, &n, &two[0])), "GetFiles[3]", -1, "\x92\xA0\xA2\x62\x63", "Buffer is too small."},
+      {CALL(vlFileGetFiles(c, vlDirectorySelector_LISTFILES, nullptr, 0, &n, &two[0]), n), "GetFiles[3]", 0, "\x90"}, {CALL(vlFileExists(c, 5, "a", &flag)), "", -1, "", "DirectorySelector::_from_integral: invalid argument"},
+      {CALL(vlFileGetFiles(c, vlDirectorySelector_LISTFILES, text, 5, &n, &two[0])), "GetFiles[3]", -1, std::string("\x91\xA2\0\x62", 4), "The card sent a file name that is none."},
       {CALL(vlHeadCorrectionExists(c, 1, -3, &flag), flag), "HeadCorrectionExists[1,-3]", 1, "\xC3"}, {CALL(vlHeadCorrectionDelete(c, 1, 3)), "HeadCorrectionDelete[1,3]"},
       {CALL(vlHeadCorrectionLoad(c)), "LoadHeadCorrections[]"}, {CALL(vlHeadCorrectionStore(c)), "StoreHeadCorrections[]"},
       {CALL(vlHeadCorrectionSelectCorrection(c, 1, 3)), "SelectHeadCorrection[1,3]"}, {CALL(vlHeadCorrectionGetSelectedCorrection(c, 1, &i), i), "GetSelectedHeadCorrection[1]", 7, "\7"},
@@ -164,7 +182,7 @@ TEST(Calls, AskTheCardInItsWords) {
     EXPECT_EQ(LastError(), error);
     EXPECT_EQ(card.Asked, asked);
   }
-  EXPECT_TRUE(laser.FpsPolarity == 1 && laser.EnableEquallySpacedPulses) << "a failing get changed it";
+  EXPECT_TRUE(laser.FpsPolarity == vlPolarity_ActiveLow && laser.EnableEquallySpacedPulses) << "a failing get changed it";
   EXPECT_EQ(system.TimeZone, std::string(127, 'z'));
 }
 
@@ -191,6 +209,42 @@ TEST(Laser, TakesCalibrationFiles) {
   EXPECT_TRUE(card.Arguments == Packed(std::make_tuple(many, 1)));
 }
 
+TEST(Laser, KeepsCalibrationFilesUntilTheNextIsThere) {
+  AskedCard card;
+  const TemporaryDirectory directory;
+  const auto at = [&](const char* name) { return directory.Path + "/" + name; };
+  const std::string table = at("table"), link = at("link"), none = at("no/file"), folder = directory.Path, full = Device("full"), asked = "GetPowerCalibrationByEngine[1]";
+  std::filesystem::create_symlink("new", link);
+  struct Row { std::string path, answer, asked, error, written, content; };
+  const Row rows[] = {
+      {table, "\xC0", asked, "std::bad_cast", table, "before"}, {table, "\x92\x08\x09", asked, "", table, "8\n9\n"}, {table, "\x90", asked, "", table, ""},
+      {link, "\x91\x07", asked, "", at("new"), "7\n"}, {full, "\x91\x07", asked, "Cannot write '" + full + "'.", table, "before"}, {Device("null"), "\x91\x07", asked, "", table, "before"},
+      {none, "\x90", "", "Cannot open '" + none + "': No such file or directory.", table, "before"}, {folder, "\x90", "", "Cannot open '" + folder + "': Is a directory.", table, "before"},
+  };
+  for (const Row& row : rows) {
+    std::ofstream(table) << "before";
+    card.Asked = "", card.Answer = row.answer;
+    EXPECT_EQ(vlLaserPowerCalibrationGet(card.Handle, 1, row.path.c_str()), row.error.empty() ? 0 : -1) << row.path;
+    EXPECT_EQ(LastError(), row.error);
+    EXPECT_EQ(card.Asked, row.asked) << row.path;
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(std::ifstream(row.written).rdbuf()), {}), row.content) << row.path;
+  }
+  std::size_t entries = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) entries += !entry.path().empty();
+  EXPECT_EQ(entries, 3U) << "table, link, new";
+  card.Asked = "";
+  for (const char* endless : {"/dev/zero", "/dev/full"}) {
+    EXPECT_EQ(vlLaserPowerCalibrationSet(card.Handle, 1, endless), -1);
+    EXPECT_EQ(LastError(), std::string("'") + endless + "' is too long for a power calibration.");
+  }
+  std::ofstream file(table);
+  for (int i = 0; i < 1048577; ++i) file << "1;";
+  file.close();
+  EXPECT_EQ(vlLaserPowerCalibrationSet(card.Handle, 1, table.c_str()), -1);
+  EXPECT_EQ(LastError(), "'" + table + "' is too long for a power calibration.");
+  EXPECT_TRUE(card.Asked.empty());
+}
+
 TEST(VirtualCard, HasScanHeads) {
   const CardProcess process({"--speed", "max"});
   Connection card(process.GetPort());
@@ -200,9 +254,8 @@ TEST(VirtualCard, HasScanHeads) {
   char text[1000] = "";
   std::int32_t idle = 0;
   std::uint32_t length = 0;
-  EXPECT_EQ(vlScannerInitConfig(&config) + vlScannerSetHeadBias(card, 1, 6, bias, 2), -1) << "there is one head";
-  config.HeadFormat = 10;
-  EXPECT_EQ(vlScannerSetConfig(card, &config) + vlScannerSetHeadBias(card, 1, 6, bias, 2), 0) << LastError();
+  EXPECT_EQ(vlScannerInitConfig(&config) + vlScannerSetHeadBias(card, 1, vlAxes_Y | vlAxes_Z, bias, 2), -1) << "there is one head";
+  EXPECT_EQ(vlScannerConfigSetHeadFormat(&config, vlScanHeadFormat_VL3_Dual3D) + vlScannerSetConfig(card, &config) + vlScannerSetHeadBias(card, 1, vlAxes_Y | vlAxes_Z, bias, 2), 0) << LastError();
   const std::int64_t list = vlListAllocate(card);
   EXPECT_EQ(vlListAppendJumpAbs3D(list, 3, 4, 5) + vlListSet(card, 1, list, false, -1) + vlListExecute(card, 1) + vlListWaitForListIdle(card, &idle, 9000), 0);
   EXPECT_EQ(vlScannerReadPositions(card, &at), 0) << LastError();

@@ -1,11 +1,16 @@
 // Connections through the exported functions, against a card that misbehaves on purpose.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <fstream>
 #include <functional>
 
+#include "support/BlackHole.h"
 #include "support/FakeCard.h"
 #include "support/Process.h"
 
@@ -70,6 +75,67 @@ TEST(Connect, FailsWithAText) {
     EXPECT_NE(LastError().find(text), std::string::npos) << text;
     EXPECT_EQ(LastError(), "") << "reading it clears it";
     EXPECT_LT(watch.Milliseconds(), Prompt) << text;
+  }
+}
+
+TEST(Connect, EndsAtOnceWhenItsHandleIsDisconnected) {
+  BlackHole hole;
+  std::int32_t handle = [&] {
+    FakeCard card(FakeCard::Obliging());
+    const Connection latest(card.Port());
+    return static_cast<std::int32_t>(latest);
+  }();
+  for (int round = 0; round < (Sanitized ? 1000 : 4000); ++round) {
+    ++handle;  // the one that is next
+    std::atomic<bool> ended{false};
+    std::thread ending([&] {
+      while (!ended && vlDisconnect(handle) != 0) std::this_thread::yield();
+    });
+    const Stopwatch watch;
+    ASSERT_EQ(vlConnect("127.0.0.1", hole.port), -1);
+    ended = true;
+    ending.join();
+    ASSERT_LT(watch.Milliseconds(), Prompt) << "round " << round;
+  }
+}
+
+TEST(Disconnect, DoesNotWaitForStandardOutput) {
+  FakeCard card([](Peer& peer) {
+    Request request;
+    if (peer.Handshake() && peer.Next(request)) peer.Send("nonsense");
+    peer.WaitForEnd();
+  });
+  enum { FullPipe, UnreadPipe, FullSocket, Closed };
+  for (const int kind : {FullPipe, UnreadPipe, FullSocket, Closed}) {
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(kind == FullSocket ? socketpair(AF_UNIX, SOCK_STREAM, 0, ends) : pipe(ends), 0);
+    if (kind == FullSocket) std::swap(ends[0], ends[1]);
+    if (kind == FullPipe || kind == FullSocket) {
+      const int flags = fcntl(ends[1], F_GETFL);
+      fcntl(ends[1], F_SETFL, flags | O_NONBLOCK);
+      while (write(ends[1], &ends, 1) > 0) continue;
+      fcntl(ends[1], F_SETFL, flags);
+    } else {
+      close(ends[0]);
+    }
+    const std::int32_t handle = vlConnect("127.0.0.1", card.Port());
+    fflush(stdout);
+    const int before = dup(STDOUT_FILENO);
+    dup2(ends[1], STDOUT_FILENO);
+    if (kind == Closed) close(STDOUT_FILENO);
+    const Stopwatch watch;
+    const int called = vlListExecute(handle, 1);
+    const std::string text = LastError();
+    const int disconnected = vlDisconnect(handle);
+    const double took = watch.Milliseconds();
+    dup2(before, STDOUT_FILENO);
+    close(before);
+    close(ends[1]);
+    if (ends[0] >= 0 && (kind == FullPipe || kind == FullSocket)) close(ends[0]);
+    EXPECT_EQ(called, -1) << kind;
+    EXPECT_EQ(text, "ConnectionAborted") << kind;
+    EXPECT_EQ(disconnected, 0) << kind;
+    EXPECT_LT(took, Prompt) << kind;
   }
 }
 
@@ -254,6 +320,60 @@ TEST(Calls, AHeaderThatClaimsMuchCostsNothing) {
   EXPECT_LT(ResidentBytes(), before + (1 << 20));
 }
 
+TEST(Calls, LargeAnswersAreNotManyTimesLargerInMemory) {
+  constexpr std::size_t Size = 40 << 20;
+  const auto times = [](std::string_view piece, std::size_t size) {
+    std::string text;
+    for (text.reserve(size); text.size() < size;) text += piece;
+    return text;
+  };
+  const std::string nils = "\xDD\x02\x80" + std::string(2, '\0') + std::string(Size, '\xC0');
+  const std::string errors = times("\x93\xA0\xC0", Size) + "\xC0";
+  // As many commands without values as a list of that size holds.
+  const std::string list =
+      std::string("\xDD\x00\x9F\xFF\xFF\xFF", 6) + times(std::string("\x92\x00\xC4\x00", 4), Size);
+  const struct {
+    unsigned char type;
+    const std::string& body;
+    bool isKnown;
+    const char* text;
+  } cases[] = {
+      {0x01, nils, true, "Invalid packet! The body claims or holds too many values."},
+      {0x81, errors, true, "Invalid packet! The body claims or holds too many values."},
+      {0x82, errors, false, "ConnectionAborted"},
+      {0x01, list, true, ""},
+  };
+  for (const auto& one : cases) {
+    FakeCard card([&](Peer& peer) {
+      Request request;
+      if (!peer.Handshake() || !peer.Next(request)) return;
+      peer.Send(Frame(one.type, (one.isKnown ? Packed(request.Id) : std::string()) + one.body));
+      peer.WaitForEnd();
+    });
+    const std::int32_t handle = vlConnect("127.0.0.1", card.Port());
+    const std::int64_t local = vlListAllocate(handle);
+    vlSetTimeout(handle, 60000);
+    rusage before{};
+    getrusage(RUSAGE_SELF, &before);
+    std::vector<std::uint32_t> values(1);
+    std::uint32_t count = 0;
+    const bool isList = &one.body == &list;
+    EXPECT_EQ(isList ? vlListGet(handle, 1, local)
+                     : vlLaserGetPowerCalibration(handle, 0, values.data(), 1, &count),
+              isList ? 0 : -1);
+    EXPECT_EQ(LastError(), one.text);
+    EXPECT_EQ(vlListCommandCount(local), isList ? 0x9FFFFE : 0);
+    const Stopwatch watch;
+    EXPECT_EQ(vlDisconnect(handle), 0);
+    EXPECT_LT(watch.Milliseconds(), Sanitized ? Prompt : 600);
+    rusage after{};
+    getrusage(RUSAGE_SELF, &after);
+    // The card's copies and ours are of the order of the answer.
+    EXPECT_TRUE(Sanitized || after.ru_maxrss - before.ru_maxrss < 10 * static_cast<long>(Size >> 10))
+        << after.ru_maxrss - before.ru_maxrss << " KiB more, " << one.text;
+  }
+}
+
 TEST(Calls, LeaveAtOnceWhileAnEarlierOneIsUnanswered) {
   // The first call is answered only after the second has come: with small frames held back until the first is
   // acknowledged, that takes 40 ms and more.
@@ -280,7 +400,7 @@ TEST(Calls, LeaveAtOnceWhileAnEarlierOneIsUnanswered) {
 
 TEST(Log, HoldsTheVersionsThenTheCalls) {
   FakeCard card(FakeCard::Answering([](const Request& request) {
-    return request.Method == "ExecuteList" ? ErrorResponse(request.Id, "No such list")
+    return request.Method == "ExecuteList" ? ErrorResponse(request.Id, {"No such\0list\nforged", 19})
                                            : Response(request.Id, true);
   }));
   Connection connection(card.Port());
@@ -289,30 +409,54 @@ TEST(Log, HoldsTheVersionsThenTheCalls) {
   ASSERT_EQ(vlEnableCommandLogging(connection, path.c_str(), -1), 0) << "a second time replaces it";
   bool running = false;
   vlListIsExecutionInProgress(connection, &running);
-  vlListExecute(connection, 42);
+  EXPECT_EQ(vlListExecute(connection, 42), -1);
+  const std::string dashes(36, '-');
+  EXPECT_TRUE(LastError().starts_with("BeginException" + dashes + "\nNo such\\0list\nforged\nInner"));
   ASSERT_EQ(vlDisableCommandLogging(connection), 0);
   vlListExecute(connection, 43);
 
   std::ifstream file(path);
   std::string line;
-  const char* expected[] = {
+  const std::string expected[] = {
       "Logging enabled",
       "Client Version=3.10.3.3013 Firmware Version=1.2.3, Card Serial Number=12345",
       "TX: IsExecutionInProgress( )",
       "RX: IsExecutionInProgress( 1 )",
       "TX: ExecuteList( 42 )",
-      "RX: ExecuteList( BeginException------------------------------------",
-      "No such list",
+      "RX: ExecuteList( BeginException" + dashes + R"(\nNo such\\0list\nforged\nInner)",
+      "Logging disabled",
   };
-  for (const char* text : expected) {
+  for (const std::string& text : expected) {
     ASSERT_TRUE(std::getline(file, line));
-    EXPECT_TRUE(line.ends_with(text)) << line;
+    EXPECT_EQ(line.find(text), 31U) << line;
   }
-  std::string last;
-  while (std::getline(file, line)) last = line;
-  EXPECT_TRUE(last.ends_with("\tLogging disabled")) << last;
+  EXPECT_FALSE(std::getline(file, line)) << line;
   EXPECT_EQ(vlEnableCommandLogging(connection, "/no/such/folder/log", -1), -1);
   EXPECT_EQ(LastError(), "Unable to open log file '/no/such/folder/log': No such file or directory");
+  EXPECT_EQ(vlEnableCommandLogging(connection, "/dev/full", -1), -1);
+  EXPECT_EQ(LastError(), "Unable to write log file '/dev/full': No space left on device");
+  const std::string pipe = testing::TempDir() + "kelvo-log-pipe-" + std::to_string(getpid());
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+  ASSERT_EQ(vlEnableCommandLogging(connection, pipe.c_str(), -1), 0) << LastError();
+  char bytes[100] = "";
+  EXPECT_GT(read(reader, bytes, sizeof bytes - 1), 0);
+  EXPECT_NE(std::string(bytes).find("\tLogging enabled\n"), std::string::npos) << bytes;
+  while (read(reader, bytes, sizeof bytes) > 0) continue;
+  // One that is full, or that nobody reads any more, costs lines and nothing else.
+  for (int i = 0; i < 1000; ++i) ASSERT_EQ(vlListIsExecutionInProgress(connection, &running), 0);
+  close(reader);
+  EXPECT_EQ(vlListIsExecutionInProgress(connection, &running), 0);
+  EXPECT_EQ(vlDisableCommandLogging(connection), -1);
+  EXPECT_EQ(LastError(), "Unable to write log file '" + pipe + "': Broken pipe");
+  EXPECT_EQ(vlEnableCommandLogging(connection, pipe.c_str(), -1), -1);
+  EXPECT_EQ(LastError(), "Unable to open log file '" + pipe + "': No such device or address");
+  unlink(pipe.c_str());
+  Together(4, [&](std::uint32_t) {
+    for (int i = 0; i < 50; ++i) {
+      EXPECT_EQ(vlEnableCommandLogging(connection, path.c_str(), -1), 0) << LastError();
+    }
+  });
   EXPECT_EQ(vlEnableCommandLogging(connection, testing::TempDir().c_str(), 0), 0);
   EXPECT_TRUE(std::ifstream(testing::TempDir() + "/KELVOrpc").good());
 }

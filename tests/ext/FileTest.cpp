@@ -97,6 +97,8 @@ struct FileCard {
         const std::string piece = Content.substr(position, count);
         position += piece.size();
         peer.Send(Response(r.Id, std::vector<unsigned char>(piece.begin(), piece.end())));
+      } else if (r.Method.ends_with("Exists")) {
+        peer.Send(Response(r.Id, true));
       } else {
         peer.Send(Response(r.Id, msgpack::type::nil_t()));
       }
@@ -121,8 +123,8 @@ TEST(Files, ComeBackAsTheyWereSent) {
     const std::string bytes = Noise(size);
     Folder::Write(folder / "sent", bytes);
     Progress sent, received;
-    EXPECT_EQ(Outcome(vlFilePut(c, 2, "file", (folder / "sent").c_str(), Count, &sent)), "0") << size;
-    EXPECT_EQ(Outcome(vlFileGet(c, 2, "file", (folder / "back").c_str(), Count, &received)), "0") << size;
+    EXPECT_EQ(Outcome(vlFilePut(c, vlDirectorySelector_JOBFILES, "file", (folder / "sent").c_str(), Count, &sent)), "0") << size;
+    EXPECT_EQ(Outcome(vlFileGet(c, vlDirectorySelector_JOBFILES, "file", (folder / "back").c_str(), Count, &received)), "0") << size;
     EXPECT_TRUE(Folder::Read(folder / "back") == bytes) << size;
     for (const Progress& p : {sent, received}) EXPECT_TRUE(p.calls == (size + 8191) / 8192 && p.moved == size && p.whole == size) << size;
   }
@@ -132,11 +134,11 @@ TEST(Files, ComeBackAsTheyWereSent) {
   std::uint32_t length = 0, count = 0;
   bool exists = false;
   const std::pair<std::string, std::string> steps[] = {
-      {Outcome(vlFilePut(c, 2, "b", (folder / "small").c_str(), nullptr, nullptr)), "0"}, {Outcome(vlFileGetFiles(c, 2, names, 6, &length, &count)), "Buffer is too small."},
-      {Outcome(vlFileGetFiles(c, 2, nullptr, 0, &length, &count)), "0"}, {Outcome(vlFileGetFiles(c, 2, names, length, &length, &count)), "0"},
-      {std::string(names, length) + std::to_string(count), std::string("b\0file\0", 7) + "2"}, {Outcome(vlFileDelete(c, 2, "b")), "0"}, {Outcome(vlFileDelete(c, 2, "b")), "There is no file 'b'."},
-      {Told(vlFileExists(c, 2, "b", &exists), exists), "0 0"}, {Told(vlFileExists(c, 2, "file", &exists), exists), "0 1"},
-      {Outcome(vlFileGet(c, 2, "b", (folder / "new").c_str(), nullptr, nullptr)), "There is no file 'b'."}, {Outcome(vlFileGet(c, 9, "b", "/", nullptr, nullptr)), "DirectorySelector::_from_integral: invalid argument"},
+      {Outcome(vlFilePut(c, vlDirectorySelector_JOBFILES, "b", (folder / "small").c_str(), nullptr, nullptr)), "0"}, {Outcome(vlFileGetFiles(c, vlDirectorySelector_JOBFILES, names, 6, &length, &count)), "Buffer is too small."},
+      {Outcome(vlFileGetFiles(c, vlDirectorySelector_JOBFILES, nullptr, 0, &length, &count)), "0"}, {Outcome(vlFileGetFiles(c, vlDirectorySelector_JOBFILES, names, length, &length, &count)), "0"},
+      {std::string(names, length) + std::to_string(count), std::string("b\0file\0", 7) + "2"}, {Outcome(vlFileDelete(c, vlDirectorySelector_JOBFILES, "b")), "0"}, {Outcome(vlFileDelete(c, vlDirectorySelector_JOBFILES, "b")), "There is no file 'b'."},
+      {Told(vlFileExists(c, vlDirectorySelector_JOBFILES, "b", &exists), exists), "0 0"}, {Told(vlFileExists(c, vlDirectorySelector_JOBFILES, "file", &exists), exists), "0 1"},
+      {Outcome(vlFileGet(c, vlDirectorySelector_JOBFILES, "b", (folder / "new").c_str(), nullptr, nullptr)), "There is no file 'b'."}, {Outcome(vlFileGet(c, 9, "b", "/", nullptr, nullptr)), "DirectorySelector::_from_integral: invalid argument"},
       {std::to_string(fs::exists(folder / "new")), "0"},
   };
   for (const auto& [outcome, expected] : steps) EXPECT_EQ(outcome, expected) << &outcome - &steps[0].first;
@@ -148,7 +150,7 @@ TEST(Files, EndInATextAndCloseTheCardsFileWhateverGoesWrong) {
   const auto refused = [](const Request& r) { return ErrorResponse(r.Id, "Refused."); };
   const auto silence = [](const Request&) { return std::string(); };
   constexpr vlFileProgressCallback Cancel = [](void* left, std::uint64_t, std::uint64_t) { return --*static_cast<int*>(left) > 0; };
-  const std::string up = "GetFileHandle FileOpen ", down = "FileOpen FileGetSize ", end = "FileClose ";
+  const std::string up = "GetFileHandle FileOpen ", down = "FileOpen FileGetSize ", end = "FileClose ", full = Device("full"), null = Device("null");
   struct Row {
     bool isUpload;
     const char* wrong;
@@ -169,8 +171,8 @@ TEST(Files, EndInATextAndCloseTheCardsFileWhateverGoesWrong) {
       {false, "FileRead", bytes(0), "The card's file ended early.", down + "FileRead " + end}, {false, "FileRead", bytes(8193), "The card sent more than it was asked for.", down + "FileRead " + end},
       {false, "FileRead", answer(std::vector<int>{1}), "std::bad_cast", down + "FileRead " + end}, {false, "FileRead", silence, "Response was not received in the given timespan.", down + "FileRead " + end},
       {false, "FileGetSize", answer(-1), "std::bad_cast", down + end}, {false, "FileGetSize", refused, "Refused.", down + end}, {false, "FileOpen", answer("x"), "std::bad_cast", "FileOpen "},
-      {false, "", silence, "The transfer was cancelled.", down + "FileRead FileRead FileRead " + end, 20000, 3}, {false, "", silence, "Error in stream", down + "FileRead " + end, 5, 99, "/dev/full"},
-      {false, "", silence, "0", down + "FileRead " + end, 5, 99, "/dev/null"}, {false, "", silence, "Unable to open the local file!", "", 5, 99, "/tmp"},
+      {false, "", silence, "The transfer was cancelled.", down + "FileRead FileRead FileRead " + end, 20000, 3}, {false, "", silence, "Error in stream", down + "FileRead " + end, 5, 99, full.c_str()},
+      {false, "", silence, "0", down + "FileRead " + end, 5, 99, null.c_str()}, {false, "", silence, "Unable to open the local file!", "", 5, 99, "/tmp"},
       {false, "", silence, "Unable to open the local file!", "", 5, 99, "/tmp/no/such"}, {false, "", silence, "Unable to open the local file!", "", 5, 99, "/no/"}, {false, "", silence, "Unable to open the local file!", "", 5, 99, ""},
   };
   for (const Row& row : rows) {
@@ -186,7 +188,7 @@ TEST(Files, EndInATextAndCloseTheCardsFileWhateverGoesWrong) {
       const std::size_t descriptors = OpenDescriptors();
       int chunks = row.chunks;
       const Stopwatch watch;
-      EXPECT_EQ(Outcome((row.isUpload ? vlFilePut : vlFileGet)(c, 1, "file", local.c_str(), Cancel, &chunks)), row.error);
+      EXPECT_EQ(Outcome((row.isUpload ? vlFilePut : vlFileGet)(c, vlDirectorySelector_CORRFILES, "file", local.c_str(), Cancel, &chunks)), row.error);
       EXPECT_LT(watch.Milliseconds(), 1390) << "it waited twice";
       EXPECT_EQ(OpenDescriptors(), descriptors);
     }
@@ -197,12 +199,53 @@ TEST(Files, EndInATextAndCloseTheCardsFileWhateverGoesWrong) {
   }
 }
 
+TEST(Files, AreNotWaitedForWithoutEnd) {
+  struct Row { std::size_t size, answer; int pause, work; const char* outcome; };  // bytes; milliseconds of the card for an answer, and of the callback
+  const Row rows[] = {
+      {20000, 1, 40, 0, "The card sends the file too slowly."}, {8192 + 20, 1000, 150, 0, "The card sends the file too slowly."}, {8192 + 20, 8192, 300, 0, "0"},
+      {20000, 4096, 150, 0, "0"}, {5000, 50, 0, 0, "0"}, {20, 5, 0, 400, "0"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    const Folder folder;
+    std::size_t left = row.size;
+    FileCard card{std::string(row.size, 'x'), "FileRead", [&](const Request& r) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(row.pause));
+      const std::size_t count = std::min({row.answer, left, std::size_t{std::get<1>(r.Arguments->as<std::tuple<int, unsigned>>())}});
+      left -= count;
+      return Response(r.Id, std::vector<unsigned char>(count, 'x'));
+    }};
+    const Connection c(card.Card.Port());
+    constexpr std::uint32_t Timeout = 1000;
+    EXPECT_EQ(vlSetTimeout(c, Timeout), 0);
+    int work = row.work;
+    constexpr vlFileProgressCallback Work = [](void* milliseconds, std::uint64_t, std::uint64_t) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(*static_cast<int*>(milliseconds)));
+      return true;
+    };
+    const Stopwatch watch;
+    EXPECT_EQ(Outcome(vlFileGet(c, 1, "file", (folder / "local").c_str(), Work, &work)), row.outcome);
+    EXPECT_LT(watch.Milliseconds(), 3 * Timeout);
+    EXPECT_EQ(folder.Content().empty(), std::string(row.outcome) != "0");
+  }
+}
+
+TEST(Files, AreNotFetchedBeyondTheRoomOnTheDisk) {
+  const Folder folder;
+  FileCard card{"", "FileGetSize", [](const Request& r) { return Response(r.Id, std::uint64_t{1} << 62); }};
+  const Connection c(card.Card.Port());
+  EXPECT_EQ(Outcome(vlFileGet(c, 1, "file", (folder / "local").c_str(), nullptr, nullptr)), "The local disk has no room for the file.");
+  EXPECT_EQ(card.TakeCalls(), "FileOpen FileGetSize FileClose ");
+  EXPECT_EQ(folder.Content(), "");
+  EXPECT_EQ(Outcome(vlFileGet(c, 1, "file", Device("null").c_str(), nullptr, nullptr)), "The card's file ended early.");
+}
+
 TEST(Files, SurviveTheEndOfTheConnectionAnywhere) {
   const Folder folder;
   const std::string content = Noise(5 * 8192 + 100);
   FileCard card{content};
   for (const bool isUpload : {true, false}) {
-    const auto transfer = [&](std::int32_t c) { return (isUpload ? vlFilePut : vlFileGet)(c, 1, "file", (folder / "local").c_str(), nullptr, nullptr); };
+    const auto transfer = [&](std::int32_t c) { return (isUpload ? vlFilePut : vlFileGet)(c, vlDirectorySelector_CORRFILES, "file", (folder / "local").c_str(), nullptr, nullptr); };
     const int calls = 2 + 6;
     for (int cut = 0; cut < calls; ++cut) {
       Folder::Write(folder / "local", "before");
@@ -224,18 +267,6 @@ TEST(Files, SurviveTheEndOfTheConnectionAnywhere) {
   }
 }
 
-TEST(Files, AreReplacedWhereLinksLead) {
-  const Folder folder;
-  FileCard card{"new"};
-  const Connection c(card.Card.Port());
-  fs::create_directory(folder / "inner");
-  Folder::Write(folder / "inner/file", "old");
-  fs::create_symlink("inner/file", folder / "link");
-  EXPECT_EQ(Outcome(vlFileGet(c, 1, "file", (folder / "link").c_str(), nullptr, nullptr)), "0");
-  EXPECT_TRUE(fs::is_symlink(folder / "link"));
-  EXPECT_EQ(Folder::Read(folder / "inner/file"), "new");
-}
-
 TEST(Corrections, HaveTheirSizeLimitsToTheByte) {
   const Folder folder;
   const std::string path = folder / "sparse", none = folder / "none";
@@ -254,6 +285,37 @@ TEST(Corrections, HaveTheirSizeLimitsToTheByte) {
   }
 }
 
+TEST(Corrections, TellHowFarTheyAreAndCanBeStopped) {
+  const Folder folder;
+  const std::string path = folder / "local", exists = "HeadCorrectionExists ", power = "GetPowerCorrection FileExists ";
+  const std::string up = "GetFileHandle FileOpen FileWrite ", down = "FileOpen FileGetSize FileRead ";
+  FileCard card{std::string(20000, 'x'), "", {}};
+  const Connection c(card.Card.Port());
+  using Told = std::vector<std::uint64_t>;
+  constexpr vlFileProgressCallback Tell = [](void* user, std::uint64_t moved, std::uint64_t whole) {
+    Told& told = *static_cast<Told*>(user);
+    told.insert(told.end(), {moved, whole});
+    return told[0] != 0 || told.size() < 3;
+  };
+  const std::tuple<std::function<std::int32_t(Told&)>, std::string, const char*> rows[] = {
+      {[&](Told& t) { return vlHeadCorrectionSetWithProgress(c, 1, 3, path.c_str(), Tell, &t); }, up, "SetHeadCorrection "},
+      {[&](Told& t) { return vlHeadCorrectionGetWithProgress(c, 1, 3, path.c_str(), Tell, &t); }, exists + down, ""},
+      {[&](Told& t) { return vlPowerCorrectionSetWithProgress(c, path.c_str(), Tell, &t); }, up, "SetPowerCorrection "},
+      {[&](Told& t) { return vlPowerCorrectionGetWithProgress(c, path.c_str(), Tell, &t); }, power + down, ""},
+  };
+  for (const auto& [transfer, calls, end] : rows) {
+    const std::string again = calls.ends_with("FileWrite ") ? "FileWrite " : "FileRead ";
+    Folder::Write(path, card.Content);
+    Told whole{1}, stopped{0};  // the first number says whether to go on
+    EXPECT_EQ(Outcome(transfer(whole)), "0") << calls;
+    EXPECT_EQ(whole, (Told{1, 8192, 20000, 16384, 20000, 20000, 20000})) << calls;
+    EXPECT_EQ(card.TakeCalls(), calls + again + again + "FileClose " + end);
+    EXPECT_EQ(Outcome(transfer(stopped)), "The transfer was cancelled.") << calls;
+    EXPECT_EQ(stopped, (Told{0, 8192, 20000})) << calls;
+    EXPECT_EQ(card.TakeCalls(), calls + "FileClose ");
+  }
+}
+
 TEST(Corrections, AreKeptByTheVirtualCard) {
   const Folder folder;
   const auto at = [&](const char* name) { return folder / name; };
@@ -263,18 +325,18 @@ TEST(Corrections, AreKeptByTheVirtualCard) {
   std::int32_t slot = 0;
   bool exists = false;
   EXPECT_EQ(vlHeadCorrectionInitOpticalParameters(&p), 0);
-  p.XLayers = 4, p.HeadFormat = 10, p.InputOffset.M = 0.5;
+  p.XLayers = 4, p.HeadFormat = vlScanHeadFormat_VL3_Dual3D, p.InputOffset.M = 0.5;
   EXPECT_EQ(Outcome(vlOpticalParametersToJson(&p, json, 4000, &length)), "0");
   EXPECT_EQ(Outcome(vlOpticalParametersToJson(&p, json, length + 1, &length)), "Buffer is too small.");
   Folder::Write(at("json"), json), Folder::Write(at("other"), "abc");
   for (int round = 0; round < 2; ++round) {  // in the second one the card has been started anew
     const CardProcess card({"--state", at("state")});
     const Connection c(card.GetPort());
-    const auto put = [&](const char* name, const char* file) { return Outcome(vlFilePut(c, 1, name, at(file).c_str(), nullptr, nullptr)); };
+    const auto put = [&](const char* name, const char* file) { return Outcome(vlFilePut(c, vlDirectorySelector_CORRFILES, name, at(file).c_str(), nullptr, nullptr)); };
     const std::pair<std::string, std::string> heads[] = {
         {Told(vlHeadCorrectionGetSelectedCorrection(c, 1, &slot), slot), round == 0 ? "0 -1" : "0 3"},
         {Outcome(vlHeadCorrectionSet(c, 1, 3, at("json").c_str())), "0"}, {Outcome(vlHeadCorrectionSet(c, 0, 7, at("other").c_str())), "0"},
-        {Outcome(vlHeadCorrectionSet(c, 2, 0, at("other").c_str())), "There is no head correction slot 2, 0."}, {Told(vlFileExists(c, 1, "head7Correction.kc7", &exists), exists), "0 1"},
+        {Outcome(vlHeadCorrectionSet(c, 2, 0, at("other").c_str())), "There is no head correction slot 2, 0."}, {Told(vlFileExists(c, vlDirectorySelector_CORRFILES, "head7Correction.kc7", &exists), exists), "0 1"},
         {Outcome(vlHeadCorrectionGet(c, 0, 7, at("back").c_str())), "0"}, {Folder::Read(at("back")), "abc"}, {Outcome(vlHeadCorrectionGet(c, 0, 6, at("none").c_str())), "The requested head correction does not exist on the card."},
         {Told(vlHeadCorrectionGetHash(c, 0, 7, hash, 18, &length), hash), "0 e71fa2190541574b"}, {Outcome(vlHeadCorrectionGetHash(c, 0, 7, hash, 17, &length)), "Buffer is too small."},
         {Told(vlHeadCorrectionGetOpticalParameters(c, 0, 7, &q), q.XLayers, q.FieldSize.X, q.Hash), "0 1 65536 e71fa2190541574b"}, {Told(vlHeadCorrectionGetOpticalParameters(c, 1, 3, &q), q.XLayers, q.InputOffset.M), "0 4 0.5"},
@@ -290,7 +352,7 @@ TEST(Corrections, AreKeptByTheVirtualCard) {
         {Outcome(vlPowerCorrectionCreate(c, &p)), "0"}, {Outcome(vlPowerCorrectionChangeValue(c, 1, 2, 3, 0.5)), "0"}, {Outcome(vlPowerCorrectionStore(c)), "0"},
         {Outcome(vlPowerCorrectionChangeValue(c, 1, 2, 3, 0.25)), "0"}, {Outcome(vlPowerCorrectionGet(c, at("table").c_str())), "0"}, {Outcome(vlPowerCorrectionLoad(c)), "0"},
         {Outcome(vlPowerCorrectionGet(c, at("stored").c_str())), "0"}, {std::to_string(Folder::Read(at("stored")) == Folder::Read(at("table"))), "0"}, {Outcome(vlPowerCorrectionSet(c, at("table").c_str())), "0"},
-        {Told(vlFileExists(c, 1, "_tmpPowerCorrection.kc7", &exists), exists), "0 0"}, {Outcome(vlPowerCorrectionGet(c, at("again").c_str())), "0"},
+        {Told(vlFileExists(c, vlDirectorySelector_CORRFILES, "_tmpPowerCorrection.kc7", &exists), exists), "0 0"}, {Outcome(vlPowerCorrectionGet(c, at("again").c_str())), "0"},
         {std::to_string(Folder::Read(at("again")) == Folder::Read(at("table"))), "1"}, {Outcome(vlPowerCorrectionSet(c, at("other").c_str())), bad}, {put("_tmpPowerCorrection.kc7", "json"), "0"},
         {Told(vlPowerCorrectionGetOpticalParameters(c, &q), q.XLayers), "0 4"}, {Outcome(vlPowerCorrectionChangeValue(c, 1, 2, 3, 1 / 0.)), "The power correction has no finite place and value there."},
     };

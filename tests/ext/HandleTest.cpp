@@ -124,6 +124,8 @@ const Function onConnections[] = {
     ENTRY(vlFileGetFiles, 0, buffer, 9U, &number, &number), ENTRY(vlFileExists, 0, "x", &flag), ENTRY(vlFileDelete, 0, "x"),
     ENTRY(vlFilePut, 0, "x", "/tmp/never", nullptr, nullptr), ENTRY(vlFileGet, 0, "x", "/tmp/never", nullptr, nullptr),
     ENTRY(vlHeadCorrectionExists, 0, 1, &flag), ENTRY(vlHeadCorrectionDelete, 0, 1), ENTRY(vlHeadCorrectionSet, 0, 1, "/tmp/never"), ENTRY(vlHeadCorrectionGet, 0, 1, "/tmp/never"),
+    ENTRY(vlHeadCorrectionSetWithProgress, 0, 1, "/tmp/never", nullptr, nullptr), ENTRY(vlHeadCorrectionGetWithProgress, 0, 1, "/tmp/never", nullptr, nullptr),
+    ENTRY(vlPowerCorrectionSetWithProgress, "/tmp/never", nullptr, nullptr), ENTRY(vlPowerCorrectionGetWithProgress, "/tmp/never", nullptr, nullptr),
     ENTRY(vlHeadCorrectionLoad), ENTRY(vlHeadCorrectionStore), ENTRY(vlHeadCorrectionSelectCorrection, 0, 1), ENTRY(vlHeadCorrectionGetSelectedCorrection, 0, &value),
     ENTRY(vlHeadCorrectionGetHash, 0, 1, buffer, 9U, &number), ENTRY(vlHeadCorrectionGetOpticalParameters, 0, 1, &optics), ENTRY(vlPowerCorrectionCreate, &optics),
     ENTRY(vlPowerCorrectionSet, "/tmp/never"), ENTRY(vlPowerCorrectionGet, "/tmp/never"), ENTRY(vlPowerCorrectionLoad), ENTRY(vlPowerCorrectionStore),
@@ -184,47 +186,6 @@ TEST(Frame, RefusesFontsThatDoNotExist) {
   ExpectRefusals(onFonts, connection, "Font does not exist.");
   EXPECT_EQ(vlFontSet(connection, ListOf(connection)), -1);
   EXPECT_EQ(LastError(), "Font does not exist.");
-}
-
-TEST(Frame, RefusesNullPointers) {
-  FakeCard card(FakeCard::Obliging());
-  Connection connection(card.Port());
-  const Function functions[] = {
-      ENTRY(vlIsConnected, nullptr),
-      ENTRY(vlGetTimeout, nullptr),
-      ENTRY(vlEnableCommandLogging, nullptr, 0),
-      ENTRY(vlListGetStoredListIDs, nullptr, 1U, &number),
-      ENTRY(vlListGetStoredListIDs, &value, 1U, nullptr),
-      ENTRY(vlListIsExecutionInProgress, nullptr),
-      ENTRY(vlListGetListStatus, 1, nullptr),
-      ENTRY(vlListGetLastExecutionStats, nullptr),
-      ENTRY(vlListWaitForProgress, nullptr, 0),
-      ENTRY(vlListRegisterProgressCallback, nullptr, &number),
-      ENTRY(vlListRegisterErrorEventCallback, OnError, nullptr),
-      // clang-format off
-      ENTRY(vlConfigurationIsUpdateActive, nullptr), ENTRY(vlLaserGetConfig, nullptr), ENTRY(vlLaserSetConfig, nullptr),
-      ENTRY(vlLaserReadLaserStatus, nullptr), ENTRY(vlLaserGetPowerCalibration, 0U, nullptr, 1U, &number),
-      ENTRY(vlLaserSetPowerCalibration, 0U, nullptr, 1), ENTRY(vlLaserPowerCalibrationSet, 0U, nullptr),
-      ENTRY(vlSystemGetConfig, nullptr), ENTRY(vlSystemGetOSVersion, nullptr, 9U, &number), ENTRY(vlSystemGetTime, nullptr),
-      ENTRY(vlSystemGetOSVersion, buffer, 9U, nullptr), ENTRY(vlSystemGetSupportedTimeZones, nullptr, 1U, &number),
-      ENTRY(vlFileGetFiles, 0, nullptr, 9U, &number, &number), ENTRY(vlFileGetFiles, 0, buffer, 9U, nullptr, &number), ENTRY(vlFileExists, 0, nullptr, &flag), ENTRY(vlFileExists, 0, "x", nullptr),
-      ENTRY(vlFileDelete, 0, nullptr), ENTRY(vlFilePut, 0, nullptr, "/tmp", nullptr, nullptr), ENTRY(vlFileGet, 0, "x", nullptr, nullptr, nullptr), ENTRY(vlHeadCorrectionSet, 0, 1, nullptr),
-      ENTRY(vlHeadCorrectionGetHash, 0, 1, buffer, 9U, nullptr), ENTRY(vlHeadCorrectionGetOpticalParameters, 0, 1, nullptr), ENTRY(vlPowerCorrectionCreate, nullptr), ENTRY(vlPowerCorrectionGet, nullptr),
-      {"vlHeadCorrectionInitOpticalParameters", [](std::int32_t) { return vlHeadCorrectionInitOpticalParameters(nullptr); }},
-      {"vlOpticalParametersToJson", [](std::int32_t) { return vlOpticalParametersToJson(nullptr, buffer, 9, &number); }},
-      {"vlOpticalParametersFromJson", [](std::int32_t) { return vlOpticalParametersFromJson(nullptr, &optics); }},
-      {"vlLaserInitConfig", [](std::int32_t) { return vlLaserInitConfig(nullptr); }},
-      {"vlLaserToStringConfig", [](std::int32_t) { return vlLaserToStringConfig(nullptr, buffer, 9, &number); }},
-      // clang-format on
-      FONT_ENTRY(vlFontChars, nullptr, 1U, &number),
-      FONT_ENTRY(vlFontChars, &character, 1U, nullptr),
-      FONT_ENTRY(vlFontCharsLen, nullptr),
-  };
-  ASSERT_EQ(vlFontAllocate(connection, 1), FontOf(connection));
-  for (const auto& [name, call] : functions) {
-    EXPECT_EQ(call(connection), -1) << name;
-    EXPECT_TRUE(LastError().starts_with("A null pointer was passed for '")) << name;
-  }
 }
 
 TEST(Frame, ASuccessErasesTheErrorBefore) {

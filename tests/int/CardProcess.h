@@ -10,29 +10,19 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "support/TemporaryDirectory.h"
+
 namespace VELTRO::KELVO::Test {
-
-// It goes with the object, and all that is in it.
-struct TemporaryDirectory {
-  TemporaryDirectory() { EXPECT_NE(mkdtemp(Path.data()), nullptr); }
-  ~TemporaryDirectory() { std::filesystem::remove_all(Path); }
-  TemporaryDirectory(const TemporaryDirectory&) = delete;
-  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-  std::string Path = "/tmp/kelvo-test-XXXXXX";
-};
 
 // It ends with the object, and the test fails unless it ends in order then. It never outlives the test.
 class CardProcess {
  public:
-  // Takes a free port when the arguments name none.
-  explicit CardProcess(std::vector<std::string> arguments = {}) {
+  // Takes a free port when the arguments name none. Without a descriptor for it stderr goes where stdout does.
+  explicit CardProcess(std::vector<std::string> arguments = {}, int standardError = -1) {
     if (std::ranges::find(arguments, "--port") == arguments.end()) {
       arguments.insert(arguments.end(), {"--port", "0"});
     }
@@ -49,7 +39,7 @@ class CardProcess {
       alarm(200);  // seconds, so that a card that hangs fails its test
       dup2(inputEnds[0], STDIN_FILENO);
       dup2(ends[1], STDOUT_FILENO);
-      dup2(ends[1], STDERR_FILENO);
+      dup2(standardError < 0 ? ends[1] : standardError, STDERR_FILENO);
       execv(argv[0], argv.data());
       _exit(127);
     }
@@ -58,6 +48,13 @@ class CardProcess {
     input_ = fdopen(inputEnds[1], "w");
     output_ = fdopen(ends[0], "r");
     firstLine_ = ReadLine();
+    for (std::string line = firstLine_; !line.empty(); line = ReadLine()) {
+      if (line.starts_with("Listening on ")) {
+        firstLine_ = line;
+        break;
+      }
+      warnings_ += line;
+    }
   }
   ~CardProcess() {
     if (pid_ > 0) {
@@ -69,7 +66,11 @@ class CardProcess {
   CardProcess(const CardProcess&) = delete;
   CardProcess& operator=(const CardProcess&) = delete;
 
+  // The line that tells the place it listens on; when there is none, the first one.
   const std::string& GetFirstLine() const { return firstLine_; }
+  // What it wrote ahead of that line.
+  const std::string& GetWarnings() const { return warnings_; }
+  pid_t GetId() const { return pid_; }
   int GetPort() const { return std::stoi(firstLine_.substr(firstLine_.rfind(':') + 1)); }
   // Gives it a line on standard input.
   void Say(const std::string& line) {
@@ -97,7 +98,7 @@ class CardProcess {
   pid_t pid_ = -1;
   std::FILE* input_ = nullptr;
   std::FILE* output_ = nullptr;
-  std::string firstLine_;
+  std::string firstLine_, warnings_;
 };
 
 }  // namespace VELTRO::KELVO::Test

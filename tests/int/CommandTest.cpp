@@ -48,6 +48,31 @@ void ExpectArray(const char* bytes, const std::vector<T>& values) {
   EXPECT_EQ(Failure([&] { array.template As<T>(values.size()); }), "Array index out of range.");
 }
 
+TEST(CommandValueReader, ClassifiesATypeByteByItsBits) {
+  using R = Command::CommandValueReader;
+  const auto classify = [](std::uint8_t type) {
+    std::string text;
+    if (R::IsValueType(type)) text += "value ";
+    if (R::IsUnsigned(type)) text += "unsigned ";
+    if (R::IsFloatingPoint(type)) text += "floating ";
+    if (R::IsArray(type)) text += "array ";
+    if (R::IsPoint(type)) text += "point ";
+    return text + std::to_string(R::GetDimensions(type)) + "*" + std::to_string(R::GetBytes(type));
+  };
+  for (const auto& [type, text] :
+       std::vector<std::pair<std::uint8_t, std::string>>{{0x24, "value unsigned 1*1"},
+                                                         {0x21, "value 1*2"},
+                                                         {0x2B, "value floating 1*8"},
+                                                         {0x6B, "value floating point 2*8"},
+                                                         {0xA2, "value point 3*4"},
+                                                         {0xEB, "value floating point 4*8"},
+                                                         {0x35, "value unsigned array 1*2"},
+                                                         {0xB2, "value array point 3*4"},
+                                                         {0xC0, "4*1"}}) {
+    EXPECT_EQ(classify(type), text);
+  }
+}
+
 TEST(Command, EveryTypeOfValueHasItsBytes) {
   EXPECT_EQ(Hex(With(true, false).GetPayload()), "01 00 00 04 01 01 01 00");
   ExpectValue("24 FE", std::uint8_t{0xFE});
@@ -174,6 +199,25 @@ TEST(ReflectiveEnum, KnowsItsNamesAndValuesInOrderAndNoOthers) {
     EXPECT_EQ(Failure([&] { Sample::_from_string(name); }), "Sample::_from_string: invalid argument") << name;
     EXPECT_FALSE(Sample::_from_string_nothrow(name).has_value());
   }
+}
+
+KELVO_FLAGS(SampleFlags, std::int32_t, None = 0, Low = 1, High = 0x10, Both = 0x11, Again = 1, Top = 0x20)
+
+TEST(ReflectiveEnum, TakesFlagsByTheirBits) {
+  const std::pair<std::int32_t, const char*> rows[] = {
+      {0, "None"},        {1, "Low"},   {0x11, "Both"},  {0x31, "Low|High|Top"},
+      {0x30, "High|Top"}, {2, nullptr}, {0x13, nullptr}, {-1, nullptr},
+  };
+  for (const auto& [number, name] : rows) {
+    if (name != nullptr)
+      EXPECT_EQ(SampleFlags::_from_integral(number)._to_string(), name);
+    else
+      EXPECT_EQ(Failure([n = number] { SampleFlags::_from_integral(n); }),
+                "SampleFlags::_from_integral: invalid argument")
+          << number;
+  }
+  EXPECT_FALSE(SampleFlags::_is_valid((1L << 32) + 1));
+  EXPECT_EQ(SampleFlags(static_cast<SampleFlags::_enumerated>(3))._to_string(), "3");
 }
 
 TEST(CommandCodes, AreWhatCardsKnowAndEachHasOneMnemonic) {

@@ -32,20 +32,23 @@ TEST(CommandText, OfACommandIsReadInEveryShapeAndWithNothingElseInIt) {
   };
   ForEachText(R"({LON} | {LON]} | {[LON } | { LON, V1 } => { LON }
 {MA,P2D[X=1 Y=-2.5]} | {[MA,P2D[1,-25e-1] ]} | {MA , V001,P2D [1-2.5]]} | {MA,P2D[X = +1.0Y=-.25E+1]} => { MA, P2D[ X=1 Y=-2.5 ] }
+{MA,P2D[1;2]} | {MA,P2D[(1,2)]} | {MA,P2D[X:1 Y:2]} | {MA,P2D[x=1 y=2]} | {MA,P2D[Y=1 X=2]} | {MA,P2D[--+1+2.]} => { MA, P2D[ X=1 Y=2 ] }
+{MA,P2D[[1,2]]} | {MA,V1,P2D[at 1e mm; (2) ]} | {MA,P2D[ = 1 Y 2 e]} | {MA,P2D[X=1,Y:2{}]} | {MA,P2D[:1. .. 2e+;]} => { MA, P2D[ X=1 Y=2 ] }
+{NO,ByteArr[1; 2; 3;],U16Arr[(1. 2e)],F64Arr[1.2.3e5-e1]} => { NO, ByteArr[ 1 2 3  ], U16Arr[ 1 2  ], F64Arr[ 1.2 30000 1  ] }
+{NO,F64[5.],I32[= 7 mm],P2IArr[1 2 3) 4 ;],P3D[1 2 3;]} => { NO, F64[ 5 ], I32[ 7 ], P2IArr[ ( X=1 Y=2 ) ( X=3 Y=4 )  ], P3D[ X=1 Y=2 Z=3 ] }
 {NO,V0255} => { NO, V255 }
 {NO,F64[-1e-400],F64[0.01e-99999999999999999999],U16Arr[1,2 ,, 3],ByteArr[]} => { NO, F64[ -0 ], F64[ 0 ], U16Arr[ 1 2 3  ], ByteArr[  ] }
 {NO,V0,I32[+7],P2IArr[(1 2)(X=3,Y=4) 5 6]} => { NO, V0, I32[ 7 ], P2IArr[ ( X=1 Y=2 ) ( X=3 Y=4 ) ( X=5 Y=6 )  ] }
 {} | {LON} x | {275} | {LON, Unsupported value} | {[[LON} | {XY, Z[1], } | {LON, V1.5} | {LON, A[} => Unable to parse command
 {XY, F64[x]} | {lon} | {SKMMEMCHX} => Unable to parse command code
-{MA,P2D[X=1 Y=]} | {MA,P2D[Y=1 X=2]} | {MA,P2DArr[(1)]} | {MA,P3D[1 2]} => Unable to parse Point.
-{NO,F64[-inf]} | {NO,F64[nan]} | {NO,F64[x]} | {NO,F64Arr[1;2]} => : not a finite number
-{MA,P2D[1 2 3]} | {NO,F64[5.]} | {NO,I32[1 2]} | {NO,P2D[1 2,]} => : more than a value
+{MA,P2D[X=1 Y=]} | {MA,P2D[1;]} | {MA,P2DArr[(1)]} | {MA,P3D[1 2]} | {MA,P2D[X=nan Y=1 Z=2]} | {MA,P2D[]} | {MA,P2DArr[()]} | {NO,P2DArr[(1 2 3)]} => Unable to parse Point.
+{NO,F64[-inf]} | {NO,F64[nan]} | {NO,F64[x]} | {NO,F64Arr[1 nan]} | {NO,F64Arr[-Infinity;1]} | {NO,F64[1e1INF]} | {NO,F64Arr[,]} => : not a finite number
+{MA,P2D[1 2 3]} | {MA,P2D[X1=5 X2=6]} | {NO,F64[5.e3]} | {NO,I32[1 2]} | {NO,F64[1,5]} | {NO,I32[1-2]} | {NO,Bool[True;]} | {NO,Bool[True False]} => : more than a value
 {NO,F64[100e307]} | {NO,F64[0.1e99999999999999999999]} => : too large
-{NO,Byte[256]} | {NO,U64[-1]} | {NO,P2I[1 2e0]} | {NO,I16[]} | {NO,I32[1.0]} => : not a whole number that fits
+{NO,Byte[256]} | {NO,U64[-1]} | {NO,P2I[1 2e0]} | {NO,I16[]} | {NO,I32[1.0]} | {NO,I32[1e+0]} | {NO,ByteArr[1-2]} | {NO,ByteArr[a]} => : not a whole number that fits
 {NO,Bool[true]} | {NO,Bool[1]} => : neither True nor False
 {NO,V1[1]} | {NO,Invalid[0]} | {NO,UInt16[1]} => : of an unknown type
 {NO,P4DArr[]} | {NO,P4IArr[(1 2 3 4)]} => : of a type that has no text
-{NO,P2DArr[(1 2]} | {NO,P2DArr[(1 2 3)]} => : a parenthesis that is not closed
 {NO,V256} | {NO,V99999999999999999999} => : more than 255
 )",
               check);
@@ -64,7 +67,7 @@ TEST(CommandText, OfAListIsTakenWholeOrNotAtAll) {
   ForEachText(R"([] |  [ ]  => [  ]
 [{LOE}{LOF},,{NO}] => [ { LOE }, { LOF }, { NO } ]
   | , | [,] | [ {LON} | {LON} ] | [[ {LON} ]] | [{LON}; {LOF}] | {LON}, {LOF => Unable to parse command
-{NO},{NO,F64[40 characters are shown of what is read..]} => Unable to parse value F64[40 characters are shown of what is read.... of command 1: more than a value
+{NO},{NO,F64[40 characters are shown of what is read.1]} => Unable to parse value F64[40 characters are shown of what is read.... of command 1: more than a value
 )",
               check);
 }
@@ -138,7 +141,7 @@ TEST(CommandText, TakesTimeAsItIsLong) {
   ForEachText(
       R"(*{ MA, P2D[ X=0.1234567 Y=-7 ] }, * | {NO*,P2DArr[]*} | {NO*,P2D[(]*} | {LON, *, *} | {*x* | [* * | *[* | *{* | *{LON, A[* | {*{LON, A[*]} | {NO*,V1*} | {LON*]*} | {LON,V*0*1} => linear
 {NO,ByteArr[*7 *]} | {NO,F64Arr[*7e-9*]} | {NO,P2D[*X=1 *]} | {NO,P2DArr[*(1 2)*]} | {NO,F64[* *1]} => linear
-{NO,F64[*1*]} | {NO,F64[.*0*]} | {NO,F64[1e*1*]} | {NO,I32[*-*]} => linear
+{NO,F64[*;*]} | {NO,P2D[x*-*]} | {NO,F64Arr[1*in*]} | {NO,U16Arr[*1;*]} | {NO,F64[*1*]} | {NO,F64[.*0*]} | {NO,F64[1e*1*]} | {NO,I32[*-*]} => linear
 )",
       check);
 }

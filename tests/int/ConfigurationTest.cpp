@@ -1,6 +1,5 @@
 // The whole configuration of a virtual card, set through the flat interface and read from the card after it.
 #include "capi/FlatRecord.h"
-#include "config/EventConfig.h"
 #include "config/LaserConfig.h"
 #include "config/MotfConfig.h"
 #include "config/ProcessVariables.h"
@@ -10,6 +9,7 @@
 #include "int/CardProcess.h"
 #include "int/Helpers.h"
 #include "kelvo/kelvo.h"
+#include "services/EventConfig.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {

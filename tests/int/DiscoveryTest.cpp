@@ -62,16 +62,16 @@ TEST(Addresses, ArePredictedFromSerialNumbers) {
   };
   const std::string noIPv4 = "Cannot predict IPv4 address for External/DHCP installed card.";
   for (const auto& [serial, inside4, outside4, inside6, outside6] : rows) {
-    EXPECT_EQ(Predicted(serial, 0, false), inside4);
-    EXPECT_EQ(Predicted(serial, 0, true), inside6);
-    for (const std::int32_t installation : {1, 2, 99, -1}) {
-      EXPECT_EQ(Predicted(serial, installation, false), installation == 1 ? noIPv4 : outside4);
+    EXPECT_EQ(Predicted(serial, vlInstallation_Internal, false), inside4);
+    EXPECT_EQ(Predicted(serial, vlInstallation_Internal, true), inside6);
+    for (const std::int32_t installation : {std::int32_t{vlInstallation_ExternalDhcp}, std::int32_t{vlInstallation_External}, 99, -1}) {
+      EXPECT_EQ(Predicted(serial, installation, false), installation == vlInstallation_ExternalDhcp ? noIPv4 : outside4);
       EXPECT_EQ(Predicted(serial, installation, true), outside6);
     }
   }
-  for (const char* serial : {"12345", "KV712345", "kv712345", "K7K712345", "12KVv7345", "1K7V72345"}) EXPECT_EQ(Predicted(serial, 0, false), Predicted("12345", 0, false)) << serial;
+  for (const char* serial : {"12345", "KV712345", "kv712345", "K7K712345", "12KVv7345", "1K7V72345"}) EXPECT_EQ(Predicted(serial, vlInstallation_Internal, false), Predicted("12345", vlInstallation_Internal, false)) << serial;
   for (const char* serial : {"", "123456", "-1", " 1", "1\n", "KV12345", "7KV", "KV7", "KK7V7", "1.5", "KKV77X"}) {
-    EXPECT_EQ(Predicted(serial, 1, false), "Invalid serial number. The correct format is: [KV7]#####") << serial;
+    EXPECT_EQ(Predicted(serial, vlInstallation_ExternalDhcp, false), "Invalid serial number. The correct format is: [KV7]#####") << serial;
   }
   // Each number by what stands before it: steps of 4, wrapping, and of 5.
   for (std::int32_t n = 2; n <= 99999; ++n) {
@@ -97,6 +97,10 @@ TEST(CardInfo, IsOrderedAndSaysWhatItIs) {
     EXPECT_EQ(std::hash<IPAddress>()(ordered[i].Address), std::hash<std::string>()(ordered[i].Address.ToString()) + 66);
     for (std::size_t j = 0; j < i; ++j) EXPECT_TRUE(ordered[j] < ordered[i] && !(ordered[i] < ordered[j])) << i << j;
   }
+  // Of an IPv4 address the first four bytes are all there is.
+  const IPAddress four(IPAddress::Family::IPv4, {1, 2, 3, 4, 5}), same(IPAddress::Family::IPv4, {1, 2, 3, 4, 6, 7});
+  EXPECT_TRUE(four == same && !(four < same) && !(same < four) && IPAddress(IPAddress::Family::IPv4, {0, 0, 0, 0, 1}).IsEmpty());
+  EXPECT_FALSE(IPAddress(IPAddress::Family::IPv6, {1, 2, 3, 4, 5}) == IPAddress(IPAddress::Family::IPv6, {1, 2, 3, 4, 6}));
 }
 // clang-format on
 

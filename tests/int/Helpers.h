@@ -69,14 +69,15 @@ std::string Failure(auto&& f) {
 struct CallRecorder : RpcCaller {
   std::vector<std::string> Calls;
   std::uint32_t GetTimeout() const override { return 50; }
-  void CheckMayWait() const override {}
+  CallbackWait BeginWait() const override { return {}; }
+  bool IsDataPending() const override { return false; }
   void Log(const char*) override {}
   void Perform(RemoteCall& call) override {
     OutputPacket packet = OutputPacket::AllocateNotification();
     call.PackArguments(packet);
     Calls.push_back(Whole(std::move(packet)).substr(Packet::FullHeaderLen));
-    InputPacket nil;
-    call.TakeResult(nil, {});
+    InputPacket nil("\xC0", 1, PacketType::Response);
+    call.TakeResult(nil);
   }
 };
 

@@ -68,7 +68,69 @@ TEST(ListEvents, CallbackIdsAreTwoToSixAndTheSeventhFailsButStays) {
     enter(ListIdle, 'f');
   });
   for (const std::int32_t value : {1, 2}) events.OnListIdleReceived(value);
-  EXPECT_EQ(calls, "49:2 f9:2 ");
+  EXPECT_EQ(std::exchange(calls, ""), "49:2 f9:2 ");
+  // One that takes out those around it, in the midst of an event.
+  events.UnRegisterCallback(ListDone, 2);
+  events.RegisterCallback(ListDone, [&](std::int32_t, std::int32_t) {
+    for (const std::uint32_t id : {2U, 3U}) events.UnRegisterCallback(ListDone, id);
+    enter(ListDone, 'g');
+  });
+  for (const char* id : {"3", "4"}) EXPECT_EQ(enter(ListDone, *id), id);
+  events.OnListDoneReceived(1);
+  EXPECT_EQ(calls, "49:1 ");
+}
+
+TEST(ListAPI, ForwardsItsLocalOperationsByKind) {
+  ConnectedEvents events;
+  CallRecorder caller;
+  ListAPI lists(caller, events);
+  std::string calls;
+  const auto record = [&](char name) {
+    return [&calls, name](std::int32_t, std::int32_t value) { calls += name + std::to_string(value); };
+  };
+  const auto notify = [&] {
+    events.OnProgressReceived(1);
+    events.OnListIdleReceived(2);
+    events.OnListDoneReceived(3);
+    events.OnErrorReceived({4, "hot"});
+    return std::exchange(calls, "");
+  };
+  EXPECT_EQ(lists.RegisterProgressCallback(record('p')), 2U);
+  EXPECT_EQ(lists.RegisterListIdleCallback(record('i')), 2U);
+  EXPECT_EQ(lists.RegisterListDoneCallback(record('d')), 2U);
+  EXPECT_EQ(lists.RegisterErrorEventCallback(
+                [&](std::int32_t, std::int32_t code, const char* text, std::uint32_t length) {
+                  calls += "e" + std::to_string(code) + std::string(text, length);
+                }),
+            2U);
+  EXPECT_EQ(notify(), "p1i2d3e4hot");
+  lists.UnRegisterProgressCallback(2);
+  EXPECT_EQ(notify(), "i2d3e4hot");
+  lists.UnRegisterListDoneCallback(2);
+  EXPECT_EQ(notify(), "i2e4hot");
+  lists.UnRegisterErrorEventCallback(2);
+  EXPECT_EQ(notify(), "i2");
+  lists.UnRegisterListIdleCallback(2);
+  EXPECT_EQ(notify(), "");
+  events.AppendListIdleEvent(5);
+  lists.ClearPendingEvents();
+  EXPECT_FALSE(events.CheckAndClearError());
+  EXPECT_EQ(lists.WaitForListIdle(Now), std::nullopt);
+  // An interruption ends the wait that is running, of its kind only.
+  for (const auto kind : {Progress, ListIdle, ListDone}) {
+    std::atomic<bool> ended{false};
+    std::thread waiter([&] {
+      EXPECT_EQ(lists.Wait(kind, Long), std::nullopt);
+      ended = true;
+    });
+    while (!ended) {
+      if (kind == Progress) lists.InterruptWaitForProgress();
+      if (kind == ListIdle) lists.InterruptWaitForListIdle();
+      if (kind == ListDone) lists.InterruptWaitForListDone();
+      std::this_thread::yield();
+    }
+    waiter.join();
+  }
 }
 
 TEST(ListEvents, TheLatestErrorIsKeptUntilCleared) {

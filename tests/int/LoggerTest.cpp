@@ -1,15 +1,19 @@
 // The command log.
 #include "rpc/RpcLogger.h"
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <locale>
+#include <optional>
 #include <thread>
 
 #include "Helpers.h"
+#include "support/FailingMemory.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -67,6 +71,62 @@ TEST(Logger, ValuesAreCutAtTheLimit) {
     logger.Write("free lines are never cut");
     logger.Disable();
     EXPECT_EQ(Lines(), "Logging enabled|TX: M( " + value + " )|free lines are never cut|Logging disabled|");
+  }
+}
+
+TEST(Logger, ALineIsOneLineWhateverIsInIt) {
+  RpcLogger logger;
+  const std::string odd = "\n\r\t\\\x01\x7F\xC2\x85\xE2\x80\xA8z\xC3\xA9\xE2\x82\xAC";
+  const std::string shown = R"(\n\r\t\\\x01\x7f\xc2\x85\xe2\x80\xa8)"
+                            "z\xC3\xA9\xE2\x82\xAC";
+  logger.Enable(Path, false, true, 2);
+  logger.Write(odd.c_str());
+  logger.Write("RX", odd + std::string(1, '\0'), false);
+  logger.BeginLine("TX", "A\nB").Append("\n\n\n").EndLine();
+  logger.Disable();
+  EXPECT_EQ(Lines(), "Logging enabled|" + shown + "|RX: " + shown +
+                         R"(\x00|TX: A\nB( \n\n...[truncated] )|)" + "Logging disabled|");
+}
+
+TEST(Logger, SaysThatLinesAreMissing) {
+  RpcLogger logger;
+  logger.Enable(Path, false, true, -1);
+  logger.Write("first");
+  rlimit limit{};
+  getrlimit(RLIMIT_FSIZE, &limit);
+  const rlimit full{std::filesystem::file_size(Path) + 31 + 3, limit.rlim_max};
+  const auto before = std::signal(SIGXFSZ, SIG_IGN);
+  setrlimit(RLIMIT_FSIZE, &full);
+  logger.Write("lost but for its beginning");
+  logger.BeginLine("TX", "Lost").EndLine();
+  setrlimit(RLIMIT_FSIZE, &limit);
+  std::signal(SIGXFSZ, before);
+  logger.Write("last");
+  EXPECT_EQ(Failure([&] { logger.Disable(); }), "Unable to write log file '" + Path + "': File too large");
+  EXPECT_FALSE(logger.IsEnabled());
+  EXPECT_EQ(Lines(), "Logging enabled|first|los|2 lines are missing here|last|Logging disabled|");
+  EXPECT_EQ(Failure([&] { logger.Disable(); }), "no failure");
+}
+
+TEST(Logger, WithoutMemoryLosesLinesAndNothingElse) {
+  const std::string text(100, 'x');
+  const std::string whole = "Logging enabled|RX: " + text + "()|TX: M( " + text + " )|Logging disabled|";
+  std::string lines;
+  for (int count = 0; lines != whole; ++count) {
+    ASSERT_LT(count, 50);
+    std::optional<RpcLogger> logger(std::in_place);
+    logger->Enable(Path, false, true, -1);
+    {
+      const FailingMemory memory(count);
+      logger->Write("RX", text, true);
+      logger->BeginLine("TX", "M").Append(text).EndLine();
+      logger.reset();
+    }
+    lines = Lines();
+    std::istringstream each(lines);
+    for (std::string line; std::getline(each, line, '|');) {
+      EXPECT_TRUE(whole.find(line + "|") != std::string::npos || line.ends_with(" missing here")) << line;
+    }
   }
 }
 

@@ -9,6 +9,7 @@
 #include "config/RecordWire.h"
 #include "kelvo/kelvo.h"
 #include "services/FileHandle.h"
+#include "support/FailingMemory.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -36,6 +37,11 @@ OpticalParameters Distinct() {
   return p;
 }
 
+// An array in an array and so on, with `inner` in the innermost.
+std::string Nested(std::size_t levels, const std::string& inner) {
+  return std::string(levels, '[') + inner + std::string(levels, ']');
+}
+
 // As many a line as fit.
 // clang-format off
 TEST(OpticalParameters, HaveTheHashCodeOfTheRule) {
@@ -59,14 +65,27 @@ TEST(OpticalParameters, HaveTheHashCodeOfTheRule) {
     p.MaxAngleX = f[0], p.MaxAngleY = f[1], p.MaxMagnification = f[2], p.Y2Z0 = f[3], p.X2Y = f[4], p.O2X = f[5], p.FocalLength = f[6], p.MaxLensTravel = f[7];
     p.FieldSize = {{s[0], s[1], s[2]}}, p.FieldOffset = {{o[0], o[1], o[2]}};
     p.Aperture = l[0], p.WorkingDistance = l[1], p.Wavelength = l[2], p.BitPerMicronZ0 = l[3], p.BitPerMicronZ1 = l[4], p.BitPerMicronE0 = l[5], p.BitPerMicronE1 = l[6];
-    EXPECT_EQ(p.GetHashCode(), hash) << &i - &rows[0].ints;
+    vlOpticalParameters flat{}, flatOther{};
+    std::uint32_t code = ~hash;
+    bool equal = false;
+    Flat::FromRecord(p, flat);
+    EXPECT_TRUE(vlOpticalParametersGetHashCode(&flat, &code) == 0 && code == hash) << &i - &rows[0].ints << LastError();
     OpticalParameters other = p;
     other.Hash = "x", other.InputScale = {{1, 2, 3, 4}}, other.InputOffset = {{5, Nan, 7, 8}}, other.ConfigVersion = 3;
     EXPECT_EQ(other.GetHashCode(), hash);
-    EXPECT_TRUE(p.EqualLayers(other));
-    ++other.MLayers;
-    EXPECT_FALSE(p.EqualLayers(other));
+    Flat::FromRecord(other, flatOther);
+    EXPECT_TRUE(vlOpticalParametersEqualLayers(&flat, &flatOther, &equal) == 0 && equal) << LastError();
+    for (std::int32_t* layers : {&flatOther.XLayers, &flatOther.YLayers, &flatOther.ZLayers, &flatOther.MLayers}) {
+      *layers += 1, equal = true;
+      EXPECT_TRUE(vlOpticalParametersEqualLayers(&flat, &flatOther, &equal) == 0 && !equal) << LastError();
+      *layers -= 1;
+    }
+    flat.HeadFormat = 3;
+    EXPECT_EQ(vlOpticalParametersGetHashCode(&flat, &code), -1);
+    EXPECT_EQ(LastError(), "ScanHeadFormat::_from_integral: invalid argument");
   }
+  EXPECT_EQ(hashDouble(-0.0) | doubleHash(-0.0) | hashDouble(0.0), 0U);
+  EXPECT_EQ(hashDouble(-0.1), 0x26200003U);
 }
 
 TEST(OpticalParameters, AreTextJsonAndBytesInTheOrderOfTheirFields) {
@@ -82,6 +101,7 @@ TEST(OpticalParameters, AreTextJsonAndBytesInTheOrderOfTheirFields) {
       R"("Aperture":24.5,"WorkingDistance":25.5,"Wavelength":26.5,"BitPerMicronZ0":27.5,"BitPerMicronZ1":28.5,"BitPerMicronE0":29.5,"BitPerMicronE1":30.5,"Hash":"h)" "\u00e4" R"(sh",)"
       R"("InputScale":{"X":32.25,"Y":33.25,"Z":34.25,"M":35.25},"InputOffset":{"X":37.25,"Y":38.25,"Z":39.25,"M":40.25}})";
   EXPECT_EQ(p.ToJson().dump(), json);
+  EXPECT_EQ(p.ToJsonText(), Json::parse(json).dump(2));
   EXPECT_EQ(OpticalParameters::FromJsonText(json).ToString(), "ConfigVersion=7" + text.substr(15));
   msgpack::sbuffer bytes;
   msgpack::pack(bytes, p);
@@ -127,7 +147,13 @@ TEST(OpticalParameters, AreReadFromSoundJsonOnly) {
       {with("\"Hash\":\"" + std::string(100000000, 'x') + "\""), "The JSON text is too long."},
       {with("\"Unknown\":" + deep), "The JSON text is nested too deeply."}, {deeper, "The JSON text is nested too deeply."},
       {with(R"("XLayers":2147483648)"), "XLayers is out of range."}, {with(R"("YLayers":-1e300)"), "YLayers is out of range."},
-      {with(R"("MLayers":18446744073709551615)"), "MLayers is out of range."}, {with(R"("ZLayers":-2147483648.9)"), "no failure"},
+      {with(R"("MLayers":18446744073709551615)"), "MLayers is out of range."}, {with(R"("ZLayers":-2147483648.9)"), "ZLayers is no integer."}, {with(R"("ZLayers":1.9)"), "ZLayers is no integer."},
+      {with(R"("ZLayers":2.0,"YLayers":-2147483648,"MLayers":2.147483647e9)"), "no failure"}, {with(R"("HeadFormat":118.5)"), "ScanHeadFormat::_from_integral: invalid argument"},
+      {with(R"("HeadFormat":4294967306)"), "ScanHeadFormat::_from_integral: invalid argument"}, {with(R"("HeadFormat":1e300)"), "ScanHeadFormat::_from_integral: invalid argument"}, {with(R"("HeadFormat":10.0)"), "no failure"},
+      {with(R"("XLayers":{"X":"x"},"XLayers":[],"XLayers":9)"), "no failure"}, {with(R"("FieldSize":{"X":1},"FieldSize":{"Y":2,"Z":3})"), "[json.exception.out_of_range.403] key 'X' not found"},
+      {with(R"("Unknown":{"XLayers":"x","FieldSize":5},"FieldSize":{"X":1,"Y":2,"Z":3,"W":{"X":"x"},"Z":4})"), "no failure"}, {with(R"("FieldSize":{"X":1,"Y":{"X":1},"Z":3})"), wrongKind + "number, but is object"},
+      {with("\"Unknown\":" + Nested(64, "")), "no failure"}, {with("\"Unknown\":" + Nested(64, "1")), "The JSON text is nested too deeply."}, {with("\"Unknown\":" + Nested(65, "")), "The JSON text is nested too deeply."},
+      {with(R"("XLayers":1e400)"), "[json.exception.out_of_range.406] number overflow"}, {text + "}", "[json.exception.parse_error.101] "}, {"7", "[json.exception.type_error.304] cannot use at() with number"},
       {with(R"("HeadFormat":3)"), "ScanHeadFormat::_from_integral: invalid argument"},
       {with(R"("FieldSize":5)"), "[json.exception.type_error.304] cannot use at() with number"},
       {"[]", "[json.exception.type_error.304] cannot use at() with array"}, {"", "[json.exception.parse_error.101] "}, {text.substr(1), "[json.exception.parse_error.101] "},
@@ -140,6 +166,46 @@ TEST(OpticalParameters, AreReadFromSoundJsonOnly) {
   OpticalParameters odd;
   odd.FieldSize.Coordinates[1] = Nan, odd.Hash = "\xFF";
   EXPECT_EQ(Failure([&] { odd.ToJson().dump(); }).substr(0, 37), "[json.exception.type_error.316] inval");
+}
+
+TEST(OpticalParameters, AreReadInTimeThatGrowsWithTheText) {
+  std::string text = "{";
+  for (int i = 0; i < 200000; ++i) text += "\"" + std::to_string(i) + "\":0,";
+  const Stopwatch watch;
+  EXPECT_EQ(OpticalParameters::FromJsonText(text + Distinct().ToJson().dump().substr(1)).XLayers, 4);
+  EXPECT_LT(watch.Milliseconds(), 5000);
+}
+
+TEST(OpticalParameters, SurviveEveryAllocationThatFails) {
+  vlOpticalParameters flat{};
+  Flat::FromRecord(Distinct(), flat);
+  char buffer[4000] = "";
+  std::uint32_t length = 0;
+  const std::string text = R"({"Unknown":[[{}],"a text that needs memory of its own"],)" + Distinct().ToJson().dump().substr(1);
+  const auto read = [&](const std::string& json) { return [json, &flat] { return vlOpticalParametersFromJson(json.c_str(), &flat); }; };
+  const std::pair<std::function<std::int32_t()>, const char*> calls[] = {
+      {[&] { return vlOpticalParametersToJson(&flat, buffer, sizeof buffer, &length); }, ""}, {read(text), ""}, {read("{\"ConfigVersion\":{}}"), "[json.exception.type_error.302] type must be number, but is object"},
+      {read(text.substr(0, text.size() - 1) + ",\"XLayers\":1.5}"), "XLayers is no integer."}, {read("{"), "[json.exception.parse_error.101] "}};
+  for (const auto& [call, outcome] : calls) {
+    for (const std::int64_t failures : {std::int64_t{1}, INT64_MAX}) {
+      for (long count = 0, hasFailed = 1; hasFailed != 0; ++count) {
+        std::int32_t result = 0;
+        {
+          const FailingMemory memory(count, failures);
+          result = call();
+          hasFailed = memory.HasFailed();
+        }
+        const std::string error = LastError();
+        if (hasFailed != 0) {
+          const bool isTold = error == "std::bad_alloc" || error == "Unable to generate error message.";
+          EXPECT_TRUE(result == -1 && isTold) << result << error << " after " << count;
+        } else {
+          EXPECT_EQ(error.substr(0, std::max(std::size_t{1}, std::string(outcome).size())), outcome);
+          EXPECT_GT(count, 3);
+        }
+      }
+    }
+  }
 }
 
 TEST(FileHandles, SendAsMuchAsTheyMay) {

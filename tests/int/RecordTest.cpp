@@ -1,6 +1,5 @@
 // What all configuration records have in common, and their bytes and texts. A record joins with a line.
 #include "capi/FlatRecord.h"
-#include "config/EventConfig.h"
 #include "config/LaserConfig.h"
 #include "config/MotfConfig.h"
 #include "config/ProcessVariables.h"
@@ -10,6 +9,7 @@
 #include "config/SystemConfig.h"
 #include "int/Helpers.h"
 #include "kelvo/kelvo.h"
+#include "services/EventConfig.h"
 #include "services/OpticalParameters.h"
 
 namespace VELTRO::KELVO::Test {

@@ -18,7 +18,7 @@ TEST(HeadFormats, AreThoseOfTheTable) {
     std::int32_t heads = 0, axes = 0, count = 0, dimensions = 0, axis = 0, index = 0;
     bool zoom = false, extended = false, auxiliary = false;
     EXPECT_EQ(vlScannerHeadFormatIsExtended(format, &extended) + vlScannerHeadFormatHasAuxiliary(format, &auxiliary), 0);
-    EXPECT_TRUE(extended == ((format & 32) != 0) && auxiliary == ((format & 16) != 0)) << format;
+    EXPECT_TRUE(extended == ((format & vlSHFlags_Extended) != 0) && auxiliary == ((format & vlSHFlags_Auxiliary) != 0)) << format;
     EXPECT_EQ(vlScannerHeadFormatGetAxes(format, nullptr), -1);
     EXPECT_EQ(LastError(), "Out parameter must not be null");
     const bool isKnown = vlScannerHeadFormatGetAxes(format, &axes) == 0;
@@ -56,10 +56,20 @@ TEST(ScannerRecords, CrossWireAndPlainStructs) {
     Flat::FromRecord(msgpack::unpack(bytes.data(), bytes.size()).get().template as<R>(), plain);
     return Flat::Taken<R>(&plain).ToString();
   };
-  for (const auto& [format, heads, axes] : {std::tuple(114, 1, 6), {9, 2, 2}, {1, 1, 3}, {10, 2, 3}}) {
-    config.SetHeadFormat(ScanHeadFormat::_from_integral(format));
-    EXPECT_TRUE(config.HeadCount == heads && std::ssize(config.Heads) == heads && config.Heads.back().AxisCount == axes) << format;
+  EXPECT_EQ(vlScannerInitConfig(&flat), 0);
+  flat.FieldSize.Y = 7, flat.Heads.Items[0].Axes.Items[1].HeadBias = 5, flat.HeadFormat = 3;
+  for (const auto& [format, heads, axes] : {std::tuple(vlScanHeadFormat_VL3_Single4DXA, 1, 6), {vlScanHeadFormat_SL2_Dual2D, 2, 2},
+                                            {vlScanHeadFormat_SL2_Single3D, 1, 3}, {vlScanHeadFormat_VL3_Dual3D, 2, 3}}) {
+    EXPECT_EQ(vlScannerConfigSetHeadFormat(&flat, format), 0) << LastError();
+    const vlScanHeadConfig& last = flat.Heads.Items[heads - 1];
+    EXPECT_TRUE(flat.HeadFormat == format && flat.HeadCount == heads && flat.Heads.Count == static_cast<std::uint32_t>(heads)) << format;
+    EXPECT_TRUE(last.AxisCount == axes && last.Axes.Count == static_cast<std::uint32_t>(axes) && last.FieldTransform.A[2][2] == 1) << format;
+    EXPECT_TRUE(flat.FieldSize.Y == 7 && flat.Heads.Items[0].Axes.Items[1].HeadBias == 5) << format;
   }
+  EXPECT_EQ(vlScannerConfigSetHeadFormat(&flat, 3), -1);
+  EXPECT_EQ(LastError(), "Unknown head format");
+  EXPECT_EQ(flat.HeadFormat, vlScanHeadFormat_VL3_Dual3D);
+  config.SetHeadFormat(ScanHeadFormat::VL3_Dual3D);
   config.Heads[1].FieldTransform.Scale(2, 3).Translate(0.5, 0, 0);
   config.Heads[1].Axes[2].HeadBias = 4;
   const std::string axis = "AccelerationTime=0, TrackingError=0, HeadBias=", end = " ], EnableFieldCorrection=false, ConfigVersion=10 }";
@@ -68,8 +78,9 @@ TEST(ScannerRecords, CrossWireAndPlainStructs) {
             ", { FieldTransform={ ( 2, 0, 0, 0, 3, 0, 0, 0, 1 ), ( 0.5, 0, 0 ) }, Axes=[ " + axis + "0, " + axis + "0, " + axis + "4" + end +
             " ], ScanHeadDelay=0, HeadFormat=VL3_Dual3D, ConfigVersion=12");
   EXPECT_TRUE(hex.starts_with("97 0C 93 CB 40 F0 00 00") && hex.find(" 02 92 95 03 0A 92 99 CB 3F F0 00 00") != std::string::npos) << hex;
+  monitoring.ScanHeadAxes = {Axes::XY, static_cast<Axes::_enumerated>(0x25)};
   EXPECT_EQ(through(monitoring, flatMonitoring), "Enabled=false, UsePingPong=false, Command=21120, Mask=11136, GoodValue=11136, Command1=0, Mask1=0, GoodValue1=0, "
-            "Period=1000, MinConsecutiveErrors=3, ContinueOnError=false, ScanHeadAxes=[ XY ], ConfigVersion=2");
+            "Period=1000, MinConsecutiveErrors=3, ContinueOnError=false, ScanHeadAxes=[ XY, X|Z|SensorZ ], ConfigVersion=2");
   const std::pair<std::function<void()>, const char*> wrong[] = {  // one thing after the other
       {[&] { config.SetHeadFormat(static_cast<ScanHeadFormat::_enumerated>(3)); }, "Unknown head format"},
       {[&] { config.Heads[1].ConfigVersion = 11; through(config, flat); }, "The Version of the supplied config is newer than the newest supported version."},
@@ -77,7 +88,7 @@ TEST(ScannerRecords, CrossWireAndPlainStructs) {
       {[&] { flat.HeadFormat = 3; Flat::Taken<ScannerConfig>(&flat); }, "ScanHeadFormat::_from_integral: invalid argument"},
       {[&] { flat.Heads.Items[1].Axes.Count = 7; Flat::Taken<ScannerConfig>(&flat); }, "Error converting ScannerConfig from C."},
       {[&] { monitoring.ScanHeadAxes.assign(3, Axes::X); Flat::FromRecord(monitoring, flatMonitoring); }, "Error converting ScannerMonitoringConfig to C."},
-      {[&] { flatMonitoring.ScanHeadAxes.Items[0] = 5; Flat::Taken<ScannerMonitoringConfig>(&flatMonitoring); }, "Axes::_from_integral: invalid argument"},
+      {[&] { flatMonitoring.ScanHeadAxes.Items[0] = 64; Flat::Taken<ScannerMonitoringConfig>(&flatMonitoring); }, "Axes::_from_integral: invalid argument"},
   };
   for (const auto& [work, text] : wrong) EXPECT_EQ(Failure(work), text);
 }

@@ -1,9 +1,6 @@
 // The connection from the inside: connecting, waiting, reading, ending, each with time-outs of the test's
 // own.
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -12,6 +9,7 @@
 #include "Helpers.h"
 #include "client/ClientAPI.h"
 #include "rpc/RpcClient.h"
+#include "support/BlackHole.h"
 #include "support/FakeCard.h"
 #include "support/Process.h"
 
@@ -27,32 +25,6 @@ RpcClientConfiguration Configuration(int port) {
   configuration.ReceiveTimeout = std::chrono::milliseconds(5000);
   return configuration;
 }
-
-// A listener whose backlog is full: a connect to it gets no answer at all.
-class BlackHole {
- public:
-  BlackHole() {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    auto* generic = reinterpret_cast<sockaddr*>(&address);
-    EXPECT_EQ(bind(listener_, generic, length), 0);
-    EXPECT_EQ(listen(listener_, 0), 0);
-    getsockname(listener_, generic, &length);
-    EXPECT_EQ(connect(filler_, generic, length), 0);
-    port = ntohs(address.sin_port);
-  }
-  ~BlackHole() {
-    close(filler_);
-    close(listener_);
-  }
-  int port = 0;
-
- private:
-  const int listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  const int filler_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-};
 
 TEST(Adapter, GivesUpConnectingAfterItsTimeout) {
   BlackHole hole;
@@ -85,6 +57,19 @@ TEST(Adapter, DisconnectsAtOnceWhileConnecting) {
     ending.join();
     EXPECT_LT(watch.Milliseconds(), 2000);
   }
+}
+
+TEST(Adapter, ADisconnectBeforeTheConnectIsRemembered) {
+  BlackHole hole;
+  const Stopwatch watch;
+  RpcClient client(Configuration(hole.port));
+  client.End();
+  EXPECT_EQ(Failure([&] { client.Start(); }),
+            "Unable to connect to 127.0.0.1:" + std::to_string(hole.port) + ".");
+  ClientAdapter adapter;
+  adapter.End();
+  EXPECT_EQ(Failure([&] { adapter.Connect(Loopback, hole.port, 5000, 1); }), "ConnectionAborted");
+  EXPECT_LT(watch.Milliseconds(), 2000);
 }
 
 TEST(Adapter, RefusesToConnectTwiceAndGoesOn) {
@@ -181,6 +166,17 @@ TEST(Client, WithoutACallbackDropsNotificationsAndLogsSo) {
   RpcClient client(configuration);
   client.Start();
   EXPECT_FALSE(client.Call<bool>("Anything"));
+  // What is logged, and where, stands in the configuration.
+  const auto logging = [&] {
+    return client.GetConfig().LogFile + (client.GetConfig().LoggingEnabled ? " on" : " off");
+  };
+  const std::string folder = testing::TempDir();
+  client.EnableLogging(folder, false, true, -1);
+  EXPECT_EQ(logging(), folder + "/KELVOrpc on");
+  client.DisableLogging();
+  EXPECT_EQ(logging(), folder + "/KELVOrpc off");
+  EXPECT_NE(Failure([&] { client.EnableLogging("/no/such/folder/log", false, true, -1); }), "no failure");
+  EXPECT_EQ(logging(), "/no/such/folder/log off");
   client.Stop();
   std::ifstream file(configuration.LogFile);
   const std::string log{std::istreambuf_iterator<char>(file), {}};

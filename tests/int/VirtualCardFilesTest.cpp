@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "int/CardClient.h"
+#include "services/OpticalParameters.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -65,6 +66,23 @@ TEST(VirtualCardFiles, AreOpenedReadAndWrittenAsTheirModesSay) {
     while (other.Refusal("FileDelete", Corr, Text("n63")) == "The file 'n63' is open.") std::this_thread::yield();
     EXPECT_EQ(other.Call<std::vector<Text>>("GetFiles", Corr).size(), 63U);
   }
+}
+
+TEST(VirtualCardFiles, KeepNobodyWaitingWithWhatTheyAreFullOf) {
+  const CardProcess card;
+  Client c(card);
+  const int f = c.Call<int>("FileOpen", Corr, Text("head0Correction.kc7"), Create);
+  Text keys = "{";
+  for (int i = 0; keys.size() < (1 << 20) - 20; ++i) keys += "\"" + std::to_string(i) + "\":0,";
+  keys += "\"end\":0}";
+  for (std::size_t at = 0; at < keys.size(); at += 900000) {
+    const Text piece = keys.substr(at, 900000);
+    c.Call("FileWrite", f, Bytes8(piece.begin(), piece.end()), static_cast<int>(piece.size()));
+  }
+  c.Call("FileClose", f);
+  const Stopwatch watch;
+  EXPECT_EQ(c.Call<OpticalParameters>("GetOpticalParametersHeadCorrection", 0, 0).XLayers, 1) << "they are none";
+  EXPECT_LT(watch.Milliseconds(), 5000);
 }
 
 TEST(VirtualCardFiles, AreNowhereButInTheirFolder) {

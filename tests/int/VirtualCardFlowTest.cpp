@@ -2,6 +2,7 @@
 #include <thread>
 
 #include "int/CardClient.h"
+#include "lists/ListStatus.h"
 #include "services/Font.h"
 #include "support/Process.h"
 
@@ -129,7 +130,7 @@ TEST(VirtualCardFlow, TakesListsAsTheyAreWhenCalledAndTellsWhereItIs) {
   client.Run("LOS 2 1 CL 8 LOE 1", "progress 1");
   while (client.Call<int>("GetListCaret", 8) != 2) std::this_thread::yield();
   EXPECT_EQ(client.Call<int>("GetListCaret", 7), 1);
-  EXPECT_EQ(client.Lists.GetListStatus(8), 2);
+  EXPECT_EQ(client.Lists.GetListStatus(8), ClientLib::ListStatus::Running);
   client.Call("StoreList", 8);
   Set(client, 8, "PI 2");
   card.Say("resume");

@@ -1,20 +1,12 @@
 // The virtual card as a program of its own, spoken to over real sockets.
-#include <sys/socket.h>
-
 #include "int/CardClient.h"
+#include "lists/ListStatus.h"
+#include "services/Font.h"
 #include "support/FakeCard.h"
+#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
-
-// A connection that sends and takes mere bytes.
-int Connect(const CardProcess& card) {
-  sockaddr_storage address{};
-  const socklen_t length = IPAddress::Resolve("127.0.0.1").GetSockaddr(card.GetPort(), address);
-  const int result = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  EXPECT_EQ(connect(result, reinterpret_cast<const sockaddr*>(&address), length), 0);
-  return result;
-}
 
 TEST(VirtualCardRun, TakesTheTimeThatItsCommandsTake) {
   // With these a mark by 1 takes 500 us, a jump by 1 takes 50 us and the jump delay.
@@ -73,7 +65,7 @@ TEST(VirtualCardRun, IsAbortedAtOnceHoweverLongItWouldTake) {
   for (const Text endless : {"SL 3.6e9", "LOS 2147483647 1 LOE 1", "MA 1e300,0"}) {
     EXPECT_EQ(client.Run("MR 1,0 PI 1 " + endless, "progress"), Events{"progress 1"});
     EXPECT_TRUE(client.Lists.IsExecutionInProgress());
-    EXPECT_EQ(client.Lists.GetListStatus(7), 2);
+    EXPECT_EQ(client.Lists.GetListStatus(7), ClientLib::ListStatus::Running);
     EXPECT_EQ(other.Refusal("ExecuteList", 7), "A list is already running.");
     EXPECT_EQ(other.Refusal("SetList", 7, CommandList(), true), "List 7 is running.");
     EXPECT_EQ(other.Refusal("DeleteList", 7, true), "List 7 is running.");
@@ -132,7 +124,7 @@ TEST(VirtualCardLists, ComeBackAsTheyWereSent) {
   lists.Set(7, tail, false, -1);
   EXPECT_EQ(lists.Get(7).GetCommandCount(), 1U);
   lists.Delete(7, true);
-  EXPECT_EQ(lists.GetListStatus(7), 0);
+  EXPECT_EQ(lists.GetListStatus(7), ClientLib::ListStatus::NoSuchList);
   EXPECT_EQ(lists.GetStoredListIDs(), std::vector<std::int32_t>{-3});
 }
 
@@ -157,15 +149,16 @@ TEST(VirtualCardConnections, AreClosedWhenTheySendGarbageAndOthersLiveOn) {
   const CardProcess card({"--speed", "max", "--firmware", "Test 1.0", "--serial", "777"});
   Client other(card);
   const Stopwatch watch;
-  for (const Text& bytes : {
-           // Another start, no requests, too long, incomplete, of wrong types, more than a request.
-           "\x93" + FrameOf(0x00, 1, "M", none).substr(1), FrameOf(0x01, 1, "M", none), FrameOf(0x02, none),
-           Bytes("94 00 01 00 00 01"), Bytes("94 00 FF FF FF FF"), Frame(0x00, ""), FrameOf(0x00, 1),
-           FrameOf(0x00, 1, "M"), FrameOf(0x00, "M", none), FrameOf(0x00, 1, 2, none),
-           FrameOf(0x00, 1, "M", 5), FrameOf(0x00, 1, "M", none, none), Text("GET /\r\n"),
-           Frame(0x00, Bytes("01 A1 4D DD FF FF FF FF")),       // four thousand million arguments
-           Frame(0x00, Bytes("01 A1 4D") + Text(250, '\x91')),  // arrays in arrays, cut short
-       }) {
+  for (
+      const Text& bytes : {
+          // Another start, no requests, too long without an id, incomplete, of wrong types, more than a request.
+          "\x93" + FrameOf(0x00, 1, "M", none).substr(1), FrameOf(0x01, 1, "M", none), FrameOf(0x02, none),
+          Bytes("94 00 FF FF FF FF") + Text(20, '\xC0'), Frame(0x00, ""), FrameOf(0x00, 1),
+          FrameOf(0x00, 1, "M"), FrameOf(0x00, "M", none), FrameOf(0x00, 1, 2, none),
+          FrameOf(0x00, 1, "M", 5), FrameOf(0x00, 1, "M", none, none), Text("GET /\r\n"),
+          Frame(0x00, Bytes("01 A1 4D DD FF FF FF FF")),       // four thousand million arguments
+          Frame(0x00, Bytes("01 A1 4D") + Text(250, '\x91')),  // arrays in arrays, cut short
+      }) {
     SCOPED_TRACE(Hex(bytes));
     Peer bad(Connect(card));
     bad.Send(bytes);
@@ -196,8 +189,73 @@ TEST(VirtualCardConnections, ThatDoNotReadHoldUpNobody) {
   EXPECT_FALSE(slow.Fill(AllBytes));
 }
 
+TEST(VirtualCardConnections, OutliveARequestThatIsTooLong) {
+  const CardProcess card;
+  Client client(card);
+  Font font(5);
+  const std::string most(900000, 'x');
+  for (std::uint16_t character = 0; character < 20; ++character) {
+    Command command(1);
+    command.Add(std::span(reinterpret_cast<const std::uint8_t*>(most.data()), most.size()));
+    font.CharContainer[character].Append(command);
+  }
+  const Text refusal = client.Refusal("SetFont", font);
+  EXPECT_TRUE(refusal.starts_with("The request has 18000") &&
+              refusal.ends_with(" bytes; the card takes 16777216 at most."))
+      << refusal;
+  EXPECT_EQ(client.Refusal("GetFont", 5), "There is no font 5 on the card.");
+  font.CharContainer.erase(0), font.CharContainer.erase(1);
+  client.Call("SetFont", font);
+  EXPECT_EQ(client.Call<Font>("GetFont", 5).CharContainer.size(), 18U);
+  // Its parts may come one by one, and with the next request behind them.
+  Peer peer(Connect(card));
+  Text frame = Frame(0x00, Packed(7) + Text((16 << 20) + 10, '\xC0')) +
+               FrameOf(0x00, 8, "IsUpdateActive", std::vector<int>());
+  for (const std::size_t size : {std::size_t{3}, std::size_t{4}, std::size_t{100000}, frame.size()}) {
+    peer.Send(frame.substr(0, size));
+    frame.erase(0, size);
+  }
+  Text both =
+      FrameOf(0x81, 7,
+              std::make_tuple(Text("The request has 16777227 bytes; the card takes 16777216 at most."), "",
+                              msgpack::type::nil_t()));
+  both += Response(8, false);
+  EXPECT_TRUE(peer.Fill(both.size()));
+}
+
+TEST(VirtualCardErrors, AreToldOnceToWhoeverCalls) {
+  const CardProcess card({"--speed", "max"});
+  const Connection connection(card.GetPort());
+  static std::mutex mutex;
+  static std::condition_variable told;
+  static Text message;
+  const auto keep = [](std::int32_t, std::int32_t, const char* text, std::uint32_t length) {
+    const std::lock_guard lock(mutex);
+    message.assign(text, length);
+    told.notify_all();
+  };
+  std::uint32_t id = 0;
+  ASSERT_EQ(vlListRegisterErrorEventCallback(connection, keep, &id), 0);
+  const std::int64_t list = vlListAllocate(connection);
+  ASSERT_EQ(vlListAppendJumpSpeed(list, 0), 0);
+  ASSERT_EQ(vlListSet(connection, 7, list, false, -1), 0);
+  ASSERT_EQ(vlListExecute(connection, 7), 0);
+  std::unique_lock lock(mutex);
+  ASSERT_TRUE(told.wait_for(lock, std::chrono::seconds(20), [] { return !message.empty(); }));
+  EXPECT_EQ(vlListExecute(connection, 8), -1);
+  for (const auto& [text, sentence] :
+       {std::pair<Text, Text>{message, "List 7, command 0 (JS): The speed must be positive and finite."},
+        {LastError(), "There is no list 8 on the card."}}) {
+    EXPECT_EQ(text, "BeginException------------------------------------\n" + sentence +
+                        "\nInnerException------------------------------------\nStackTrace--------------------"
+                        "--------------------\n"
+                        "\nEndException--------------------------------------");
+  }
+}
+
 TEST(VirtualCardPicture, ShowsWhatTheLaserMarked) {
   const PictureFile picture;
+  std::filesystem::create_symlink("target", picture.Name());
   const CardProcess card({"--speed", "max", "--svg", picture.Name(), "--beam", "0.2"});
   Client client(card);
   client.Run(
@@ -217,6 +275,7 @@ TEST(VirtualCardPicture, ShowsWhatTheLaserMarked) {
     EXPECT_NE(content.find(part), Text::npos) << part << " is not in\n" << content;
   }
   EXPECT_EQ(content.find("<circle"), content.rfind("<circle")) << "a laser that moved made no dot";
+  EXPECT_TRUE(std::filesystem::is_symlink(picture.Name()));
   client.Run("MR 1,0");
   EXPECT_EQ(picture.Content().find("30.1,5.2"), Text::npos) << "a picture is of one run";
 }
@@ -237,9 +296,23 @@ TEST(VirtualCardProgram, SaysWhatIsWrongWithItsArguments) {
   const Text port = std::to_string(other.GetPort());
   const std::tuple<std::vector<Text>, int, Text> cases[] = {
       {{"--port", port}, 1, "Cannot listen on 127.0.0.1:" + port + ": Address already in use."},
-      {{"--svg", "/no/such/directory/run.svg"}, 1, "No such file or directory"},
-      {{"--port", "65536"}, 2, "--port"},
-      {{"--speed", "0"}, 2, "--speed"},
+      {{"--svg", "/no/such/run.svg"}, 1, "Cannot write '/no/such/run.svg': No such file or directory."},
+      {{"--port", "65536"}, 2, "--port: takes a whole number from 0 to 65535, not '65536'"},
+      {{"--port", "0x10"}, 2, "not '0x10'"},
+      {{"--queue", "-1"}, 2, "--queue: takes a whole number from 0 to 1099511627776, not '-1'"},
+      {{"--queue", "99999999999999999999"}, 2, "--queue: takes a whole number"},
+      {{"--queue="}, 2, "--queue"},
+      {{"--memory", "1e6"}, 2, "--memory: takes a whole number from 0 to 1099511627776, not '1e6'"},
+      {{"--connections", "0"}, 2, "--connections: takes a whole number from 1 to 10000, not '0'"},
+      {{"--standalone-list", "2147483648"}, 2, "--standalone-list: takes a whole number from -2147483648 to"},
+      {{"--speed", "0"}, 2, "--speed: takes a positive, finite number or 'max', not '0'"},
+      {{"--speed", "inf"}, 2, "--speed: takes a positive"},
+      {{"--beam", "nan"}, 2, "--beam: takes a positive, finite number, not 'nan'"},
+      {{"--beam", "1e999"}, 2, "--beam: takes a positive"},
+      {{"--input", "1=4294967296"},
+       2,
+       "--input: takes PORT=VALUE, two numbers of 32 bits, not '1=4294967296'"},
+      {{"--input", "1"}, 2, "--input: takes PORT=VALUE"},
   };
   for (const auto& [arguments, exitCode, error] : cases) {
     CardProcess card(arguments);

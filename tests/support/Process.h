@@ -17,6 +17,12 @@ inline constexpr bool Sanitized = true;
 #else
 inline constexpr bool Sanitized = false;
 #endif
+// The one for threads makes each byte that is moved a slow one, too.
+#if defined(__SANITIZE_THREAD__)
+inline constexpr bool ThreadSanitized = true;
+#else
+inline constexpr bool ThreadSanitized = false;
+#endif
 
 std::size_t OpenDescriptors();
 std::size_t Threads();

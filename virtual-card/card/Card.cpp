@@ -6,6 +6,7 @@ namespace VELTRO::KELVO::VirtualCard {
 
 Card::Card(CardSettings settings, Notifier& clients)
     : state_(settings.StateDirectory),
+      memory_(settings.Memory),
       Identity(std::move(settings.Identity)),
       Configuration(state_),
       System(Configuration),
@@ -13,10 +14,11 @@ Card::Card(CardSettings settings, Notifier& clients)
       Motf(Configuration.QuadratureDecoder),
       Inputs(runSignal_),
       Variables(runSignal_),
-      Files(settings.StateDirectory),
+      Fonts(memory_, state_),
+      Files(state_.GetHost(), memory_),
       HeadCorrections(Files, Configuration, state_),
       PowerCorrection(Files),
-      Lists(Execution),
+      Lists(Execution, memory_, state_),
       Scanner(Configuration, Execution),
       Execution(std::move(settings.Execution),
                 {clients, runSignal_, Inputs, Variables, Lists, Fonts, Configuration, System}) {}

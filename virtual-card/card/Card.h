@@ -1,8 +1,11 @@
 // The card: what it is, what it holds, what it does. Each area is a part of it with a room of its own.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 
+#include "MemoryBudget.h"
 #include "card/CardConfiguration.h"
 #include "card/CardFiles.h"
 #include "card/CardFonts.h"
@@ -23,23 +26,26 @@ namespace VELTRO::KELVO::VirtualCard {
 struct CardIdentity {
   std::string FirmwareVersion;
   std::string SerialNumber;
+  std::uint32_t ConnectionLimit = 0;
 };
 
 struct CardSettings {
   CardIdentity Identity;
   ExecutorSettings Execution;
   std::string StateDirectory;  // empty: what is stored ends with the card
+  std::size_t Memory = 0;      // bytes for lists, fonts and, without a state directory, files
 };
 
 // Any thread may use any part at any time.
 class Card {
  public:
-  // Throws as Plotter and StateDirectory do.
+  // Throws as Plotter, StateDirectory and CardFiles do.
   Card(CardSettings settings, Notifier& clients);
 
  private:
   AbortSignal runSignal_;
   StateDirectory state_;
+  MemoryBudget memory_;
 
  public:
   const CardIdentity Identity;

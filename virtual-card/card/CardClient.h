@@ -1,6 +1,7 @@
 // One client, as the card knows it.
 #pragma once
 
+#include "WorkMemory.h"
 #include "card/Card.h"
 #include "card/OpenFile.h"
 
@@ -8,9 +9,10 @@ namespace VELTRO::KELVO::VirtualCard {
 
 // One thread's. Its end closes the client's files.
 struct CardClient {
-  explicit CardClient(Card& card) : Owner(card), Files(card.Files) {}
+  CardClient(Card& card, WorkMemories& memories) : Owner(card), Work(memories), Files(card.Files) {}
 
   Card& Owner;
+  WorkLease Work;  // for the request that is being carried out
   OpenFiles Files;
 };
 

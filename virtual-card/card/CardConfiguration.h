@@ -5,13 +5,13 @@
 
 #include "card/KeptRecord.h"
 #include "common/Mutex.h"
-#include "config/EventConfig.h"
 #include "config/LaserConfig.h"
 #include "config/MotfConfig.h"
 #include "config/ProcessVariables.h"
 #include "config/QuadratureDecoderConfig.h"
 #include "config/ScannerConfig.h"
 #include "config/SystemConfig.h"
+#include "services/EventConfig.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 

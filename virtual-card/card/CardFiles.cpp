@@ -1,7 +1,5 @@
 #include "card/CardFiles.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <limits>
@@ -9,11 +7,13 @@
 #include <system_error>
 
 #include "card/OpenFile.h"
+#include "common/ReplacedFile.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::FileMode;
 using ClientLib::MutexLock;
+using ClientLib::ReplacedFile;
 
 namespace {
 
@@ -26,7 +26,8 @@ bool IsAllowed(std::string_view name) {
     return code >= ' ' && code != Delete && code != '/' && code != '\\';
   };
   return !name.empty() && name.size() <= MostNameBytes && name != "." &&
-         name.find("..") == std::string_view::npos && std::ranges::all_of(name, isAllowed);
+         name.find("..") == std::string_view::npos && std::ranges::all_of(name, isAllowed) &&
+         !ReplacedFile::IsTemporary(name);
 }
 
 FileDirectory::Existing ExistingFor(FileMode mode) {
@@ -43,11 +44,10 @@ FileDirectory::Existing ExistingFor(FileMode mode) {
 
 }  // namespace
 
-CardFiles::CardFiles(const std::string& stateDirectory) {
-  const std::string files = stateDirectory.empty() ? "" : stateDirectory + "/files";
-  const FileDirectory top(files);
+CardFiles::CardFiles(const HostDirectory& state, MemoryBudget& memory) {
+  const HostDirectory files = state.Subdirectory("files");
   for (const Directory directory : Directory::_values()) {
-    directories_.emplace_back(files.empty() ? "" : files + "/" + directory._to_string());
+    directories_.emplace_back(files.Subdirectory(directory._to_string()), memory);
   }
 }
 
@@ -88,19 +88,22 @@ std::unique_ptr<OpenFile> CardFiles::Open(Directory directory, const std::string
   const Key key(directory, name);
   const bool isToWrite = mode != FileMode::Open;
   const MutexLock lock(mutex_);
-  Descriptor file = DirectoryOf(key, !isToWrite).Open(name, isToWrite, ExistingFor(mode));
-  if ((mode == FileMode::Create || mode == FileMode::Truncate) && ftruncate(file.Get(), 0) != 0) {
+  if (open_ >= MostOpen) throw std::runtime_error("Too many files are open.");
+  auto file = DirectoryOf(key, !isToWrite).Open(name, isToWrite, ExistingFor(mode));
+  if ((mode == FileMode::Create || mode == FileMode::Truncate) && file->Truncate() != 0) {
     throw std::runtime_error("Cannot truncate '" + name + "': " + std::generic_category().message(errno) +
                              ".");
   }
   auto open = std::make_unique<OpenFile>(*this, key, std::move(file), mode);
   isToWrite ? uses_[key] = Writing : ++uses_[key];
+  ++open_;
   open->BeginUse();
   return open;
 }
 
 void CardFiles::Closed(const Key& key) {
   const MutexLock lock(mutex_);
+  --open_;
   const auto use = uses_.find(key);
   if (use->second == Writing || --use->second == 0) uses_.erase(use);
 }
@@ -115,8 +118,9 @@ std::string CardFiles::Read(Directory directory, const std::string& name, std::s
   return bytes;
 }
 
-void CardFiles::Write(Directory directory, const std::string& name, std::string_view bytes) {
-  Open(directory, name, FileMode::Create)->Write(bytes);
+void CardFiles::Replace(Directory directory, const std::string& name, std::string_view bytes) {
+  const MutexLock lock(mutex_);
+  DirectoryOf({directory, name}).Replace(name, bytes);
 }
 
 std::int32_t CardFiles::NextNumber() {

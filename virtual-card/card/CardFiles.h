@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "MemoryBudget.h"
 #include "card/FileDirectory.h"
 #include "common/Mutex.h"
 #include "services/FileEnums.h"
@@ -18,15 +19,19 @@ namespace VELTRO::KELVO::VirtualCard {
 class OpenFile;
 
 // Any thread may call anything at any time. A file may be open for reading any number of times or for writing once;
-// whoever wants more gets std::runtime_error "The file 'NAME' is open.". A name is 1 to 255 bytes without control
-// characters, slashes, backslashes and "..", and not "."; for another one there is std::runtime_error "The file name is
+// whoever wants more gets std::runtime_error "The file 'NAME' is open.". More than MostOpen files at once, of all
+// clients, are "Too many files are open.". A name is 1 to 255 bytes without control characters, slashes, backslashes and
+// "..", and neither "." nor that of a file on its way (ReplacedFile); for another one there is "The file name is
 // not allowed.". Otherwise errors are those of FileDirectory.
 class CardFiles {
  public:
   using Directory = ClientLib::DirectorySelector;
 
-  // In the directory "files" of `stateDirectory`; empty: in memory. Throws as FileDirectory.
-  explicit CardFiles(const std::string& stateDirectory);
+  // Each takes a descriptor when it is on the host.
+  static constexpr int MostOpen = 512;
+
+  // In the directory "files" of `state`; none: in `memory`. Throws as HostDirectory::Subdirectory.
+  CardFiles(const HostDirectory& state, MemoryBudget& memory);
 
   std::vector<std::string> GetNames(Directory directory);
   bool Exists(Directory directory, const std::string& name);
@@ -38,8 +43,8 @@ class CardFiles {
 
   // The whole file. Throws also std::runtime_error "The file 'NAME' is too large.".
   std::string Read(Directory directory, const std::string& name, std::size_t mostBytes);
-  // Makes or replaces it.
-  void Write(Directory directory, const std::string& name, std::string_view bytes);
+  // Makes or replaces it in one step: when that fails, what was there stays.
+  void Replace(Directory directory, const std::string& name, std::string_view bytes);
 
   // No two files of any clients are open under one number.
   std::int32_t NextNumber();
@@ -56,6 +61,7 @@ class CardFiles {
   ClientLib::Mutex mutex_;
   std::vector<FileDirectory> directories_ KELVO_GUARDED_BY(mutex_);
   std::map<Key, int> uses_ KELVO_GUARDED_BY(mutex_);  // the number of readers, or Writing
+  int open_ KELVO_GUARDED_BY(mutex_) = 0;
   std::int32_t lastNumber_ KELVO_GUARDED_BY(mutex_) = 0;
 };
 

@@ -4,10 +4,46 @@
 #include <string>
 #include <utility>
 
+#include "card/ListMemory.h"
+#include "card/StoredForm.h"
+
 namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::Font;
 using ClientLib::MutexLock;
+
+namespace {
+
+constexpr std::size_t MostFontFileBytes = std::size_t{64} << 20;
+
+// A font and what it costs, as long as anybody has it.
+struct ChargedFont {
+  ChargedFont(Font font, MemoryBudget& memory) : Content(std::move(font)), Charge(memory) {}
+
+  Font Content;
+  MemoryCharge Charge;
+};
+
+CardFonts::Snapshot Charged(Font font, MemoryBudget& memory) {
+  const std::size_t bytes = MemoryOf(font);
+  const auto charged = std::make_shared<ChargedFont>(std::move(font), memory);
+  charged->Charge.Add(bytes);
+  return {charged, &charged->Content};
+}
+
+}  // namespace
+
+CardFonts::CardFonts(MemoryBudget& memory, StateDirectory& state)
+    : memory_(memory), files_(state, "Font", MostFontFileBytes) {
+  const MutexLock storing(storing_);
+  files_.ReadAll([this](std::int32_t id, std::string_view bytes) {
+    auto font = FromStored<Font>(bytes);
+    font.Id = id;
+    const Snapshot snapshot = Charged(std::move(font), memory_);
+    const MutexLock lock(mutex_);
+    stored_[id] = snapshot;
+  });
+}
 
 const CardFonts::Snapshot& CardFonts::Loaded(std::int32_t id) {
   const auto found = loaded_.find(id);
@@ -18,7 +54,7 @@ const CardFonts::Snapshot& CardFonts::Loaded(std::int32_t id) {
 }
 
 void CardFonts::Set(Font font) {
-  const auto snapshot = std::make_shared<const Font>(std::move(font));
+  const Snapshot snapshot = Charged(std::move(font), memory_);
   const MutexLock lock(mutex_);
   loaded_[snapshot->Id] = snapshot;
 }
@@ -36,8 +72,11 @@ void CardFonts::Delete(std::int32_t id) {
 }
 
 void CardFonts::Store(std::int32_t id) {
+  const MutexLock storing(storing_);
+  const Snapshot font = Find(id);
+  files_.Write(id, [&font] { return ToStored(*font); });
   const MutexLock lock(mutex_);
-  stored_[id] = Loaded(id);
+  stored_[id] = font;
 }
 
 void CardFonts::Load(std::int32_t id) {

@@ -6,6 +6,8 @@
 #include <memory>
 #include <optional>
 
+#include "MemoryBudget.h"
+#include "card/StoredFiles.h"
 #include "common/Mutex.h"
 #include "services/Font.h"
 
@@ -20,13 +22,16 @@ class CardFonts {
  public:
   using Snapshot = std::shared_ptr<const ClientLib::Font>;
 
-  // Puts the font under its own id, in place of the one that is there.
+  // Takes the fonts that were stored.
+  CardFonts(MemoryBudget& memory, StateDirectory& state);
+
+  // Puts the font under its own id, in place of the one that is there. Throws as MemoryCharge does.
   void Set(ClientLib::Font font);
   // Throws std::runtime_error "There is no font ID on the card.".
   Snapshot Find(std::int32_t id);
   // Throws as Find. Without the active font none is active.
   void Delete(std::int32_t id);
-  // Throws as Find.
+  // Throws as Find, or as StoredFiles::Write.
   void Store(std::int32_t id);
   // Puts the stored font in place of the loaded one, if any. Throws std::runtime_error "There is no stored
   // font ID on the card.".
@@ -40,6 +45,9 @@ class CardFonts {
  private:
   const Snapshot& Loaded(std::int32_t id) KELVO_REQUIRES(mutex_);
 
+  MemoryBudget& memory_;
+  ClientLib::Mutex storing_;  // ahead of mutex_, which nobody has to wait for while files are written
+  StoredFiles files_ KELVO_GUARDED_BY(storing_);
   ClientLib::Mutex mutex_;
   std::map<std::int32_t, Snapshot> loaded_ KELVO_GUARDED_BY(mutex_);
   std::map<std::int32_t, Snapshot> stored_ KELVO_GUARDED_BY(mutex_);

@@ -3,8 +3,9 @@
 #include <stdexcept>
 
 #include "Log.h"
+#include "card/Fnv1a.h"
 #include "card/OpenFile.h"
-#include "rpc/MsgPack.h"
+#include "card/StoredForm.h"
 #include "services/CorrectionFiles.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -78,9 +79,8 @@ std::int32_t CardHeadCorrections::GetSelected(std::int32_t head) {
 }
 
 void CardHeadCorrections::Load() {
-  Selection stored = {-1, -1};
   const auto bytes = state_.Read(StoredName);
-  if (bytes) msgpack::unpack(bytes->data(), bytes->size()).get().convert(stored);
+  Selection stored = bytes ? FromStored<Selection>(*bytes) : Selection{-1, -1};
   for (std::int32_t head = 0; head < Heads; ++head) {
     auto& slot = stored[static_cast<std::size_t>(head)];
     if (slot != -1 && !Exists(head, slot)) slot = -1;
@@ -90,25 +90,25 @@ void CardHeadCorrections::Load() {
 }
 
 void CardHeadCorrections::Store() {
-  msgpack::sbuffer bytes;
+  Selection selected;
   {
     const MutexLock lock(mutex_);
-    msgpack::pack(bytes, selected_);
+    selected = selected_;
   }
-  state_.Write(StoredName, {bytes.data(), bytes.size()});
+  state_.Write(StoredName, ToStored(selected));
 }
 
 std::string CardHeadCorrections::GetHash(std::int32_t head, std::int32_t slot) {
-  constexpr std::uint64_t OffsetBasis = 0xCBF29CE484222325, Prime = 0x100000001B3;
-  constexpr int Digits = 16, BitsOfDigit = 4;
-  const auto file = files_.Open(Directory, FileOf(head, slot), ClientLib::FileMode::Open);
-  std::uint64_t hash = OffsetBasis;
-  for (OpenFile::Bytes bytes; !(bytes = file->Read(OpenFile::MostBytes)).empty();) {
-    for (const std::uint8_t byte : bytes) hash = (hash ^ byte) * Prime;
+  const std::string name = FileOf(head, slot);
+  const auto file = files_.Open(Directory, name, ClientLib::FileMode::Open);
+  if (file->GetSize() > ClientLib::CorrectionFiles::MostHeadCorrectionBytes) {
+    throw std::runtime_error("The file '" + name + "' is too large.");
   }
-  std::string text;
-  for (int digit = Digits; digit-- > 0;) text += "0123456789abcdef"[hash >> (BitsOfDigit * digit) & 0xFU];
-  return text;
+  Fnv1a hash;
+  for (OpenFile::Bytes bytes; !(bytes = file->Read(OpenFile::MostBytes)).empty();) {
+    hash.Add({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  }
+  return hash.Text();
 }
 
 OpticalParameters CardHeadCorrections::GetParameters(std::int32_t head, std::int32_t slot) {

@@ -38,7 +38,8 @@ class CardHeadCorrections {
   // Throws as StateDirectory::Write.
   void Store();
 
-  // 16 hexadecimal digits: the 64-bit FNV-1a of the file.
+  // 16 hexadecimal digits: the 64-bit FNV-1a of the file. Throws also std::runtime_error "The file 'NAME' is too large."
+  // for one that is no correction by its size.
   std::string GetHash(std::int32_t head, std::int32_t slot);
   // Those that the file is the JSON form of; of another file those of the scanner's configuration, with one layer for x
   // and y. The hash is that of the file.

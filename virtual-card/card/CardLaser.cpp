@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "card/StoredForm.h"
 #include "common/KelvoAPIEnums.h"
-#include "rpc/MsgPack.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -15,6 +15,7 @@ using ClientLib::MutexLock;
 namespace {
 
 constexpr std::size_t CalibrationSteps = 256;
+constexpr std::size_t MostSteps = 65536;
 
 void CheckNumber(std::int32_t number, int count, const char* what) {
   if (number < 0 || number >= count) {
@@ -74,6 +75,7 @@ void CardLaser::CreateCalibration(std::int32_t engine) {
 
 void CardLaser::SetCalibration(std::int32_t engine, Calibration values) {
   CheckNumber(engine, Engines, "laser engine");
+  if (values.size() > MostSteps) throw std::runtime_error("The power calibration has too many values.");
   const MutexLock lock(mutex_);
   calibrations_[engine] = std::move(values);
 }
@@ -85,15 +87,12 @@ CardLaser::Calibration CardLaser::GetCalibration(std::int32_t engine) {
 }
 
 void CardLaser::StoreCalibration(std::int32_t engine) {
-  msgpack::sbuffer bytes;
-  msgpack::pack(bytes, GetCalibration(engine));
-  directory_.Write(NameOf(engine), {bytes.data(), bytes.size()});
+  directory_.Write(NameOf(engine), ToStored(GetCalibration(engine)));
 }
 
 void CardLaser::LoadCalibration(std::int32_t engine) {
   const auto bytes = directory_.Read(NameOf(engine));
-  SetCalibration(
-      engine, bytes ? msgpack::unpack(bytes->data(), bytes->size()).get().as<Calibration>() : Calibration());
+  SetCalibration(engine, bytes ? FromStored<Calibration>(*bytes) : Calibration());
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -33,6 +33,7 @@ class CardLaser {
 
   // Throw std::runtime_error "There is no laser engine ENGINE.".
   void CreateCalibration(std::int32_t engine);  // 0, 1, ..., 255
+  // Throws also std::runtime_error "The power calibration has too many values.".
   void SetCalibration(std::int32_t engine, Calibration values);
   Calibration GetCalibration(std::int32_t engine);
   void StoreCalibration(std::int32_t engine);

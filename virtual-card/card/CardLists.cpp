@@ -1,14 +1,36 @@
 #include "card/CardLists.h"
 
+#include <memory>
 #include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
+#include "card/ListMemory.h"
+#include "card/StoredForm.h"
+
 namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::CommandList;
+using ClientLib::ListStatus;
 using ClientLib::MutexLock;
+
+namespace {
+
+constexpr std::size_t MostListFileBytes = std::size_t{256} << 20;
+
+}  // namespace
+
+CardLists::CardLists(Executor& executor, MemoryBudget& memory, StateDirectory& state)
+    : executor_(executor), memory_(memory), files_(state, "List", MostListFileBytes) {
+  const MutexLock storing(storing_);
+  files_.ReadAll([this](std::int32_t id, std::string_view bytes) {
+    auto list = FromStored<CommandList>(bytes);
+    auto charge = std::make_shared<MemoryCharge>(memory_, MemoryOf(list));
+    const MutexLock lock(mutex_);
+    stored_.insert_or_assign(id, ListSnapshot{0, std::move(list), std::move(charge)});
+  });
+}
 
 const ListSnapshot& CardLists::Find(std::int32_t id) {
   const auto found = lists_.find(id);
@@ -18,8 +40,9 @@ const ListSnapshot& CardLists::Find(std::int32_t id) {
   return found->second;
 }
 
-void CardLists::Put(std::int32_t id, CommandList list) {
-  lists_.insert_or_assign(id, ListSnapshot{++version_, std::move(list)});
+void CardLists::Put(std::int32_t id, ListSnapshot list) {
+  list.Version = ++version_;
+  lists_.insert_or_assign(id, std::move(list));
 }
 
 void CardLists::CheckNotRunning(std::int32_t id) {
@@ -32,8 +55,17 @@ void CardLists::Set(std::int32_t id, CommandList list, bool append) {
   const MutexLock lock(mutex_);
   CheckNotRunning(id);
   const auto place = lists_.find(id);
-  if (!append || place == lists_.end()) return Put(id, std::move(list));
+  const std::size_t bytes = MemoryOf(list);
+  if (!append || place == lists_.end()) {
+    return Put(id, {0, std::move(list), std::make_shared<MemoryCharge>(memory_, bytes)});
+  }
   CommandList& commands = place->second.Commands;
+  auto& charge = place->second.Charge;
+  if (charge.use_count() == 1) {
+    charge->Add(bytes);
+  } else {  // a run or the stored list goes on with the commands as they are: these become others
+    charge = std::make_shared<MemoryCharge>(memory_, MemoryOf(commands) + bytes);
+  }
   commands.Append(list);
   commands.SetListField(list.GetListField());
   place->second.Version = ++version_;
@@ -50,8 +82,18 @@ CommandList CardLists::Get(std::int32_t id) {
 }
 
 void CardLists::Store(std::int32_t id) {
+  const MutexLock storing(storing_);
+  ListSnapshot list;
+  {
+    const MutexLock lock(mutex_);
+    list = Find(id);
+  }
+  files_.Write(id, [commands = list.Commands]() mutable {
+    commands.SetRange(0, commands.GetCommandCount());
+    return ToStored(commands);
+  });
   const MutexLock lock(mutex_);
-  stored_.insert_or_assign(id, Find(id).Commands);
+  stored_.insert_or_assign(id, std::move(list));
 }
 
 void CardLists::Load(std::int32_t id) {
@@ -65,11 +107,17 @@ void CardLists::Load(std::int32_t id) {
 }
 
 void CardLists::Delete(std::int32_t id, bool alsoStored) {
+  const MutexLock storing(storing_);
+  {
+    const MutexLock lock(mutex_);
+    if (!alsoStored || !stored_.contains(id)) Find(id);
+    CheckNotRunning(id);
+    lists_.erase(id);
+  }
+  if (!alsoStored) return;
+  files_.Remove(id);
   const MutexLock lock(mutex_);
-  if (!alsoStored || !stored_.contains(id)) Find(id);
-  CheckNotRunning(id);
-  lists_.erase(id);
-  if (alsoStored) stored_.erase(id);
+  stored_.erase(id);
 }
 
 std::vector<std::int32_t> CardLists::GetIds() {
@@ -80,10 +128,12 @@ std::vector<std::int32_t> CardLists::GetIds() {
   return {ids.begin(), ids.end()};
 }
 
-CardLists::Status CardLists::GetStatus(std::int32_t id) {
+ListStatus CardLists::GetStatus(std::int32_t id) {
   const MutexLock lock(mutex_);
-  if (executor_.GetRunningList() == id || executor_.GetCaret(id) != Carets::NotThere) return Running;
-  return lists_.contains(id) ? Ready : NoSuchList;
+  if (executor_.GetRunningList() == id || executor_.GetCaret(id) != Carets::NotThere) {
+    return ListStatus::Running;
+  }
+  return lists_.contains(id) ? ListStatus::Ready : ListStatus::NoSuchList;
 }
 
 void CardLists::Execute(std::int32_t id) {

@@ -6,10 +6,12 @@
 #include <optional>
 #include <vector>
 
+#include "card/StoredFiles.h"
 #include "common/Mutex.h"
 #include "execution/Executor.h"
 #include "execution/ListSource.h"
 #include "lists/CommandList.h"
+#include "lists/ListStatus.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -17,27 +19,25 @@ namespace VELTRO::KELVO::VirtualCard {
 // that it calls can: a call that is under way goes on with the list as it was, the next one takes the new list.
 class CardLists : public ListSource {
  public:
-  // What GetStatus gives.
-  enum Status : std::int32_t { NoSuchList = 0, Ready = 1, Running = 2 };
-
-  explicit CardLists(Executor& executor) : executor_(executor) {}
+  // Takes the lists that were stored.
+  CardLists(Executor& executor, MemoryBudget& memory, StateDirectory& state);
 
   // Puts the list under its id, or with `append` its commands behind those that are there. Throws
-  // std::runtime_error "List ID is running.".
+  // std::runtime_error "List ID is running.", or as MemoryCharge does.
   void Set(std::int32_t id, ClientLib::CommandList list, bool append);
   // Throws std::runtime_error "There is no list ID on the card.".
   ClientLib::CommandList Get(std::int32_t id);
-  // Stores the list as it is now. Throws as Get.
+  // Stores the list as it is now. Throws as Get, or as StoredFiles::Write.
   void Store(std::int32_t id);
   // Puts the stored list under its id. Throws as Set, or std::runtime_error "There is no stored list ID on the
   // card.".
   void Load(std::int32_t id);
-  // With `alsoStored` what is stored of it goes, too. Throws as Set and Get.
+  // With `alsoStored` what is stored of it goes, too. Throws as Set and Get, or as StoredFiles::Remove.
   void Delete(std::int32_t id, bool alsoStored);
   // Of the lists that are there or stored, ascending.
   std::vector<std::int32_t> GetIds();
   // A list that is called is running, too.
-  Status GetStatus(std::int32_t id);
+  ClientLib::ListStatus GetStatus(std::int32_t id);
   // Throws as Get and Executor::Start.
   void Execute(std::int32_t id);
 
@@ -45,13 +45,16 @@ class CardLists : public ListSource {
 
  private:
   const ListSnapshot& Find(std::int32_t id) KELVO_REQUIRES(mutex_);
-  void Put(std::int32_t id, ClientLib::CommandList list) KELVO_REQUIRES(mutex_);
+  void Put(std::int32_t id, ListSnapshot list) KELVO_REQUIRES(mutex_);
   void CheckNotRunning(std::int32_t id);
 
   Executor& executor_;
+  MemoryBudget& memory_;
+  ClientLib::Mutex storing_;  // ahead of mutex_, which nobody has to wait for while files are written
+  StoredFiles files_ KELVO_GUARDED_BY(storing_);
   ClientLib::Mutex mutex_;
   std::map<std::int32_t, ListSnapshot> lists_ KELVO_GUARDED_BY(mutex_);
-  std::map<std::int32_t, ClientLib::CommandList> stored_ KELVO_GUARDED_BY(mutex_);
+  std::map<std::int32_t, ListSnapshot> stored_ KELVO_GUARDED_BY(mutex_);
   std::uint64_t version_ KELVO_GUARDED_BY(mutex_) = 0;  // of the latest change
 };
 

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "Log.h"
+#include "card/StoredForm.h"
 #include "config/RecordWire.h"
-#include "rpc/Body.h"
 #include "services/CorrectionFiles.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -68,22 +68,20 @@ OpticalParameters CardPowerCorrection::GetParameters() {
 }
 
 std::string CardPowerCorrection::Pack() {
-  msgpack::sbuffer bytes;
   const Table& table = Active();
   std::vector<std::array<double, 4>> points;
   for (const auto& [place, value] : table.Points) points.push_back({place[0], place[1], place[2], value});
-  msgpack::pack(bytes, std::tie(Mark, table.Parameters, points));
-  return {bytes.data(), bytes.size()};
+  std::string file = ToStored(std::tie(Mark, table.Parameters, points));
+  if (file.size() > MostFileBytes) throw std::runtime_error("The power correction is too large.");
+  return file;
 }
 
 CardPowerCorrection::Table CardPowerCorrection::ReadTable(const char* name) {
   const std::string bytes = files_.Read(Directory, name, MostFileBytes);
   Table table;
   try {
-    std::size_t used = 0;
-    const auto file = ClientLib::Body::Unpack(bytes, used, ClientLib::Body::UsualDepth).get().as<File>();
-    bool isSound =
-        used == bytes.size() && std::get<0>(file) == Mark && std::get<2>(file).size() <= MostPoints;
+    const auto file = FromStored<File>(bytes);
+    bool isSound = std::get<0>(file) == Mark && std::get<2>(file).size() <= MostPoints;
     table.Parameters = std::get<1>(file);
     for (const auto& point : std::get<2>(file)) {
       isSound = isSound && IsFinite(point);
@@ -98,7 +96,7 @@ CardPowerCorrection::Table CardPowerCorrection::ReadTable(const char* name) {
 
 void CardPowerCorrection::Store() {
   const MutexLock lock(mutex_);
-  files_.Write(Directory, PowerCorrection, Pack());
+  files_.Replace(Directory, PowerCorrection, Pack());
 }
 
 void CardPowerCorrection::Load() {
@@ -109,7 +107,7 @@ void CardPowerCorrection::Load() {
 
 void CardPowerCorrection::PutCopy() {
   const MutexLock lock(mutex_);
-  if (active_) files_.Write(Directory, PowerCorrectionCopy, Pack());
+  if (active_) files_.Replace(Directory, PowerCorrectionCopy, Pack());
 }
 
 void CardPowerCorrection::TakeCopy() {

@@ -32,10 +32,11 @@ class CardPowerCorrection {
   // has too many points.".
   void ChangeValue(const ClientLib::Point3D& position, double value);
   ClientLib::OpticalParameters GetParameters();
+  // Throws also std::runtime_error "The power correction is too large." for one that could not be read back.
   void Store();
   // Throws also std::runtime_error "'NAME' is no power correction.".
   void Load();
-  // Makes the working copy; nothing without a correction.
+  // Makes the working copy; nothing without a correction. Throws as Store.
   void PutCopy();
   // Takes the working copy, which goes then. Throws as Load.
   void TakeCopy();

@@ -13,6 +13,8 @@ using ClientLib::ScannerPositions;
 
 namespace {
 
+constexpr std::size_t MostWords = 65536;
+
 void CheckAxes(std::int32_t axes) {
   if (axes < 0 || axes >> Axis::_values().size() != 0) {
     throw std::runtime_error("There are no axes " + std::to_string(axes) + ".");
@@ -80,6 +82,7 @@ void CardScanner::CheckAxis(std::int32_t head, std::int32_t axis) {
 void CardScanner::Transmit(std::int32_t head, std::int32_t axes, Words commands) {
   CheckHead(head);
   CheckAxes(axes);
+  if (commands.size() > MostWords) throw std::runtime_error("There are too many commands.");
   const MutexLock lock(mutex_);
   commands_[{head, axes}] = std::move(commands);
 }

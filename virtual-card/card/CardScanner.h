@@ -37,7 +37,8 @@ class CardScanner {
 
   // Throws std::runtime_error "Axis::_from_integral: invalid argument".
   void CheckAxis(std::int32_t head, std::int32_t axis);
-  // Keeps the commands for who receives from the same head and axes; nothing is there at first. Throw as SetHeadBias.
+  // Keeps the commands for who receives from the same head and axes; nothing is there at first. Throw as SetHeadBias, or
+  // std::runtime_error "There are too many commands.".
   void Transmit(std::int32_t head, std::int32_t axes, Words commands);
   Words Receive(std::int32_t head, std::int32_t axes);
 

@@ -1,10 +1,6 @@
 #include "card/CardSystem.h"
 
-#include <sys/resource.h>
-
-#include <algorithm>
 #include <chrono>
-#include <limits>
 
 #include "card/TimeZones.h"
 #include "common/KelvoAPIEnums.h"
@@ -38,13 +34,6 @@ CardSystem::CardSystem(CardConfiguration& configuration)
 
 void CardSystem::ResetOperatingState() {
   operatingState_ = OperatingState::Normal;
-}
-
-std::uint32_t CardSystem::GetConnectionLimit() {
-  constexpr rlim_t Most = std::numeric_limits<std::int32_t>::max();
-  rlimit limit{Most, Most};
-  getrlimit(RLIMIT_NOFILE, &limit);
-  return static_cast<std::uint32_t>(std::min(limit.rlim_cur, Most));
 }
 
 std::uint64_t CardSystem::GetTime() {

@@ -18,9 +18,6 @@ class CardSystem {
   std::int32_t GetOperatingState() const { return operatingState_; }
   void ResetOperatingState();
 
-  // As many as the process may have descriptors.
-  static std::uint32_t GetConnectionLimit();
-
   // The time, with the bits above the ticks that say its kind. The clock is the host's and what Set added.
   std::uint64_t GetTime();
   std::uint64_t GetUniversalTime();

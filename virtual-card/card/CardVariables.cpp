@@ -1,11 +1,27 @@
 #include "card/CardVariables.h"
 
+#include <stdexcept>
+
 namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::MutexLock;
 
+namespace {
+
+constexpr std::size_t Most = 65536;
+
+// Before one of that name is made, in case it is not there.
+void CheckRoom(const auto& variables, std::uint32_t name) {
+  if (variables.size() >= Most && !variables.contains(name)) {
+    throw std::runtime_error("There are too many variables.");
+  }
+}
+
+}  // namespace
+
 void CardVariables::SetBoolean(std::uint32_t name, bool value) {
   const MutexLock lock(mutex_);
+  CheckRoom(booleans_, name);
   booleans_[name] = value;
 }
 
@@ -17,11 +33,13 @@ bool CardVariables::GetBoolean(std::uint32_t name) {
 
 void CardVariables::SetInteger(std::uint32_t name, std::int32_t value) {
   const MutexLock lock(mutex_);
+  CheckRoom(integers_, name);
   integers_[name] = static_cast<std::uint32_t>(value);
 }
 
 void CardVariables::Increment(std::uint32_t name) {
   const MutexLock lock(mutex_);
+  CheckRoom(integers_, name);
   ++integers_[name];
 }
 
@@ -35,6 +53,7 @@ void CardVariables::SetSignal(std::uint32_t name, bool isSet) {
   {
     const MutexLock lock(mutex_);
     if (isSet) {
+      CheckRoom(signals_, name);
       signals_.insert(name);
     } else {
       signals_.erase(name);

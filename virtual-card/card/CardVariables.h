@@ -19,7 +19,8 @@ constexpr std::uint32_t NameHash(std::string_view name) {
 }
 
 // Any thread may call anything at any time. A boolean, an integer and a signal of one name are three things; a
-// counter is an integer.
+// counter is an integer. There may be 65536 of each of these; who makes another one gets std::runtime_error "There are too
+// many variables.".
 class CardVariables {
  public:
   // `waits` is woken when a signal is set.

@@ -4,11 +4,13 @@
 
 #include <exception>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "Log.h"
 #include "card/StateDirectory.h"
+#include "card/StoredForm.h"
 #include "common/Mutex.h"
 #include "config/RecordWire.h"
 
@@ -51,9 +53,12 @@ class KeptRecord : public UpdateParticipant {
     const ClientLib::MutexLock lock(mutex_);
     return active_;
   }
-  // Sets the active record, or what becomes it when the group of settings ends. Throws as the check does.
+  // Sets the active record, or what becomes it when the group of settings ends. Throws as the check does, or
+  // std::runtime_error "The record is too large." for one that could not be stored.
   void Set(R record) {
     check_(record);
+    if (ToStored(record).size() > StateDirectory::MostBytes)
+      throw std::runtime_error("The record is too large.");
     const ClientLib::MutexLock lock(mutex_);
     (pending_ ? *pending_ : active_) = std::move(record);
   }
@@ -68,9 +73,8 @@ class KeptRecord : public UpdateParticipant {
   void Load() { Set(Stored()); }
   // Throws as StateDirectory::Write.
   void Store() {
-    msgpack::sbuffer bytes;
-    msgpack::pack(bytes, Get());
-    directory_.Write(name_, {bytes.data(), bytes.size()});
+    const ClientLib::MutexLock storing(storing_);  // so that the latest is what stays
+    directory_.Write(name_, ToStored(Get()));
   }
 
   void BeginUpdate() override {
@@ -88,15 +92,14 @@ class KeptRecord : public UpdateParticipant {
  private:
   R Stored() {
     const auto bytes = directory_.Read(name_);
-    R record;
-    if (bytes) msgpack::unpack(bytes->data(), bytes->size()).get().convert(record);
-    return record;
+    return bytes ? FromStored<R>(*bytes) : R();
   }
 
   const std::string name_;
   StateDirectory& directory_;
   const Check check_;
   bool sound_ = true;
+  ClientLib::Mutex storing_;  // ahead of mutex_
   ClientLib::Mutex mutex_;
   R active_ KELVO_GUARDED_BY(mutex_);
   std::optional<R> pending_ KELVO_GUARDED_BY(mutex_);

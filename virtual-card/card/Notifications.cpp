@@ -30,7 +30,8 @@ void Notifier::NotifyListIdle(std::int32_t listId) {
 
 void Notifier::NotifyError(const std::string& text) {
   OutputPacket packet = OutputPacket::AllocateErrorNotification();
-  ClientLib::RpcRemoteException(text).Pack(packet);
+  // With an empty trace: clients would put the text in the place of one that is missing, too.
+  ClientLib::RpcRemoteException(text, "").Pack(packet);
   Notify(packet.Close());
 }
 

@@ -1,8 +1,5 @@
 #include "card/OpenFile.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <stdexcept>
@@ -13,7 +10,7 @@ namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::FileMode;
 
-OpenFile::OpenFile(CardFiles& files, CardFiles::Key key, Descriptor file, FileMode mode)
+OpenFile::OpenFile(CardFiles& files, CardFiles::Key key, std::shared_ptr<FileContent> file, FileMode mode)
     : files_(files), key_(std::move(key)), file_(std::move(file)), mode_(mode) {}
 
 OpenFile::~OpenFile() {
@@ -25,9 +22,9 @@ bool OpenFile::Is(CardFiles::Directory directory, const std::string& name) const
 }
 
 std::uint64_t OpenFile::GetSize() const {
-  struct stat status {};
-  if (fstat(file_.Get(), &status) != 0) FailToUse("read", key_.second);
-  return static_cast<std::uint64_t>(status.st_size);
+  const off_t size = file_->Size();
+  if (size < 0) FailToUse("read", key_.second);
+  return static_cast<std::uint64_t>(size);
 }
 
 OpenFile::Bytes OpenFile::Read(std::int32_t count) {
@@ -39,7 +36,7 @@ OpenFile::Bytes OpenFile::Read(std::int32_t count) {
   const auto left = size - std::min(size, static_cast<std::uint64_t>(position_));
   Bytes bytes(std::min({left, static_cast<std::uint64_t>(count), static_cast<std::uint64_t>(MostBytes)}));
   ssize_t got = 0;
-  do got = pread(file_.Get(), bytes.data(), bytes.size(), position_);
+  do got = file_->Read(bytes.data(), bytes.size(), position_);
   while (got < 0 && errno == EINTR);
   if (got < 0) FailToUse("read", key_.second);
   bytes.resize(static_cast<std::size_t>(got));
@@ -63,7 +60,7 @@ void OpenFile::Write(std::string_view bytes) {
   if (mode_ == FileMode::Open) throw std::runtime_error("'" + key_.second + "' is open for reading only.");
   if (mode_ == FileMode::Append) position_ = static_cast<off_t>(GetSize());
   while (!bytes.empty()) {
-    const ssize_t written = pwrite(file_.Get(), bytes.data(), bytes.size(), position_);
+    const ssize_t written = file_->Write(bytes.data(), bytes.size(), position_);
     if (written < 0 && errno != EINTR) FailToUse("write", key_.second);
     if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
     position_ += std::max<ssize_t>(written, 0);

@@ -9,11 +9,9 @@
 #include <vector>
 
 #include "card/CardFiles.h"
-#include "common/Descriptor.h"
+#include "card/FileContent.h"
 
 namespace VELTRO::KELVO::VirtualCard {
-
-using ClientLib::Descriptor;
 
 // One thread at a time. Reading and writing go on at one place, which is the beginning at first; in a file that was
 // opened to append, writing is always at the end. Errors are std::runtime_error.
@@ -25,7 +23,7 @@ class OpenFile {
   static constexpr std::int32_t MostBytes = 921600;
 
   // From CardFiles, which then tells that the file is in use.
-  OpenFile(CardFiles& files, CardFiles::Key key, Descriptor file, ClientLib::FileMode mode);
+  OpenFile(CardFiles& files, CardFiles::Key key, std::shared_ptr<FileContent> file, ClientLib::FileMode mode);
   ~OpenFile();
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
@@ -45,7 +43,7 @@ class OpenFile {
  private:
   CardFiles& files_;
   const CardFiles::Key key_;
-  const Descriptor file_;
+  const std::shared_ptr<FileContent> file_;
   const ClientLib::FileMode mode_;
   off_t position_ = 0;
   bool isUsed_ = false;

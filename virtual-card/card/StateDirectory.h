@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "card/HostDirectory.h"
 #include "common/Mutex.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -13,20 +14,25 @@ namespace VELTRO::KELVO::VirtualCard {
 // Any thread may call anything at any time. Names are the card's own, never a client's.
 class StateDirectory {
  public:
-  // In `directory`, which is made if it is not there; empty: in memory, until the card ends. Throws
-  // std::runtime_error "Cannot use 'DIRECTORY': REASON.".
-  explicit StateDirectory(std::string directory);
+  // What one name may hold unless more is said.
+  static constexpr std::size_t MostBytes = 1 << 20;
 
-  // Nothing when nothing is stored. Throws std::runtime_error "Cannot read 'FILE': REASON.".
-  std::optional<std::string> Read(const std::string& name);
-  // Replaces what is stored in one step, so that a power cut leaves the old or the new. Throws
-  // std::runtime_error "Cannot write 'FILE': REASON.".
+  // In `directory`, which is made if it is not there; empty: in memory, until the card ends. Throws as HostDirectory.
+  explicit StateDirectory(const std::string& directory);
+
+  // None: in memory.
+  const HostDirectory& GetHost() const { return host_; }
+
+  // Nothing when nothing is stored. Throws as HostDirectory::Open, or std::runtime_error "Cannot read 'NAME': REASON.",
+  // also when it has more than `mostBytes`.
+  std::optional<std::string> Read(const std::string& name, std::size_t mostBytes = MostBytes);
+  // Replaces what is stored in one step, so that a power cut leaves the old or the new. Throws as HostDirectory::Replace.
   void Write(const std::string& name, std::string_view bytes);
 
  private:
-  std::string FileOf(const std::string& name) const { return directory_ + "/" + name; }
+  static std::string ReadFromHost(const std::string& name, const Descriptor& file, std::size_t mostBytes);
 
-  const std::string directory_;
+  const HostDirectory host_;
   ClientLib::Mutex mutex_;
   std::map<std::string, std::string> memory_ KELVO_GUARDED_BY(mutex_);
 };

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <exception>
 
 #include "Log.h"
 #include "TrimmedText.h"
@@ -66,9 +67,19 @@ bool Obey(Card& card, std::string_view text) {
   return word == "start" || word == "resume";
 }
 
+bool TryToObey(Card& card, std::string_view text) noexcept {
+  try {
+    return Obey(card, text);
+  } catch (const std::exception& error) {
+    LogLine({"'", text, "' failed: ", error.what()});
+    return true;
+  }
+}
+
 }  // namespace
 
 StandardInput::StandardInput(Card& card) : card_(card) {
+  line_.reserve(MostLineBytes);
   HandleInterrupts();
   thread_ = std::thread([this] { Work(); });
 }
@@ -127,9 +138,9 @@ void StandardInput::Take(std::string_view bytes) {
 
 void StandardInput::EndLine() {
   const std::string_view text = Trimmed(line_);
-  if (!text.empty() && (line_.size() == MostLineBytes || !Obey(card_, text))) {
-    LogLine("Standard input takes 'input PORT VALUE', 'start', 'signal NAME' and 'resume', not '" +
-            std::string(text) + "'.");
+  if (!text.empty() && (line_.size() == MostLineBytes || !TryToObey(card_, text))) {
+    LogLine(
+        {"Standard input takes 'input PORT VALUE', 'start', 'signal NAME' and 'resume', not '", text, "'."});
   }
   line_.clear();
 }

@@ -31,26 +31,37 @@ class BoxBuilder {
   std::optional<Drawing::Box> box_;
 };
 
+// Room for `count` more, so that adding them does not fail halfway.
+template <class T>
+void MakeRoom(std::vector<T>& all, std::size_t count) {
+  const std::size_t wanted = all.size() + count;
+  if (wanted > all.capacity()) all.reserve(std::max(wanted, 2 * all.capacity()));
+}
+
 }  // namespace
 
-bool Drawing::Count() {
+bool Drawing::HasRoom() {
   if (segments_ == MostSegments) cut_ = true;
-  if (!cut_) ++segments_;
   return !cut_;
 }
 
 void Drawing::AddSegment(Kind kind, Point2D from, Point2D to) {
-  if (!Count()) return;
+  if (!HasRoom()) return;
+  MakeRoom(points_, 2);
+  MakeRoom(strokes_, 1);
   if (strokes_.empty() || strokes_.back().StrokeKind != kind || points_.back() != from) {
     strokes_.push_back({kind, points_.size(), 1});
     points_.push_back(from);
   }
   points_.push_back(to);
   ++strokes_.back().Count;
+  ++segments_;
 }
 
 void Drawing::AddDot(Point2D at) {
-  if (Count()) dots_.push_back(at);
+  if (!HasRoom()) return;
+  dots_.push_back(at);
+  ++segments_;
 }
 
 Drawing::Box Drawing::GetBox() const {

@@ -28,6 +28,7 @@ class Drawing {
   };
 
   void Clear() { *this = Drawing(); }
+  // Both throw std::bad_alloc, and leave the drawing as it was then.
   void AddSegment(Kind kind, ClientLib::Point2D from, ClientLib::Point2D to);
   void AddDot(ClientLib::Point2D at);
 
@@ -43,7 +44,7 @@ class Drawing {
   Box GetBox() const;
 
  private:
-  bool Count();
+  bool HasRoom();
 
   std::vector<Stroke> strokes_;
   std::vector<ClientLib::Point2D> points_;

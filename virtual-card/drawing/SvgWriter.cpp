@@ -1,13 +1,12 @@
 #include "drawing/SvgWriter.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
-#include <cstdio>
-#include <memory>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
+
+#include "common/ReplacedFile.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -19,15 +18,14 @@ constexpr double MarginShare = 0.05;     // of the larger side
 constexpr double MarginBeams = 5;        // at least, in widths of the beam
 constexpr double JumpWidthBeams = 0.25;  // jumps are drawn this thin
 
-// Text into a file that is under way. Numbers never depend on the locale.
+// Text on its way into a file. Numbers never depend on the locale.
 class Output {
  public:
-  explicit Output(const std::string& name) : name_(name), file_(std::fopen(name.c_str(), "we")) {
-    if (!file_) Fail();
-  }
+  explicit Output(ClientLib::ReplacedFile& file) : file_(file) {}
 
   Output& operator<<(std::string_view text) {
-    if (std::fwrite(text.data(), 1, text.size(), file_.get()) != text.size()) Fail();
+    text_ += text;
+    if (text_.size() >= PieceBytes) Flush();
     return *this;
   }
   // Nine digits: no trace of rounding in sums of relative moves, and a nanometre in a metre.
@@ -36,21 +34,16 @@ class Output {
     const auto end = std::to_chars(text, text + sizeof text, number + 0.0, std::chars_format::general, 9).ptr;
     return *this << std::string_view(text, static_cast<std::size_t>(end - text));
   }
-
-  void Close() {
-    if (std::fclose(file_.release()) != 0) Fail();
-  }
-  [[noreturn]] void Fail() const {
-    throw std::runtime_error("Cannot write '" + name_ + "': " + std::generic_category().message(errno) + ".");
+  void Flush() {
+    file_.Write(text_);
+    text_.clear();
   }
 
  private:
-  struct Closer {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-  };
+  static constexpr std::size_t PieceBytes = 1 << 16;
 
-  const std::string name_;
-  std::unique_ptr<std::FILE, Closer> file_;
+  ClientLib::ReplacedFile& file_;
+  std::string text_;
 };
 
 void WriteHead(Output& out, const Drawing::Box& box, double beam) {
@@ -103,16 +96,15 @@ void WriteBody(Output& out, const Drawing& drawing, double beam) {
 }  // namespace
 
 void WriteSvg(const Drawing& drawing, double beam, const std::string& file) {
-  const std::string temporary = file + ".tmp";
-  Output out(temporary);
   try {
+    ClientLib::ReplacedFile replaced(file);
+    Output out(replaced);
     WriteHead(out, drawing.GetBox(), beam);
     WriteBody(out, drawing, beam);
-    out.Close();
-    if (std::rename(temporary.c_str(), file.c_str()) != 0) out.Fail();
-  } catch (const std::runtime_error&) {
-    std::remove(temporary.c_str());
-    throw;
+    out.Flush();
+    replaced.Commit();
+  } catch (const std::system_error& error) {
+    throw std::runtime_error("Cannot write '" + file + "': " + error.code().message() + ".");
   }
 }
 

@@ -7,8 +7,8 @@
 
 namespace VELTRO::KELVO::VirtualCard {
 
-// Writes the file in one step: whoever reads it sees the old picture or the new one. `beam` is the width of
-// what was marked. Throws std::runtime_error "Cannot write 'FILE': REASON.".
+// Writes the file in one step (ReplacedFile): whoever reads it sees the old picture or the new one. `beam` is the width
+// of what was marked. Throws std::runtime_error "Cannot write 'FILE': REASON.".
 void WriteSvg(const Drawing& drawing, double beam, const std::string& file);
 
 }  // namespace VELTRO::KELVO::VirtualCard

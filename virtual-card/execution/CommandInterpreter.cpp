@@ -1,6 +1,7 @@
 #include "execution/CommandInterpreter.h"
 
 #include <exception>
+#include <new>
 #include <stdexcept>
 #include <unordered_map>
 
@@ -36,6 +37,8 @@ void Attribute(Run& run, F act) {
     run.Time.CheckLimit();
   } catch (const CommandError&) {  // in the list that it calls
     throw;
+  } catch (const std::bad_alloc&) {  // no fault of the command
+    throw;
   } catch (const std::exception& error) {
     throw CommandError(program, index, error.what());
   }
@@ -55,7 +58,7 @@ void Interpret(Run& run) {
       });
     }
     Attribute(run, [&](const Program& program, std::size_t index) {
-      const ClientLib::CommandView& command = program.At(index);
+      const ClientLib::CommandView command = program.At(index);
       const auto row = table.find(command.Code);
       if (row == table.end()) throw std::runtime_error("not supported by the virtual card.");
       ValueReader values(command.Payload);

@@ -1,13 +1,15 @@
 #include "execution/Executor.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <limits>
+#include <new>
 #include <stdexcept>
 #include <utility>
 
+#include "Log.h"
 #include "execution/CommandInterpreter.h"
-#include "execution/Motion.h"
 #include "execution/Programs.h"
 #include "execution/Run.h"
 #include "execution/StartingValues.h"
@@ -34,6 +36,39 @@ ListExecutionStats MakeStats(const Clock& clock, const Motion& motion) {
     stats.ComputationTimePerMicroVector = stats.ComputationTime / motion.GetMicroVectors();
   }
   return stats;
+}
+
+constexpr const char* OutOfMemory = "Out of memory.";  // short enough for a string to take no memory
+
+// What `act` fails with, if it does.
+template <class F>
+std::optional<std::string> ErrorOf(F act) noexcept {
+  try {
+    act();
+    return std::nullopt;
+  } catch (const std::bad_alloc&) {
+    return OutOfMemory;
+  } catch (const std::exception& error) {
+    try {
+      return error.what();
+    } catch (const std::bad_alloc&) {
+      return OutOfMemory;
+    }
+  }
+}
+
+// Clients wait to be told: when there is no memory for that, it is tried again for a while.
+template <class F>
+void Tell(F tell) noexcept {
+  constexpr int Tries = 200;
+  constexpr std::chrono::milliseconds Pause{10};
+  std::optional<std::string> error;
+  for (int i = 0; i < Tries; ++i) {
+    error = ErrorOf(tell);
+    if (!error) return;
+    std::this_thread::sleep_for(Pause);
+  }
+  LogLine({"Clients were not told of the end of a run: ", *error});
 }
 
 }  // namespace
@@ -122,38 +157,40 @@ Executor::Result Executor::Execute(Job job) {
   plotter_.BeginRun();
   Clock clock(speed_, surroundings_.Abort, job.Limit);
   Motion motion(clock, plotter_, position_);
-  std::optional<std::string> error;
-  try {
-    Programs programs(surroundings_.Lists);
-    CallStack calls(carets_);
-    calls.Enter(programs.PrepareList(job.ListId, std::move(job.List)));
-    calls.Enter(std::make_shared<const Program>("Process variables",
-                                                StartingValues(surroundings_.Configuration.Variables.Get())));
-    Run run{clock,
-            motion,
-            surroundings_.Clients,
-            surroundings_.Inputs,
-            surroundings_.Variables,
-            surroundings_.Fonts,
-            surroundings_.System,
-            programs,
-            calls,
-            standaloneList_};
-    Interpret(run);
-  } catch (const std::exception& thrown) {
-    error = thrown.what();
-  }
-  motion.Stop();
+  std::optional<std::string> error = ErrorOf([&] { Interpret(std::move(job), clock, motion); });
+  const std::optional<std::string> another = ErrorOf([&] { motion.Stop(); });
+  if (!error) error = another;
   return {MakeStats(clock, motion), std::move(error), clock.IsAborted()};
 }
 
+void Executor::Interpret(Job job, Clock& clock, Motion& motion) {
+  Programs programs(surroundings_.Lists);
+  CallStack calls(carets_);
+  calls.Enter(programs.PrepareList(job.ListId, std::move(job.List)));
+  calls.Enter(std::make_shared<const Program>("Process variables",
+                                              StartingValues(surroundings_.Configuration.Variables.Get())));
+  Run run{clock,
+          motion,
+          surroundings_.Clients,
+          surroundings_.Inputs,
+          surroundings_.Variables,
+          surroundings_.Fonts,
+          surroundings_.System,
+          programs,
+          calls,
+          standaloneList_};
+  VirtualCard::Interpret(run);
+}
+
 void Executor::Conclude(std::int32_t listId, const Result& result) {
-  if (result.Error) {
-    surroundings_.Clients.NotifyError(*result.Error);
-  } else if (!result.Aborted) {
-    surroundings_.Clients.NotifyListDone(listId);
-  }
-  surroundings_.Clients.NotifyListIdle(listId);
+  Tell([&] {
+    if (result.Error) {
+      surroundings_.Clients.NotifyError(*result.Error);
+    } else if (!result.Aborted) {
+      surroundings_.Clients.NotifyListDone(listId);
+    }
+  });
+  Tell([&] { surroundings_.Clients.NotifyListIdle(listId); });
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard

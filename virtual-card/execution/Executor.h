@@ -19,6 +19,7 @@
 #include "execution/Clock.h"
 #include "execution/GalvoPosition.h"
 #include "execution/ListSource.h"
+#include "execution/Motion.h"
 #include "lists/ListExecutionStats.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -92,6 +93,8 @@ class Executor {
   void Work();
   std::optional<Job> WaitForJob();
   Result Execute(Job job);
+  // Runs the list; what fails, for want of memory also, is the run's error.
+  void Interpret(Job job, Clock& clock, Motion& motion);
   void Conclude(std::int32_t listId, const Result& result);
 
   const double speed_;

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 
+#include "MemoryBudget.h"
 #include "lists/CommandList.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -12,6 +14,7 @@ namespace VELTRO::KELVO::VirtualCard {
 struct ListSnapshot {
   std::uint64_t Version;
   ClientLib::CommandList Commands;
+  std::shared_ptr<MemoryCharge> Charge = {};  // what they cost, as long as anybody has them
 };
 
 class ListSource {

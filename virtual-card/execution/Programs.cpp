@@ -13,7 +13,8 @@ std::shared_ptr<const Program> Programs::FindList(std::int32_t id) {
 }
 
 std::shared_ptr<const Program> Programs::PrepareList(std::int32_t id, ListSnapshot list) {
-  auto program = std::make_shared<const Program>("List " + std::to_string(id), std::move(list.Commands), id);
+  auto program = std::make_shared<const Program>("List " + std::to_string(id), std::move(list.Commands), id,
+                                                 std::move(list.Charge));
   prepared_[id] = {list.Version, program};
   return program;
 }

@@ -12,7 +12,7 @@ std::span<const Method> CardMethods() {
       {"GetFirmwareVersion", [](Card& card) { return card.Identity.FirmwareVersion; }},
       {"GetFpgaVersion", [](Card&) { return std::string("Virtual FPGA 1.0"); }},
       {"GetOSVersion", [](Card&) { return std::string("Virtual OS 1.0"); }},
-      {"GetConnectionLimit", [](Card&) { return CardSystem::GetConnectionLimit(); }},
+      {"GetConnectionLimit", [](Card& card) { return card.Identity.ConnectionLimit; }},
       {"GetOperatingState", [](Card& card) { return card.System.GetOperatingState(); }},
       {"ResetOperatingState", [](Card& card) { card.System.ResetOperatingState(); }},
       KELVO_RECORD_METHODS("SystemConfig", System, ClientLib::SystemConfig),

@@ -1,3 +1,4 @@
+#include "card/ListMemory.h"
 #include "methods/MethodTable.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -7,7 +8,12 @@ using ClientLib::Font;
 std::span<const Method> FontMethods() {
   static constexpr Method Rows[] = {
       {"SetFont", [](Card& card, Font font) { card.Fonts.Set(std::move(font)); }},
-      {"GetFont", [](Card& card, std::int32_t id) { return *card.Fonts.Find(id); }},
+      {"GetFont",
+       [](CardClient& client, std::int32_t id) {
+         const CardFonts::Snapshot font = client.Owner.Fonts.Find(id);
+         client.Work.Take(MemoryOf(*font));
+         return *font;
+       }},
       {"DeleteFont", [](Card& card, std::int32_t id) { card.Fonts.Delete(id); }},
       {"LoadFont", [](Card& card, std::int32_t id) { card.Fonts.Load(id); }},
       {"StoreFont", [](Card& card, std::int32_t id) { card.Fonts.Store(id); }},

@@ -1,3 +1,4 @@
+#include "card/ListMemory.h"
 #include "methods/MethodTable.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -8,7 +9,12 @@ std::span<const Method> ListMethods() {
   static constexpr Method Rows[] = {
       {"SetList", [](Card& card, std::int32_t id, CommandList list,
                      bool append) { card.Lists.Set(id, std::move(list), append); }},
-      {"GetList", [](Card& card, std::int32_t id) { return card.Lists.Get(id); }},
+      {"GetList",
+       [](CardClient& client, std::int32_t id) {
+         CommandList list = client.Owner.Lists.Get(id);
+         client.Work.Take(MemoryOf(list));
+         return list;
+       }},
       {"LoadList", [](Card& card, std::int32_t id) { card.Lists.Load(id); }},
       {"StoreList", [](Card& card, std::int32_t id) { card.Lists.Store(id); }},
       {"DeleteList", [](Card& card, std::int32_t id, bool alsoStored) { card.Lists.Delete(id, alsoStored); }},

@@ -1,17 +1,21 @@
 #include "methods/Requests.h"
 
+#include <exception>
+#include <new>
 #include <stdexcept>
 #include <string_view>
 
 #include "methods/MethodTable.h"
 #include "rpc/InputPacket.h"
 #include "rpc/LogText.h"
+#include "rpc/RpcRemoteException.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::InputPacket;
 using ClientLib::OutputPacket;
 using ClientLib::PacketType;
+using ClientLib::RpcRemoteException;
 
 namespace {
 
@@ -33,13 +37,26 @@ std::string Describe(std::string_view method, Arguments arguments) {
   return text + (arguments.empty() ? "()" : ")");
 }
 
+// There is no trace to tell of it. Without the empty one the client would put the text in its place, too.
+OutputPacket ErrorAnswer(const InputPacket& request, const std::string& text) {
+  OutputPacket answer = OutputPacket::AllocateResponse(request, RpcRemoteException(text, ""));
+  answer.Close();
+  return answer;
+}
+
+const char* TextOf(const std::exception& error) {
+  const bool isMemory = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
+  return isMemory ? "The card is out of memory." : error.what();
+}
+
 }  // namespace
 
 OutputPacket Answer(CardClient& client, std::span<const unsigned char> frame, std::string* log) {
   InputPacket request = InputPacket::Allocate(frame.data(), 0, static_cast<int>(frame.size()));
   if (request.GetType() != PacketType::Request) throw std::runtime_error("A frame is no request.");
   const msgpack::object_handle name = request.Unpack();
-  const msgpack::object_handle array = request.Unpack();
+  const msgpack::object_handle array =
+      request.Unpack(SIZE_MAX);  // a request's length is bounded by its session
   if (name->type != msgpack::type::STR || array->type != msgpack::type::ARRAY || !request.Rest().empty()) {
     throw std::runtime_error("A request is not made of an id, a method name and an array of arguments.");
   }
@@ -52,11 +69,13 @@ OutputPacket Answer(CardClient& client, std::span<const unsigned char> frame, st
     answer.Close();
     return answer;
   } catch (const std::exception& error) {
-    if (log != nullptr) log->append(" failed: ").append(error.what());
-    OutputPacket answer = OutputPacket::AllocateResponse(request, error);
-    answer.Close();
-    return answer;
+    if (log != nullptr) log->append(" failed: ").append(TextOf(error));
+    return ErrorAnswer(request, TextOf(error));
   }
+}
+
+OutputPacket Refuse(std::span<const unsigned char> frame, const std::string& reason) {
+  return ErrorAnswer(InputPacket::Allocate(frame.data(), 0, static_cast<int>(frame.size())), reason);
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard

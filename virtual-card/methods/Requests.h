@@ -14,4 +14,8 @@ namespace VELTRO::KELVO::VirtualCard {
 // request.
 ClientLib::OutputPacket Answer(CardClient& client, std::span<const unsigned char> frame, std::string* log);
 
+// The answer to a request that is not carried out, of which `frame` has the header and the request id at least. Throws
+// std::runtime_error when it has not.
+ClientLib::OutputPacket Refuse(std::span<const unsigned char> frame, const std::string& reason);
+
 }  // namespace VELTRO::KELVO::VirtualCard

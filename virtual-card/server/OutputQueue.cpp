@@ -1,17 +1,21 @@
 #include "server/OutputQueue.h"
 
+#include <algorithm>
+
 namespace VELTRO::KELVO::VirtualCard {
 
 void OutputQueue::Append(FrameKind kind, std::span<const unsigned char> bytes) {
-  if (bytes.empty()) return;
-  if (pieces_.empty() || pieces_.back().Kind != kind ||
-      pieces_.back().Bytes.size() + bytes.size() > PieceBytes) {
-    pieces_.push_back({kind, {}});
+  while (!bytes.empty()) {
+    if (pieces_.empty() || pieces_.back().Kind != kind || pieces_.back().Bytes.size() == PieceBytes) {
+      pieces_.push_back({kind, {}});
+    }
+    auto& piece = pieces_.back().Bytes;
+    const auto part = bytes.first(std::min(bytes.size(), PieceBytes - piece.size()));
+    piece.insert(piece.end(), part.begin(), part.end());
+    size_ += part.size();
+    if (kind == FrameKind::Notification) notificationBytes_ += part.size();
+    bytes = bytes.subspan(part.size());
   }
-  auto& piece = pieces_.back().Bytes;
-  piece.insert(piece.end(), bytes.begin(), bytes.end());
-  size_ += bytes.size();
-  if (kind == FrameKind::Notification) notificationBytes_ += bytes.size();
 }
 
 std::span<const unsigned char> OutputQueue::Front() const {
@@ -25,6 +29,12 @@ void OutputQueue::Drop(std::size_t count) {
   if (sent_ < pieces_.front().Bytes.size()) return;
   pieces_.pop_front();
   sent_ = 0;
+}
+
+// Not by a new queue: that would take memory.
+void OutputQueue::Clear() noexcept {
+  pieces_.clear();
+  sent_ = size_ = notificationBytes_ = 0;
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard

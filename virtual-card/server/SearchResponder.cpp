@@ -9,11 +9,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <set>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
 
+#include "Log.h"
 #include "TrimmedText.h"
 #include "client/Ssdp.h"
 #include "common/NetworkInterfaces.h"
@@ -148,8 +150,16 @@ void SearchResponder::Work() {
   while (!stopping_) {
     if (poll(entries.data(), entries.size(), -1) < 0) continue;
     for (std::size_t i = 0; i < listeners_.size(); ++i) {
-      if (entries[i + 1].revents != 0) Answer(listeners_[i]);
+      if (entries[i + 1].revents != 0) TryToAnswer(listeners_[i]);
     }
+  }
+}
+
+void SearchResponder::TryToAnswer(const Listener& listener) const noexcept {
+  try {
+    Answer(listener);
+  } catch (const std::exception& error) {  // no memory, say; searchers ask again
+    LogLine({"A search was not answered: ", error.what()});
   }
 }
 

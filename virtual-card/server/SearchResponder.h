@@ -39,6 +39,7 @@ class SearchResponder {
   };
 
   void Work();
+  void TryToAnswer(const Listener& listener) const noexcept;
   void Answer(const Listener& listener) const;
   // What the searcher is told of the card's place; nothing when the interface has no address for it.
   std::string PlaceFor(const ClientLib::IPAddress& searcher, std::uint32_t interface) const;

@@ -1,10 +1,7 @@
 #include "server/Server.h"
 
-#include <poll.h>
-
 #include <algorithm>
 #include <exception>
-#include <iterator>
 #include <utility>
 
 #include "Log.h"
@@ -21,8 +18,13 @@ constexpr int ExhaustedMs = 100;
 
 }  // namespace
 
-Server::Server(const IPAddress& address, int port, const SessionSettings& settings)
-    : settings_(settings), listener_(Listen(address, port)) {}
+Server::Server(const IPAddress& address, int port, const ServerSettings& settings)
+    : settings_(settings), listener_(Listen(address, port)), memory_(settings.MostOutputBytes) {
+  entries_.reserve(settings.MostConnections + 2);
+  sending_.reserve(settings.MostConnections);
+  const MutexLock lock(mutex_);
+  sessions_.reserve(settings.MostConnections);
+}
 
 void Server::Start(Card& card) {
   thread_ = std::thread([this, &card] { Work(card); });
@@ -55,38 +57,47 @@ void Server::Work(Card& card) {
   for (const auto& session : all) session->Shutdown();
 }
 
-bool Server::WaitForWork(bool mayAccept) {
-  std::vector<pollfd> entries{{wake_.Get(), POLLIN, 0}, {mayAccept ? listener_.Get() : -1, POLLIN, 0}};
-  const std::size_t before = entries.size();
-  std::vector<Session*> sending;
+bool Server::WaitForWork(bool mayAccept) noexcept {
+  entries_.assign({{wake_.Get(), POLLIN, 0}, {mayAccept ? listener_.Get() : -1, POLLIN, 0}});
+  sending_.clear();
+  const std::size_t before = entries_.size();
   {
     const MutexLock lock(mutex_);
     for (const auto& session : sessions_) {
       if (!session->HasOutput()) continue;
-      sending.push_back(session.get());
-      entries.push_back({session->GetSocket(), POLLOUT, 0});
+      sending_.push_back(session.get());
+      entries_.push_back({session->GetSocket(), POLLOUT, 0});
     }
   }
-  poll(entries.data(), entries.size(), mayAccept ? -1 : ExhaustedMs);
-  for (std::size_t i = 0; i < sending.size(); ++i) {
-    if (entries[before + i].revents != 0) sending[i]->Flush();
+  poll(entries_.data(), entries_.size(), mayAccept ? -1 : ExhaustedMs);
+  for (std::size_t i = 0; i < sending_.size(); ++i) {
+    if (entries_[before + i].revents != 0) sending_[i]->Flush();
   }
-  return !mayAccept || entries[1].revents != 0;
+  return !mayAccept || entries_[1].revents != 0;
 }
 
-bool Server::AcceptAll(Card& card) {
+bool Server::AcceptAll(Card& card) noexcept {
   for (;;) {
     std::string peer;
-    bool exhausted = false;
-    Descriptor socket = Accept(listener_, peer, exhausted);
-    if (!socket.IsOpen()) return !exhausted;
     try {
-      Add(std::make_unique<Session>(std::move(socket), peer, card, wake_, settings_));
+      bool exhausted = false;
+      Descriptor socket = Accept(listener_, peer, exhausted);
+      if (!socket.IsOpen()) return !exhausted;
+      if (IsFull()) {
+        LogLine({peer, " refused: all connections are taken"});
+      } else {
+        Add(std::make_unique<Session>(std::move(socket), peer, card, wake_, memory_, settings_.Sessions));
+      }
     } catch (const std::exception& error) {  // no thread or no memory for it
-      LogLine(peer + " refused: " + error.what());
+      LogLine({peer, " refused: ", error.what()});
       return false;
     }
   }
+}
+
+bool Server::IsFull() {
+  const MutexLock lock(mutex_);
+  return sessions_.size() >= settings_.MostConnections;
 }
 
 void Server::Add(std::unique_ptr<Session> session) {
@@ -100,13 +111,20 @@ void Server::Add(std::unique_ptr<Session> session) {
   }
 }
 
-void Server::RemoveFinished() {
-  std::vector<std::unique_ptr<Session>> finished;
+void Server::RemoveFinished() noexcept {
+  while (TakeFinished()) {
+  }
+}
+
+std::unique_ptr<Session> Server::TakeFinished() {
   const MutexLock lock(mutex_);
-  const auto begin = std::partition(sessions_.begin(), sessions_.end(),
-                                    [](const auto& session) { return !session->IsFinished(); });
-  finished.assign(std::make_move_iterator(begin), std::make_move_iterator(sessions_.end()));
-  sessions_.erase(begin, sessions_.end());
+  const auto found =
+      std::ranges::find_if(sessions_, [](const auto& session) { return session->IsFinished(); });
+  if (found == sessions_.end()) return nullptr;
+  std::swap(*found, sessions_.back());
+  auto finished = std::move(sessions_.back());
+  sessions_.pop_back();
+  return finished;
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard

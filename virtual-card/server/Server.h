@@ -1,7 +1,10 @@
 // Takes connections and tells all of them what the card has to say.
 #pragma once
 
+#include <poll.h>
+
 #include <atomic>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <thread>
@@ -16,10 +19,17 @@
 
 namespace VELTRO::KELVO::VirtualCard {
 
+struct ServerSettings {
+  std::size_t MostConnections = 0;
+  std::size_t MostOutputBytes =
+      0;  // that clients leave unread, all together, besides what each session has of its own
+  SessionSettings Sessions;
+};
+
 class Server : public Notifier {
  public:
   // Listens from here on. Throws as Listen does.
-  Server(const ClientLib::IPAddress& address, int port, const SessionSettings& settings);
+  Server(const ClientLib::IPAddress& address, int port, const ServerSettings& settings);
   ~Server() override { Stop(); }
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
@@ -38,16 +48,23 @@ class Server : public Notifier {
  private:
   void Work(Card& card);
   // Waits until there is something to do; returns whether connections may be waiting.
-  bool WaitForWork(bool mayAccept);
+  bool WaitForWork(bool mayAccept) noexcept;
   // Returns whether there are descriptors left for more.
-  bool AcceptAll(Card& card);
+  bool AcceptAll(Card& card) noexcept;
   void Add(std::unique_ptr<Session> session);
-  void RemoveFinished();
+  bool IsFull();
+  void RemoveFinished() noexcept;
+  std::unique_ptr<Session> TakeFinished();
 
-  const SessionSettings settings_;
+  const ServerSettings settings_;
   const Descriptor listener_;
   Wake wake_;
+  SessionMemory memory_;
   std::atomic<bool> stopping_{false};
+
+  // The server's thread has these; they have room for all sessions from the start, so that serving takes no memory.
+  std::vector<pollfd> entries_;
+  std::vector<Session*> sending_;
 
   // Sessions are added and removed by the server's thread only.
   ClientLib::Mutex mutex_;

@@ -1,20 +1,36 @@
 // One client's connection.
 #pragma once
 
+#include <array>
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <thread>
 
-#include "card/Card.h"
+#include "MemoryBudget.h"
+#include "WorkMemory.h"
+#include "card/CardClient.h"
 #include "common/Mutex.h"
+#include "rpc/Packet.h"
 #include "rpc/ReceiveBuffer.h"
 #include "server/OutputQueue.h"
 #include "server/Socket.h"
 
 namespace VELTRO::KELVO::VirtualCard {
+
+// What all sessions share beyond what each has of its own, so that together they stay within bounds.
+struct SessionMemory {
+  explicit SessionMemory(std::size_t mostOutput) : Output(mostOutput) {}
+
+  MemoryBudget Requests{64 << 20};  // that have not come as a whole
+  WorkMemories Work;                // that are being carried out
+  MemoryBudget Output;              // that clients have not read
+};
 
 struct SessionSettings {
   std::size_t MostNotificationBytes = 16 << 20;
@@ -29,9 +45,14 @@ class Session {
   // A longer body is refused. Lists come in pieces of less than 2 MiB; an object of MessagePack of one byte
   // takes 24 when it is unpacked, so this is also what bounds a hostile request.
   static constexpr std::size_t MostBodyBytes = 16 << 20;
+  // What is always there for a session's request, and for what its client has not read; more is of all sessions'.
+  static constexpr std::size_t OwnBytes = 2 << 20;
+  // In which a request that takes more must have come.
+  static constexpr std::chrono::seconds LargeRequestTime{60};
 
   // `wake` is signalled when there is something to send later, and when the session has ended.
-  Session(Descriptor socket, std::string peer, Card& card, Wake& wake, const SessionSettings& settings);
+  Session(Descriptor socket, std::string peer, Card& card, Wake& wake, SessionMemory& memory,
+          const SessionSettings& settings);
   // Ends the connection and joins the thread.
   ~Session();
   Session(const Session&) = delete;
@@ -40,39 +61,66 @@ class Session {
   // Starts the thread: once, when notifications reach the session, or it would miss those of a run that its
   // first request starts. Throws std::system_error.
   void Start();
-  // Sends the notification or queues it. A client that leaves too many of them unread is disconnected.
-  void Notify(std::span<const unsigned char> frame);
+  // Sends the notification or queues it. A client that leaves too many of them unread is disconnected, also for want of
+  // memory.
+  void Notify(std::span<const unsigned char> frame) noexcept;
   // Sends what waits, as far as the socket takes it.
   void Flush();
   bool HasOutput();
   // Ends the connection: the thread ends soon.
-  void Shutdown();
+  void Shutdown() noexcept;
   // Whether the thread is through; the destructor does not wait then.
   bool IsFinished() const { return finished_.load(std::memory_order_acquire); }
   int GetSocket() const { return socket_.Get(); }
 
  private:
   void Work();
-  // Receives until `count` bytes are there; false when the connection has ended.
-  bool Receive(std::size_t count);
-  bool ReceiveFrame(std::span<const unsigned char>& frame);
-  void Send(FrameKind kind, std::span<const unsigned char> frame);
+  // With the longest form of a request id.
+  static constexpr std::size_t MostHeadBytes = ClientLib::Packet::FullHeaderLen + 9;
+
+  struct Request {
+    std::span<const unsigned char> Frame;
+    std::string Refusal;  // not empty: Frame has only the beginning, which is to be answered with this
+  };
+
+  void Serve(CardClient& client, const Request& request);
+  // The next one; nothing when the connection has ended. Throws std::runtime_error when what comes is none.
+  std::optional<Request> ReceiveRequest();
+  // Takes a request of `size` bytes, header included, that is refused.
+  std::optional<Request> ReceiveRefused(std::size_t size, std::string refusal);
+  enum class Received { All, Ended, NoMemory };
+  // Receives until `count` bytes are there.
+  Received Receive(std::size_t count);
+  // Receives so many bytes for nobody; false when the connection has ended.
+  bool Skip(std::size_t count);
+  // Throws std::runtime_error when there are none by then.
+  void WaitForBytes(std::chrono::steady_clock::time_point deadline) const;
+  void Send(FrameKind kind, std::span<const unsigned char> frame) noexcept;
+  // Keeps the bytes for later; false when there is no room for them.
+  bool Keep(FrameKind kind, std::span<const unsigned char> bytes) noexcept KELVO_REQUIRES(outputMutex_);
   // Sends as much as the socket takes and returns how much. A connection that has failed takes everything.
   std::size_t TransmitNow(std::span<const unsigned char> bytes) KELVO_REQUIRES(outputMutex_);
   // A client that asks without reading the answers is not asked for more.
   void WaitForRoom();
-  void Close() KELVO_REQUIRES(outputMutex_);
+  void Close() noexcept KELVO_REQUIRES(outputMutex_);
+  void GiveUp(std::string_view reason) noexcept KELVO_REQUIRES(outputMutex_);
 
   const Descriptor socket_;
   const std::string peer_;
   Card& card_;
   Wake& wake_;
+  SessionMemory& memory_;
   const SessionSettings settings_;
-  ClientLib::ReceiveBuffer input_;  // the thread's own
+
+  // The thread's own.
+  ClientLib::ReceiveBuffer input_;
+  MemoryCharge inputCharge_;
+  std::array<unsigned char, MostHeadBytes> refused_{};  // the beginning of the latest request that was
 
   ClientLib::Mutex outputMutex_;
   ClientLib::CondVar outputChanged_;
   OutputQueue output_ KELVO_GUARDED_BY(outputMutex_);
+  MemoryCharge outputCharge_ KELVO_GUARDED_BY(outputMutex_);
   bool closed_ KELVO_GUARDED_BY(outputMutex_) = false;
 
   std::atomic<bool> finished_{false};

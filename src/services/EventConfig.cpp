@@ -1,8 +1,10 @@
-#include "config/EventConfig.h"
+#include "services/EventConfig.h"
 
 #include "config/RecordText.h"
 
 namespace VELTRO::KELVO::ClientLib {
+
+template class Record<EventConfig, 1>;
 
 std::string EventStatus::ToString() const {
   RecordText fields;

@@ -1,8 +1,8 @@
 // Which events the card reports.
 #pragma once
 
-#include "config/EventConfig.h"
 #include "config/RecordAPI.h"
+#include "services/EventConfig.h"
 
 namespace VELTRO::KELVO::ClientLib {
 

@@ -1,0 +1,19 @@
+"""The prototypes of the public headers."""
+import pathlib
+import re
+
+PROTOTYPE = re.compile(r"^KELVO_API\s+([^(;]*?)\s*\b(\w+)\s*\(([^;]*)\);", re.MULTILINE)
+CALLBACK = re.compile(r"^typedef [^;]*?\(\*(\w+)\)", re.MULTILINE)
+
+
+def headers(folder):
+    """The texts of the headers in a folder."""
+    return [header.read_text() for header in sorted(pathlib.Path(folder).glob("*.h"))]
+
+
+def prototypes(text):
+    """Of each prototype in a header: where it begins, its name, and the (type, name) of its parameters."""
+    for match in PROTOTYPE.finditer(text):
+        words = [" ".join(parameter.split()) for parameter in match.group(3).split(",")]
+        parameters = [re.fullmatch(r"(.*\W)(\w+)", word).groups() for word in words if word != "void"]
+        yield match.start(), match.group(2), [(kind.strip(), name) for kind, name in parameters]

@@ -1,0 +1,220 @@
+// Callbacks: what they may do, and what others may count on.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <barrier>
+#include <condition_variable>
+
+#include "support/FakeCard.h"
+#include "support/Process.h"
+
+namespace VELTRO::KELVO::Test {
+namespace {
+
+// What callbacks, which are plain functions, share with their test.
+struct Shared {
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool done = false;
+  bool release = false;
+  int port = 0;
+  std::int32_t other = -1;
+  std::int64_t list = -1;
+  std::vector<std::string> found;
+
+  void Finish() {
+    const std::lock_guard lock(mutex);
+    done = true;
+    changed.notify_all();
+  }
+  bool WaitUntilDone() {
+    std::unique_lock lock(mutex);
+    return changed.wait_for(lock, std::chrono::seconds(10), [&] { return done; });
+  }
+  void Release(const char* what) {
+    const std::lock_guard lock(mutex);
+    found.push_back(what);
+    release = true;
+    changed.notify_all();
+  }
+} shared;
+
+void BlockUntilReleased(std::int32_t, std::int32_t) {
+  shared.Finish();
+  std::unique_lock lock(shared.mutex);
+  shared.changed.wait(lock, [] { return shared.release; });
+  shared.found.push_back("returned");
+}
+
+// A card that sends one progress event behind each answer.
+FakeCard::Script Notifying() {
+  return FakeCard::Answering(
+      [](const Request& request) { return Response(request.Id, false) + Notification(0x11, 5); });
+}
+
+void Check(const char* what, int result, const char* text) {
+  const std::string error = LastError();
+  if ((result == -1) != (*text != '\0') || error != text)
+    shared.found.push_back(std::string(what) + ": " + error);
+}
+
+TEST(Callbacks, MayDoAllButWaitForThemselvesAndDisconnect) {
+  FakeCard card(Notifying());
+  Connection connection(card.Port());
+  Connection other(card.Port());
+  shared.done = false;
+  shared.found.clear();
+  shared.other = other;
+  shared.port = card.Port();
+  shared.list = vlListAllocate(connection);
+  std::uint32_t id = 0;
+  ASSERT_EQ(vlListRegisterProgressCallback(
+                connection,
+                [](std::int32_t handle, std::int32_t value) {
+                  constexpr const char* Own = "A callback must not wait for its own connection.";
+                  bool running = false;
+                  std::int32_t event = 0;
+                  std::uint32_t another = 0;
+                  Check("value", value == 5 ? 0 : -2, "");
+                  Check("append", vlListAppendMarkAbs2D(shared.list, 1, 2), "");
+                  Check("call", vlListIsExecutionInProgress(handle, &running), Own);
+                  Check("upload", vlListSet(handle, 1, shared.list, false, -1), Own);
+                  Check("wait", vlListWaitForListDone(handle, &event, 10), Own);
+                  Check("other", vlListIsExecutionInProgress(shared.other, &running), "");
+                  Check("connect", vlConnect("127.0.0.1", shared.port) > 0 ? 0 : -1, "");
+                  Check("disconnect", vlDisconnect(handle), "A callback must not disconnect.");
+                  Check("disconnect other", vlDisconnect(shared.other), "A callback must not disconnect.");
+                  Check("register",
+                        vlListRegisterListIdleCallback(
+                            handle, [](std::int32_t, std::int32_t) {}, &another),
+                        "");
+                  Check("unregister", vlListUnRegisterListIdleCallback(handle, another), "");
+                  shared.Finish();
+                },
+                &id),
+            0);
+  EXPECT_EQ(id, 2U);
+  EXPECT_EQ(vlListExecute(connection, 1), 0);
+  EXPECT_TRUE(shared.WaitUntilDone());
+  EXPECT_EQ(shared.found, std::vector<std::string>{});
+  EXPECT_EQ(vlListCommandCount(shared.list), 1);
+}
+
+TEST(Callbacks, KeepADisconnectUntilTheyReturn) {
+  FakeCard card(Notifying());
+  const std::int32_t handle = vlConnect("127.0.0.1", card.Port());
+  shared.done = shared.release = false;
+  std::uint32_t id = 0;
+  vlListRegisterProgressCallback(handle, &BlockUntilReleased, &id);
+  EXPECT_EQ(vlListExecute(handle, 1), 0);
+  ASSERT_TRUE(shared.WaitUntilDone());
+  shared.found.clear();
+  // A wait ends before the callback, which is released by it, does.
+  std::thread waiting([&] {
+    std::int32_t value = 0;
+    EXPECT_EQ(vlListWaitForListDone(handle, &value, 5000), -1);
+    EXPECT_EQ(LastError(), "ConnectionAborted");
+    shared.Release("wait ended");
+  });
+  const Stopwatch watch;
+  EXPECT_EQ(vlDisconnect(handle), 0);
+  EXPECT_LT(watch.Milliseconds(), 2000);
+  EXPECT_EQ(shared.found, (std::vector<std::string>{"wait ended", "returned"}));
+  waiting.join();
+}
+
+TEST(Callbacks, NeitherRunNorBeginOnceTheyAreUnregistered) {
+  FakeCard card(Notifying());
+  Connection connection(card.Port());
+  shared.done = shared.release = false;
+  std::uint32_t id = 0;
+  vlListRegisterProgressCallback(connection, &BlockUntilReleased, &id);
+  EXPECT_EQ(vlListExecute(connection, 1), 0);
+  ASSERT_TRUE(shared.WaitUntilDone());
+  shared.found.clear();
+  std::thread unregistering([&] {
+    EXPECT_EQ(vlListUnRegisterProgressCallback(connection, id), 0);
+    const std::lock_guard lock(shared.mutex);
+    shared.found.push_back("unregistered");
+  });
+  usleep(50000);  // time for one that does not wait
+  shared.Release("released");
+  unregistering.join();
+  EXPECT_EQ(shared.found, (std::vector<std::string>{"released", "returned", "unregistered"}));
+
+  // However the two meet.
+  static std::atomic<bool> registered;
+  for (int round = 0; round < 300; ++round) {
+    registered = true;
+    vlListRegisterProgressCallback(
+        connection, [](std::int32_t, std::int32_t) { EXPECT_TRUE(registered); }, &id);
+    std::thread notifying([&] { EXPECT_EQ(vlListExecute(connection, 1), 0) << LastError(); });
+    usleep(static_cast<useconds_t>(round % 10) * 20);
+    EXPECT_EQ(vlListUnRegisterProgressCallback(connection, id), 0);
+    registered = false;
+    notifying.join();
+  }
+}
+
+TEST(Callbacks, ThatWaitForEachOtherAreToldSo) {
+  FakeCard card(Notifying());
+  Connection one(card.Port()), two(card.Port());
+  static std::int32_t handles[2];
+  static std::atomic<int> refused, answered;
+  static std::barrier<>* together;
+  std::barrier<> both(2);
+  together = &both;
+  handles[0] = one;
+  handles[1] = two;
+  const auto meet = [](std::int32_t handle, std::int32_t) {
+    static thread_local bool entered = false;
+    if (std::exchange(entered, true)) return;  // a later event
+    together->arrive_and_wait();
+    if (vlListExecute(handles[handle == handles[0] ? 1 : 0], 1) == 0) {
+      ++answered;
+    } else {
+      refused += LastError() == "A callback must not wait for a connection whose callback waits for its own.";
+    }
+  };
+  std::uint32_t id = 0;
+  for (const std::int32_t handle : handles) vlListRegisterProgressCallback(handle, meet, &id);
+  const Stopwatch watch;
+  for (const std::int32_t handle : handles) EXPECT_EQ(vlListExecute(handle, 1), 0) << LastError();
+  for (const std::int32_t handle : handles) EXPECT_EQ(vlListUnRegisterProgressCallback(handle, id), 0);
+  EXPECT_EQ(refused, 1);
+  EXPECT_EQ(answered, 1);
+  EXPECT_LT(watch.Milliseconds(), 5000);
+}
+
+TEST(Notifications, OfErrorsReachTheirCallbacks) {
+  FakeCard card([](Peer& peer) {
+    Request request;
+    const msgpack::type::nil_t nil;
+    if (!peer.Handshake() || !peer.Next(request)) return;
+    peer.Send(FrameOf(0x82, std::make_tuple("Scanner fault", nil, nil)) + Frame(0x02, "\x07") +
+              Response(request.Id, false));
+    peer.WaitForEnd();
+  });
+  Connection connection(card.Port());
+  shared.done = false;
+  shared.found.clear();
+  std::uint32_t id = 0;
+  EXPECT_EQ(vlListRegisterErrorEventCallback(
+                connection,
+                [](std::int32_t, std::int32_t code, const char* text, std::uint32_t length) {
+                  shared.found.push_back(std::to_string(code) + std::string(text, length));
+                  shared.Finish();
+                },
+                &id),
+            0);
+  EXPECT_EQ(vlListExecute(connection, 1), 0) << "a notification that is no array is dropped: " << LastError();
+  ASSERT_TRUE(shared.WaitUntilDone());
+  ASSERT_EQ(shared.found.size(), 1U);
+  EXPECT_TRUE(shared.found[0].starts_with("-1BeginException"));
+  EXPECT_NE(shared.found[0].find("Scanner fault"), std::string::npos);
+  EXPECT_EQ(vlListUnRegisterErrorEventCallback(connection, id), 0);
+}
+
+}  // namespace
+}  // namespace VELTRO::KELVO::Test

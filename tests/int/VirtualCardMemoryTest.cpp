@@ -1,0 +1,121 @@
+// The virtual card when there is no memory left: its inside in this process, where allocations fail at will.
+#include <atomic>
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+#include "drawing/Drawing.h"
+#include "int/CardClient.h"
+#include "server/OutputQueue.h"
+#include "server/Server.h"
+#include "support/FakeCard.h"
+
+namespace {
+
+std::atomic<bool> othersFail{false};                      // all threads but those that are exempt
+thread_local bool isExempt = false;                       // the test's own thread
+thread_local int left = std::numeric_limits<int>::max();  // allocations of this thread that do not fail
+
+}  // namespace
+
+// Not inlined: the compiler would take the pairs of these for mismatched ones.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  if ((othersFail && !isExempt) || left == 0) throw std::bad_alloc();
+  --left;
+  void* const memory = std::malloc(size == 0 ? 1 : size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+
+namespace VELTRO::KELVO::Test {
+namespace {
+
+using VirtualCard::Card;
+using VirtualCard::Drawing;
+using VirtualCard::FrameKind;
+using VirtualCard::OutputQueue;
+using VirtualCard::Server;
+
+constexpr int Unlimited = std::numeric_limits<int>::max();
+
+TEST(VirtualCardMemory, ADrawingIsWholeWhereverAnAllocationFails) {
+  for (int allocations = 0; allocations < 12; ++allocations) {
+    Drawing drawing;
+    std::size_t drawn = 0;
+    left = allocations;
+    try {
+      for (;; ++drawn) {
+        const auto at = static_cast<double>(drawn);
+        drawing.AddSegment(drawn % 2 == 0 ? Drawing::Kind::Jump : Drawing::Kind::Mark, {{at, 0}},
+                           {{at + 1, 0}});
+      }
+    } catch (const std::bad_alloc&) {
+      left = Unlimited;
+    }
+    EXPECT_EQ(drawing.GetStrokes().size(), drawn) << allocations;
+    drawing.AddSegment(Drawing::Kind::Mark, {{-1, 0}}, {{-2, 0}});
+    for (const Drawing::Stroke& stroke : drawing.GetStrokes()) {
+      ASSERT_EQ(stroke.Count, 2U) << allocations;
+      const auto points = drawing.PointsOf(stroke);
+      EXPECT_EQ(std::abs(points[1].X() - points[0].X()), 1) << allocations;
+    }
+  }
+}
+
+TEST(VirtualCardMemory, AQueueIsClearedWithoutAny) {
+  OutputQueue queue;
+  queue.Append(FrameKind::Notification, std::vector<unsigned char>(200000));
+  left = 0;
+  queue.Clear();
+  left = Unlimited;
+  EXPECT_TRUE(queue.IsEmpty() && queue.GetSize() == 0 && queue.GetNotificationBytes() == 0);
+}
+
+TEST(VirtualCardMemory, WantOfItEndsCallsAndConnectionsAndNothingElse) {
+  isExempt = true;
+  const PictureFile picture;
+  Server server(IPAddress::Resolve("127.0.0.1"), 0, {30, 1 << 20, {}});
+  Card card({{"F", "S", 30},
+             {std::numeric_limits<double>::infinity(), {picture.Name(), 0.1, false}, {}},
+             "",
+             std::size_t{1} << 20},
+            server);
+  server.Start(card);
+  const Text call = FrameOf(0x00, 1, "IsUpdateActive", std::vector<int>());
+  const std::size_t answer = Response(1, false).size();
+  Peer watching(Connect(server.GetPort())), calling(Connect(server.GetPort()));
+  for (Peer* peer : {&watching, &calling}) ASSERT_TRUE(peer->Send(call) && peer->Fill(answer));
+  card.Lists.Set(7, List("MR 1,0"), false);
+
+  othersFail = true;
+  for (int i = 0; i < 10; ++i) {
+    Peer refused(Connect(server.GetPort()));
+    EXPECT_FALSE(refused.Fill(1)) << "there was memory for it";
+  }
+  calling.Send(FrameOf(0x00, 1, Text(1000, 'M'), std::vector<int>()));
+  EXPECT_FALSE(calling.Fill(answer + 1)) << "there was memory for an answer";
+  card.Lists.Execute(7);
+  while (card.Execution.GetRunningList()) std::this_thread::yield();
+  othersFail = false;
+
+  // Who is still there is told, and all works again.
+  const Text told = FrameOf(0x82, std::make_tuple(Text("Out of memory."), "", msgpack::type::nil_t())) +
+                    Notification(0x01, 7);
+  EXPECT_TRUE(watching.Fill(answer + told.size()));
+  Peer next(Connect(server.GetPort()));
+  EXPECT_TRUE(next.Send(call) && next.Fill(answer));
+  card.Lists.Execute(7);
+  EXPECT_TRUE(next.Fill(answer + 2 * Notification(0x01, 7).size())) << "done and idle";
+  card.Execution.Stop();
+  server.Stop();
+  isExempt = false;
+}
+
+}  // namespace
+}  // namespace VELTRO::KELVO::Test

@@ -1,0 +1,119 @@
+#include "LineWriter.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <system_error>
+#include <thread>
+
+namespace VELTRO::KELVO::VirtualCard {
+
+using ClientLib::MutexLock;
+
+namespace {
+
+char Printable(char character) {
+  const auto code = static_cast<unsigned char>(character);
+  return code < 0x20 || code == 0x7F ? '?' : character;
+}
+
+}  // namespace
+
+void LineWriter::Put(std::initializer_list<std::string_view> pieces) noexcept {
+  const MutexLock lock(mutex_);
+  // Two lines, should one of them have to say how many were dropped before.
+  if (count_ + 2 > MostLines || !Start()) {
+    ++dropped_;
+    return;
+  }
+  AppendDropped();
+  Append(pieces);
+  changed_.NotifyAll();
+}
+
+void LineWriter::Append(std::initializer_list<std::string_view> pieces) {
+  Line& line = lines_[(first_ + count_++) % MostLines];
+  char* at = line.Bytes.data();
+  char* const end = at + MostCharacters;
+  bool isCut = false;
+  for (std::string_view piece : pieces) {
+    const auto room = static_cast<std::size_t>(end - at);
+    isCut |= piece.size() > room;
+    piece = piece.substr(0, room);
+    at = std::ranges::transform(piece, at, Printable).out;
+  }
+  if (isCut) at = std::fill_n(at, 3, '.');
+  *at++ = '\n';
+  line.Size = static_cast<std::size_t>(at - line.Bytes.data());
+}
+
+void LineWriter::AppendDropped() {
+  if (dropped_ == 0) return;
+  char number[20];
+  const char* const end = std::to_chars(number, number + sizeof number, dropped_).ptr;
+  dropped_ = 0;
+  Append({"Nobody read what was written here: ", {number, end}, " lines are missing."});
+}
+
+bool LineWriter::Start() {
+  if (isStarted_) return true;
+  try {
+    std::thread([this] { Work(); }).detach();
+    isStarted_ = true;
+  } catch (const std::exception&) {
+    // No thread or no memory for one just now: the next line tries again.
+  }
+  return isStarted_;
+}
+
+void LineWriter::Work() {
+  // Signals are other threads' business; without SIGTTOU a terminal would stop the program for writing in the
+  // background.
+  sigset_t all;
+  sigfillset(&all);
+  pthread_sigmask(SIG_BLOCK, &all, nullptr);
+  Line line;
+  for (;;) {
+    {
+      MutexLock lock(mutex_);
+      if (count_ == 0) AppendDropped();
+      while (count_ == 0) changed_.Wait(lock);
+      line = lines_[first_];
+    }
+    Write(line);
+    const MutexLock lock(mutex_);
+    first_ = (first_ + 1) % MostLines;
+    --count_;
+    changed_.NotifyAll();
+  }
+}
+
+void LineWriter::Write(const Line& line) const {
+  std::string_view left(line.Bytes.data(), line.Size);
+  while (!left.empty()) {
+    const ssize_t written = write(descriptor_, left.data(), left.size());
+    if (written > 0) {
+      left.remove_prefix(static_cast<std::size_t>(written));
+    } else if (written < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+      // Somebody who shares the open file has made it one that does not wait.
+      pollfd entry{descriptor_, POLLOUT, 0};
+      poll(&entry, 1, -1);
+    } else if (written == 0 || errno != EINTR) {
+      return;  // nobody will ever read it
+    }
+  }
+}
+
+void LineWriter::WaitUntilWritten(std::chrono::milliseconds longest) noexcept {
+  const auto deadline = std::chrono::steady_clock::now() + longest;
+  MutexLock lock(mutex_);
+  while (isStarted_ && (count_ > 0 || dropped_ > 0) && std::chrono::steady_clock::now() < deadline) {
+    changed_.WaitUntil(lock, deadline);
+  }
+}
+
+}  // namespace VELTRO::KELVO::VirtualCard

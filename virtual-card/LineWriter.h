@@ -1,0 +1,57 @@
+// Lines to a descriptor that nobody may be reading from.
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <initializer_list>
+#include <string_view>
+
+#include "common/Mutex.h"
+
+namespace VELTRO::KELVO::VirtualCard {
+
+// A thread of its own writes, whatever kind the descriptor is, so that a full pipe or a stopped terminal holds up that
+// thread and nothing else. What it cannot keep up with is dropped; when there is room again, a line says how many
+// lines that were. Nothing here throws or takes memory.
+//
+// The thread may be stuck for ever, so it is never joined: the object must live as long as the process.
+class LineWriter {
+ public:
+  explicit LineWriter(int descriptor) : descriptor_(descriptor) {}
+  LineWriter(const LineWriter&) = delete;
+  LineWriter& operator=(const LineWriter&) = delete;
+
+  // Takes one line, made of these pieces. Texts of clients may be in it: what is no printable character is replaced,
+  // and a long line is cut.
+  void Put(std::initializer_list<std::string_view> pieces) noexcept;
+  // Waits until all of it is written, but no longer than that.
+  void WaitUntilWritten(std::chrono::milliseconds longest) noexcept;
+
+ private:
+  static constexpr std::size_t MostLines = 512;
+  static constexpr std::size_t MostCharacters = 1000;
+
+  struct Line {
+    std::array<char, MostCharacters + 4> Bytes;  // with "...\n", still few enough to be written in one piece
+    std::size_t Size = 0;
+  };
+
+  void Work();
+  void Append(std::initializer_list<std::string_view> pieces) KELVO_REQUIRES(mutex_);
+  // Says how many lines were dropped, if any were.
+  void AppendDropped() KELVO_REQUIRES(mutex_);
+  bool Start() KELVO_REQUIRES(mutex_);
+  void Write(const Line& line) const;
+
+  const int descriptor_;
+  ClientLib::Mutex mutex_;
+  ClientLib::CondVar changed_;
+  std::array<Line, MostLines> lines_ KELVO_GUARDED_BY(mutex_);
+  std::size_t first_ KELVO_GUARDED_BY(mutex_) = 0;
+  std::size_t count_ KELVO_GUARDED_BY(mutex_) = 0;  // the one that is being written included
+  std::size_t dropped_ KELVO_GUARDED_BY(mutex_) = 0;
+  bool isStarted_ KELVO_GUARDED_BY(mutex_) = false;
+};
+
+}  // namespace VELTRO::KELVO::VirtualCard
