@@ -1,7 +1,8 @@
 // Configuration records: what is common to all of them, written once over the list of their fields.
 //
-//   class MotfSource : public Record<MotfSource, 2> {
+//   class MotfSource : public Record<MotfSource> {
 //    public:
+//     static constexpr std::int32_t CurrentConfigVersion = 2;
 //     KELVO_FIELDS((MotfSourceType, SourceType, MotfSourceType::QuadratureDecoder), (std::int32_t, ModuleID, 0))
 //   };
 //
@@ -45,14 +46,13 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-template <class Derived, std::int32_t Version>
+template <class Derived>
 class Record : public IConfigI {
  public:
-  static constexpr std::int32_t CurrentConfigVersion = Version;
   // Where the version stands among the elements on the wire.
   static constexpr std::size_t VersionPlace = 0;
 
-  std::int32_t ConfigVersion = CurrentConfigVersion;
+  std::int32_t ConfigVersion = Derived::CurrentConfigVersion;
 
   void init() override {
     Derived defaults;

@@ -33,6 +33,7 @@ class UpdateParticipant {
 template <class R>
 class KeptRecord : public UpdateParticipant {
  public:
+  using Type = R;
   // Throws what a client is told that sets a record which the card cannot take.
   using Check = void (*)(const R&);
 

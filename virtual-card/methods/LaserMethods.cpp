@@ -4,7 +4,7 @@ namespace VELTRO::KELVO::VirtualCard {
 
 std::span<const Method> LaserMethods() {
   static constexpr Method Rows[] = {
-      KELVO_RECORD_METHODS("LaserConfig", Laser, ClientLib::LaserConfig),
+      KELVO_RECORD_METHODS(Laser),
       // Outside of runs the virtual laser shines on nothing.
       {"LaserOn", [](Card&) {}},
       {"LaserOff", [](Card&) {}},

@@ -7,7 +7,7 @@ using ClientLib::Transform3D;
 
 std::span<const Method> ProcessMethods() {
   static constexpr Method Rows[] = {
-      KELVO_RECORD_METHODS("Variables", Variables, ProcessVariables),
+      KELVO_RECORD_METHODS(Variables),
       {"GetSpeedScale", [](Card& card) { return card.Configuration.Variables.Get().SpeedScale; }},
       {"SetSpeedScale",
        [](Card& card, double scale) {
@@ -26,8 +26,8 @@ std::span<const Method> ProcessMethods() {
 
 std::span<const Method> MotfMethods() {
   static constexpr Method Rows[] = {
-      KELVO_RECORD_METHODS("MotfConfig", Motf, ClientLib::MotfConfig),
-      KELVO_RECORD_METHODS("QuadratureDecoderConfig", QuadratureDecoder, ClientLib::QuadratureDecoderConfig),
+      KELVO_RECORD_METHODS(Motf),
+      KELVO_RECORD_METHODS(QuadratureDecoder),
       {"ResetMotfState", [](Card& card) { card.Motf.ResetState(); }},
       {"GetPendingParts", [](Card& card) { return card.Motf.GetPendingParts(); }},
       {"GetFactor1xSpeed", [](Card& card) { return card.Motf.Factor1xSpeed.load(); }},
@@ -42,7 +42,7 @@ std::span<const Method> MotfMethods() {
 
 std::span<const Method> EventMethods() {
   static constexpr Method Rows[] = {
-      KELVO_RECORD_METHODS("EventConfig", Events, ClientLib::EventConfig),
+      KELVO_RECORD_METHODS(Events),
   };
   return Rows;
 }

@@ -11,7 +11,7 @@ using Words = CardScanner::Words;
 
 std::span<const Method> ScannerMethods() {
   static constexpr Method Rows[] = {
-      KELVO_RECORD_METHODS("ScannerConfig", Scanner, ClientLib::ScannerConfig),
+      KELVO_RECORD_METHODS(Scanner),
       {"GetNominalPosition", [](Card& card) { return card.Scanner.GetNominalPosition(); }},
       {"ReadPositions", [](Card& card) { return card.Scanner.ReadPositions(); }},
       {"ReadLastPositions", [](Card& card) { return card.Scanner.ReadLastPositions(); }},
