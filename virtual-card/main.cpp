@@ -9,8 +9,8 @@
 #include <optional>
 #include <string>
 
-#include "Log.h"
 #include "Options.h"
+#include "base/Log.h"
 #include "card/Card.h"
 #include "client/CardInfo.h"
 #include "console/StandardInput.h"

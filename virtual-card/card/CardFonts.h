@@ -6,7 +6,7 @@
 #include <memory>
 #include <optional>
 
-#include "MemoryBudget.h"
+#include "base/MemoryBudget.h"
 #include "card/StoredFiles.h"
 #include "common/Mutex.h"
 #include "services/Font.h"

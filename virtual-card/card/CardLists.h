@@ -6,12 +6,12 @@
 #include <optional>
 #include <vector>
 
+#include "card/Executor.h"
 #include "card/StoredFiles.h"
 #include "common/Mutex.h"
-#include "execution/Executor.h"
-#include "execution/ListSource.h"
 #include "lists/CommandList.h"
 #include "lists/ListStatus.h"
+#include "surroundings/ListSource.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 

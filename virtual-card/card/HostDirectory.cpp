@@ -14,7 +14,7 @@
 #include <system_error>
 #include <utility>
 
-#include "Log.h"
+#include "base/Log.h"
 #include "card/FileFailure.h"
 #include "common/ReplacedFile.h"
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-#include "Log.h"
+#include "base/Log.h"
 #include "card/StateDirectory.h"
 #include "card/StoredForm.h"
 #include "common/Mutex.h"

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "Log.h"
+#include "base/Log.h"
 #include "card/FileFailure.h"
 #include "card/Fnv1a.h"
 

@@ -3,7 +3,7 @@
 #include <exception>
 #include <utility>
 
-#include "Log.h"
+#include "base/Log.h"
 #include "drawing/SvgWriter.h"
 
 namespace VELTRO::KELVO::VirtualCard {

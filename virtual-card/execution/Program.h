@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "MemoryBudget.h"
+#include "base/MemoryBudget.h"
 #include "lists/CommandList.h"
 
 namespace VELTRO::KELVO::VirtualCard {

@@ -6,8 +6,8 @@
 #include <unordered_map>
 
 #include "card/CardFonts.h"
-#include "execution/ListSource.h"
 #include "execution/Program.h"
+#include "surroundings/ListSource.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 

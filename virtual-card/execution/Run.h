@@ -5,14 +5,14 @@
 #include <optional>
 
 #include "card/CardFonts.h"
-#include "card/CardInputs.h"
 #include "card/CardSystem.h"
-#include "card/CardVariables.h"
 #include "card/Notifier.h"
 #include "execution/CallStack.h"
 #include "execution/Clock.h"
 #include "execution/Motion.h"
 #include "execution/Programs.h"
+#include "surroundings/ListVariables.h"
+#include "surroundings/RunInputs.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -20,8 +20,8 @@ struct Run {
   Clock& Time;
   Motion& Galvos;
   Notifier& Clients;
-  CardInputs& Inputs;
-  CardVariables& Variables;
+  RunInputs& Inputs;
+  ListVariables& Variables;
   CardFonts& Fonts;
   CardSystem& System;
   Programs& Prepared;

@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 
-#include "MemoryBudget.h"
+#include "base/MemoryBudget.h"
 #include "lists/CommandList.h"
 
 namespace VELTRO::KELVO::VirtualCard {

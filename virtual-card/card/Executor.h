@@ -8,19 +8,19 @@
 
 #include "card/CardConfiguration.h"
 #include "card/CardFonts.h"
-#include "card/CardInputs.h"
 #include "card/CardSystem.h"
-#include "card/CardVariables.h"
 #include "card/Notifier.h"
 #include "common/Mutex.h"
 #include "drawing/Plotter.h"
-#include "execution/AbortSignal.h"
 #include "execution/Carets.h"
 #include "execution/Clock.h"
 #include "execution/GalvoPosition.h"
-#include "execution/ListSource.h"
 #include "execution/Motion.h"
 #include "lists/ListExecutionStats.h"
+#include "surroundings/AbortSignal.h"
+#include "surroundings/ListSource.h"
+#include "surroundings/ListVariables.h"
+#include "surroundings/RunInputs.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -34,8 +34,8 @@ struct ExecutorSettings {
 struct RunSurroundings {
   Notifier& Clients;
   AbortSignal& Abort;  // of the run that is running; also wakes its waits
-  CardInputs& Inputs;
-  CardVariables& Variables;
+  RunInputs& Inputs;
+  ListVariables& Variables;
   ListSource& Lists;
   CardFonts& Fonts;
   CardConfiguration& Configuration;

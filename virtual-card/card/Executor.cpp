@@ -1,4 +1,4 @@
-#include "execution/Executor.h"
+#include "card/Executor.h"
 
 #include <algorithm>
 #include <chrono>
@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "Log.h"
+#include "base/Log.h"
 #include "execution/CommandInterpreter.h"
 #include "execution/Programs.h"
 #include "execution/Run.h"
