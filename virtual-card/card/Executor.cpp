@@ -1,18 +1,11 @@
 #include "card/Executor.h"
 
-#include <algorithm>
 #include <chrono>
-#include <exception>
-#include <limits>
-#include <new>
 #include <stdexcept>
 #include <utility>
 
 #include "base/Log.h"
-#include "execution/CommandInterpreter.h"
-#include "execution/Programs.h"
-#include "execution/Run.h"
-#include "execution/StartingValues.h"
+#include "execution/ErrorOf.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -20,42 +13,6 @@ using ClientLib::ListExecutionStats;
 using ClientLib::MutexLock;
 
 namespace {
-
-// A count that its field cannot hold is told as the largest that it can.
-std::int32_t Saturated(double count) {
-  return static_cast<std::int32_t>(std::min<double>(count, std::numeric_limits<std::int32_t>::max()));
-}
-
-ListExecutionStats MakeStats(const Clock& clock, const Motion& motion) {
-  ListExecutionStats stats;
-  stats.MacroVectors = Saturated(static_cast<double>(motion.GetMacroVectors()));
-  stats.MicroVectors = Saturated(motion.GetMicroVectors());
-  stats.ComputationTime = clock.GetComputationTime();
-  stats.ExecutionTime = clock.Now();
-  if (stats.MicroVectors > 0) {
-    stats.ComputationTimePerMicroVector = stats.ComputationTime / motion.GetMicroVectors();
-  }
-  return stats;
-}
-
-constexpr const char* OutOfMemory = "Out of memory.";  // short enough for a string to take no memory
-
-// What `act` fails with, if it does.
-template <class F>
-std::optional<std::string> ErrorOf(F act) noexcept {
-  try {
-    act();
-    return std::nullopt;
-  } catch (const std::bad_alloc&) {
-    return OutOfMemory;
-  } catch (const std::exception& error) {
-    try {
-      return error.what();
-    } catch (const std::bad_alloc&) {
-      return OutOfMemory;
-    }
-  }
-}
 
 // Clients wait to be told: when there is no memory for that, it is tried again for a while.
 template <class F>
@@ -73,10 +30,10 @@ void Tell(F tell) noexcept {
 
 }  // namespace
 
-Executor::Executor(ExecutorSettings settings, const RunSurroundings& surroundings)
-    : speed_(settings.Speed),
-      standaloneList_(settings.StandaloneList),
+Executor::Executor(ExecutorSettings settings, const RunSurroundings& surroundings, Notifier& clients)
+    : settings_(settings.Runs),
       surroundings_(surroundings),
+      clients_(clients),
       plotter_(std::move(settings.Plotter)),
       thread_([this] { Work(); }) {}
 
@@ -133,8 +90,11 @@ ListExecutionStats Executor::GetLastStats() {
 void Executor::Work() {
   while (auto job = WaitForJob()) {
     const std::int32_t listId = job->ListId;
-    const Result result = Execute(*std::move(job));
-    plotter_.EndRun();
+    RunSettings settings = settings_;
+    settings.Limit = job->Limit;
+    const RunResult result =
+        Simulate(settings, surroundings_, {carets_, position_, plotter_}, listId, std::move(job->List));
+    WritePicture();
     {
       const MutexLock lock(mutex_);
       stats_ = result.Stats;
@@ -145,6 +105,7 @@ void Executor::Work() {
     ++concluded_;
     changed_.NotifyAll();
   }
+  if (plotter_.IsUnwritten()) WritePicture();
 }
 
 std::optional<Executor::Job> Executor::WaitForJob() {
@@ -153,44 +114,19 @@ std::optional<Executor::Job> Executor::WaitForJob() {
   return std::exchange(job_, std::nullopt);  // one that was started is concluded, stopping or not
 }
 
-Executor::Result Executor::Execute(Job job) {
-  plotter_.BeginRun();
-  Clock clock(speed_, surroundings_.Abort, job.Limit);
-  Motion motion(clock, plotter_, position_);
-  std::optional<std::string> error = ErrorOf([&] { Interpret(std::move(job), clock, motion); });
-  const std::optional<std::string> another = ErrorOf([&] { motion.Stop(); });
-  if (!error) error = another;
-  return {MakeStats(clock, motion), std::move(error), clock.IsAborted()};
+void Executor::WritePicture() noexcept {
+  if (const auto error = ErrorOf([this] { plotter_.EndRun(); })) LogLine(*error);
 }
 
-void Executor::Interpret(Job job, Clock& clock, Motion& motion) {
-  Programs programs(surroundings_.Lists);
-  CallStack calls(carets_);
-  calls.Enter(programs.PrepareList(job.ListId, std::move(job.List)));
-  calls.Enter(std::make_shared<const Program>("Process variables",
-                                              StartingValues(surroundings_.Configuration.Variables.Get())));
-  Run run{clock,
-          motion,
-          surroundings_.Clients,
-          surroundings_.Inputs,
-          surroundings_.Variables,
-          surroundings_.Fonts,
-          surroundings_.System,
-          programs,
-          calls,
-          standaloneList_};
-  VirtualCard::Interpret(run);
-}
-
-void Executor::Conclude(std::int32_t listId, const Result& result) {
+void Executor::Conclude(std::int32_t listId, const RunResult& result) {
   Tell([&] {
     if (result.Error) {
-      surroundings_.Clients.NotifyError(*result.Error);
+      clients_.NotifyError(*result.Error);
     } else if (!result.Aborted) {
-      surroundings_.Clients.NotifyListDone(listId);
+      clients_.NotifyListDone(listId);
     }
   });
-  Tell([&] { surroundings_.Clients.NotifyListIdle(listId); });
+  Tell([&] { clients_.NotifyListIdle(listId); });
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard
