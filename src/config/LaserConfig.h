@@ -9,6 +9,8 @@ namespace VELTRO::KELVO::ClientLib {
 // The fields that end in 1 are those of the second power channel. The defaults are deliberately uneven.
 class LaserConfig : public Record<LaserConfig, 8> {
  public:
+  static constexpr const char* Name = "LaserConfig";
+
   // clang-format off
   KELVO_FIELDS(
       (Polarity, FpsPolarity, Polarity::ActiveHigh),
@@ -43,6 +45,6 @@ class LaserConfig : public Record<LaserConfig, 8> {
   // clang-format on
 };
 
-extern template class Record<LaserConfig, 8>;
+extern template class Record<LaserConfig, LaserConfig::CurrentConfigVersion>;
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -22,6 +22,8 @@ class MotfSource : public Record<MotfSource, 2> {
 
 class MotfConfig : public Record<MotfConfig, 9> {
  public:
+  static constexpr const char* Name = "MotfConfig";
+
   // clang-format off
   KELVO_FIELDS(
       (MotfOperatingMode, OperatingMode, MotfOperatingMode::Standard),
@@ -44,7 +46,7 @@ class MotfConfig : public Record<MotfConfig, 9> {
   void SetDirectionFromAngle(double angle);
 };
 
-extern template class Record<MotfSource, 2>;
-extern template class Record<MotfConfig, 9>;
+extern template class Record<MotfSource, MotfSource::CurrentConfigVersion>;
+extern template class Record<MotfConfig, MotfConfig::CurrentConfigVersion>;
 
 }  // namespace VELTRO::KELVO::ClientLib

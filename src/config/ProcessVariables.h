@@ -51,6 +51,7 @@ class WobbleSettings : public Record<WobbleSettings, 1> {
 
 class ProcessVariables : public Record<ProcessVariables, 18> {
  public:
+  static constexpr const char* Name = "Variables";
   static constexpr const char* TooMany = "Too much OnOffPattern values";
   static constexpr const char* IllegalNumber = "Illegal number of OnOffPattern values";
 
@@ -89,8 +90,8 @@ class RecordText;
 // The text has another order than the wire: MaxDwellTime stands behind PolyDelay.
 void WriteFields(const ProcessVariables& variables, RecordText& text);
 
-extern template class Record<SkyWritingSettings, 4>;
-extern template class Record<WobbleSettings, 1>;
-extern template class Record<ProcessVariables, 18>;
+extern template class Record<SkyWritingSettings, SkyWritingSettings::CurrentConfigVersion>;
+extern template class Record<WobbleSettings, WobbleSettings::CurrentConfigVersion>;
+extern template class Record<ProcessVariables, ProcessVariables::CurrentConfigVersion>;
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -27,7 +27,7 @@ class QuadratureDecoderConfig : public Record<QuadratureDecoderConfig, 4> {
   KELVO_FIELDS((std::vector<QuadratureDecoderModule>, Modules, std::vector<QuadratureDecoderModule>(2)))
 };
 
-extern template class Record<QuadratureDecoderModule, 4>;
-extern template class Record<QuadratureDecoderConfig, 4>;
+extern template class Record<QuadratureDecoderModule, QuadratureDecoderModule::CurrentConfigVersion>;
+extern template class Record<QuadratureDecoderConfig, QuadratureDecoderConfig::CurrentConfigVersion>;
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -10,17 +10,17 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-template class Record<LaserConfig, 8>;
-template class Record<SkyWritingSettings, 4>;
-template class Record<WobbleSettings, 1>;
-template class Record<ProcessVariables, 18>;
-template class Record<MotfSource, 2>;
-template class Record<MotfConfig, 9>;
-template class Record<QuadratureDecoderModule, 4>;
-template class Record<QuadratureDecoderConfig, 4>;
-template class Record<ScanHeadConfig, 10>;
-template class Record<ScannerConfig, 12>;
-template class Record<ScannerMonitoringConfig, 2>;
-template class Record<SystemConfig, 5>;
+template class Record<LaserConfig, LaserConfig::CurrentConfigVersion>;
+template class Record<SkyWritingSettings, SkyWritingSettings::CurrentConfigVersion>;
+template class Record<WobbleSettings, WobbleSettings::CurrentConfigVersion>;
+template class Record<ProcessVariables, ProcessVariables::CurrentConfigVersion>;
+template class Record<MotfSource, MotfSource::CurrentConfigVersion>;
+template class Record<MotfConfig, MotfConfig::CurrentConfigVersion>;
+template class Record<QuadratureDecoderModule, QuadratureDecoderModule::CurrentConfigVersion>;
+template class Record<QuadratureDecoderConfig, QuadratureDecoderConfig::CurrentConfigVersion>;
+template class Record<ScanHeadConfig, ScanHeadConfig::CurrentConfigVersion>;
+template class Record<ScannerConfig, ScannerConfig::CurrentConfigVersion>;
+template class Record<ScannerMonitoringConfig, ScannerMonitoringConfig::CurrentConfigVersion>;
+template class Record<SystemConfig, SystemConfig::CurrentConfigVersion>;
 
 }  // namespace VELTRO::KELVO::ClientLib

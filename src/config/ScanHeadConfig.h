@@ -33,6 +33,6 @@ class ScanHeadConfig : public Record<ScanHeadConfig, 10> {
 
 void WriteFields(const ScanHeadConfig& head, RecordText& text);
 
-extern template class Record<ScanHeadConfig, 10>;
+extern template class Record<ScanHeadConfig, ScanHeadConfig::CurrentConfigVersion>;
 
 }  // namespace VELTRO::KELVO::ClientLib

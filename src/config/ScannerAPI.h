@@ -20,7 +20,7 @@ struct ScannerPositions {
 
 class ScannerAPI : public RecordAPI<ScannerConfig> {
  public:
-  explicit ScannerAPI(RpcCaller& caller) : RecordAPI(caller, "ScannerConfig") {}
+  using RecordAPI::RecordAPI;
 
   // Where the heads ought to be.
   Point3D GetNominalPosition() { return caller_.Call<Point3D>("GetNominalPosition"); }

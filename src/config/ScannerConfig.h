@@ -28,6 +28,6 @@ class ScannerConfig : public Record<ScannerConfig, 12> {
   void SetHeadFormat(ScanHeadFormat format);
 };
 
-extern template class Record<ScannerConfig, 12>;
+extern template class Record<ScannerConfig, ScannerConfig::CurrentConfigVersion>;
 
 }  // namespace VELTRO::KELVO::ClientLib

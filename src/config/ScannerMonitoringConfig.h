@@ -30,6 +30,6 @@ class ScannerMonitoringConfig : public Record<ScannerMonitoringConfig, 2> {
   // clang-format on
 };
 
-extern template class Record<ScannerMonitoringConfig, 2>;
+extern template class Record<ScannerMonitoringConfig, ScannerMonitoringConfig::CurrentConfigVersion>;
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -22,6 +22,6 @@ class SystemConfig : public Record<SystemConfig, 5> {
   // clang-format on
 };
 
-extern template class Record<SystemConfig, 5>;
+extern template class Record<SystemConfig, SystemConfig::CurrentConfigVersion>;
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -29,6 +29,6 @@ class EventConfig : public Record<EventConfig, 1> {
   std::string ToString() const override;
 };
 
-extern template class Record<EventConfig, 1>;
+extern template class Record<EventConfig, EventConfig::CurrentConfigVersion>;
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -78,6 +78,6 @@ std::uint32_t hashDouble(double value);
 // ...and a number of its own for what is no number, and for what is infinite.
 std::uint32_t doubleHash(double value);
 
-extern template class Record<OpticalParameters, 7>;
+extern template class Record<OpticalParameters, OpticalParameters::CurrentConfigVersion>;
 
 }  // namespace VELTRO::KELVO::ClientLib

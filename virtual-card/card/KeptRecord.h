@@ -5,7 +5,6 @@
 #include <exception>
 #include <optional>
 #include <stdexcept>
-#include <string>
 #include <utility>
 
 #include "base/Log.h"
@@ -33,19 +32,21 @@ class UpdateParticipant {
 template <class R>
 class KeptRecord : public UpdateParticipant {
  public:
+  using Content = R;
+
   // Throws what a client is told that sets a record which the card cannot take.
   using Check = void (*)(const R&);
 
-  // Takes what was stored under `name` as the active record, too; the defaults when it cannot be read, and says so
-  // on stderr.
-  KeptRecord(
-      std::string name, StateDirectory& directory, Check check = [](const R&) {})
-      : name_(std::move(name)), directory_(directory), check_(check) {
+  // Takes what was stored under the record's name as the active one, too; the defaults when it cannot be read, and
+  // says so on stderr.
+  explicit KeptRecord(
+      StateDirectory& directory, Check check = [](const R&) {})
+      : directory_(directory), check_(check) {
     try {
       Load();
     } catch (const std::exception& error) {
       sound_ = false;
-      LogLine("Taking the defaults for the stored " + name_ + ": " + error.what());
+      LogLine({"Taking the defaults for the stored ", R::Name, ": ", error.what()});
     }
   }
 
@@ -74,7 +75,7 @@ class KeptRecord : public UpdateParticipant {
   // Throws as StateDirectory::Write.
   void Store() {
     const ClientLib::MutexLock storing(storing_);  // so that the latest is what stays
-    directory_.Write(name_, ToStored(Get()));
+    directory_.Write(R::Name, ToStored(Get()));
   }
 
   void BeginUpdate() override {
@@ -91,11 +92,10 @@ class KeptRecord : public UpdateParticipant {
 
  private:
   R Stored() {
-    const auto bytes = directory_.Read(name_);
+    const auto bytes = directory_.Read(R::Name);
     return bytes ? FromStored<R>(*bytes) : R();
   }
 
-  const std::string name_;
   StateDirectory& directory_;
   const Check check_;
   bool sound_ = true;
