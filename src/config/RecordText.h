@@ -61,9 +61,8 @@ class RecordText {
   }
   template <std::size_t N>
   void Value(const Point<N, double>& point) {
-    constexpr std::string_view Names = "XYZM";
     RecordText coordinates;
-    for (std::size_t i = 0; i < N; ++i) coordinates.Field(Names.substr(i, 1), point.Coordinates[i]);
+    for (std::size_t i = 0; i < N; ++i) coordinates.Field(CoordinateNames.substr(i, 1), point.Coordinates[i]);
     text_.append("{ ").append(coordinates.Take()).append(" }");
   }
   void Value(const Transform3D& transform);
