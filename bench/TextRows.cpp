@@ -181,9 +181,9 @@ double LibraryReading(RowContext&) {
 
 void RegisterTextRows(Harness& harness) {
   harness.AddReference(kWriting, "ms", PlainWriting);
-  harness.AddLibraryRow("text of 100000 marks, library", kWriting, AtMost(1.2), LibraryWriting);
+  harness.AddLibraryRow("text of 100000 marks, library", kWriting, AtMost(0.8), LibraryWriting);
   harness.AddReference(kReading, "ms", PlainReading);
-  harness.AddLibraryRow("100000 marks from text, library", kReading, AtMost(1.5), LibraryReading);
+  harness.AddLibraryRow("100000 marks from text, library", kReading, AtMost(0.9), LibraryReading);
 }
 
 }  // namespace VELTRO::KELVO::Bench

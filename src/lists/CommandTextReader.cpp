@@ -1,11 +1,14 @@
 #include "lists/CommandTextReader.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdint>
 #include <system_error>
+#include <utility>
 
 #include "lists/CommandCodes.h"
+#include "lists/Decimals.h"
 #include "lists/PackedCommands.h"
 #include "lists/ValueTypes.h"
 
@@ -92,9 +95,25 @@ bool IsNotFinite(std::string_view word) {
   return false;
 }
 
+// Takes a number of the number expression as it usually is, and returns the place behind it; null when there is none, or
+// one of another shape.
+[[gnu::always_inline]] inline const char* ReadUsual(const char* at, const char* end, double& number) {
+  return Decimals::Read(at, end, number);
+}
+template <class T>
+[[gnu::always_inline]] inline const char* ReadUsual(const char* at, const char* end, T& number) {
+  const auto [behind, error] = std::from_chars(at, end, number);
+  const bool goesOn = behind != end && (*behind == '.' || (*behind | 0x20) == 'e');
+  return error != std::errc() || goesOn ? nullptr : behind;
+}
+
 // Takes a number of the number expression; false when none is there.
 template <class T>
 [[gnu::always_inline]] inline bool TakeNumber(TextCursor& cursor, T& number) {
+  if (const char* const behind = ReadUsual(cursor.At(), cursor.End(), number)) {
+    cursor.MoveTo(behind);
+    return true;
+  }
   TextCursor ahead = cursor;
   ahead.Take('+');
   const char* const begin = ahead.At();
@@ -127,14 +146,26 @@ template <class T>
   return SkipToNumber(cursor, inPoint) && TakeNumber(cursor, number);
 }
 
-// These take the next element of a value; false when the value ends before.
-template <class T>
-[[gnu::always_inline]] inline bool TakeElement(TextCursor& cursor, T& number) {
-  return TakeNumber(cursor, number) || TakeDistantNumber(cursor, number, false);
+// Of elements whose places do not matter.
+struct NoPlaces {
+  void Add(const char*, const char*) {}
+  void AddUnusual() {}
+};
+
+// These take the next element of a value, and tell where its numbers are; false when the value ends before.
+template <class T, class Places>
+[[gnu::always_inline]] inline bool TakeElement(TextCursor& cursor, T& number, Places& places) {
+  const char* const begin = cursor.At();
+  if (TakeNumber(cursor, number)) {
+    places.Add(begin, cursor.At());
+    return true;
+  }
+  places.AddUnusual();
+  return TakeDistantNumber(cursor, number, false);
 }
 
-template <std::size_t N, class T>
-[[gnu::always_inline]] inline bool TakeElement(TextCursor& cursor, Point<N, T>& point) {
+template <std::size_t N, class T, class Places>
+[[gnu::always_inline]] inline bool TakeElement(TextCursor& cursor, Point<N, T>& point, Places& places) {
   for (std::size_t i = 0; i < N; ++i) {
     if (i > 0) cursor.SkipBlanksAndCommas();
     const char* const begin = cursor.At();
@@ -143,7 +174,12 @@ template <std::size_t N, class T>
       cursor.Take('=');
       cursor.SkipBlanks();
     }
-    if (TakeNumber(cursor, point.Coordinates[i])) continue;
+    const char* const number = cursor.At();
+    if (TakeNumber(cursor, point.Coordinates[i])) {
+      places.Add(number, cursor.At());
+      continue;
+    }
+    places.AddUnusual();
     cursor.MoveTo(begin);
     if (TakeDistantNumber(cursor, point.Coordinates[i], true)) continue;
     if (i == 0) return false;
@@ -152,7 +188,9 @@ template <std::size_t N, class T>
   return true;
 }
 
-bool TakeElement(TextCursor& cursor, bool& value) {
+template <class Places>
+bool TakeElement(TextCursor& cursor, bool& value, Places& places) {
+  places.AddUnusual();
   const std::string_view name = cursor.TakeName();
   value = name == "True";
   if (!value && name != "False") throw Refusal{"neither True nor False"};
@@ -189,6 +227,23 @@ bool TakeEnd(TextCursor& cursor) {
 
 }  // namespace
 
+class CommandTextReader::Places {
+ public:
+  void Add(const char* begin, const char* end) { numbers_[count_++] = {begin, end}; }
+  // A number that is found only by looking for it, or none.
+  void AddUnusual() { isUsual_ = false; }
+
+  bool AreUsual() const { return isUsual_; }
+  std::size_t Count() const { return count_; }
+  const char* BeginOf(std::size_t i) const { return numbers_[i].first; }
+  const char* EndOf(std::size_t i) const { return numbers_[i].second; }
+
+ private:
+  std::array<std::pair<const char*, const char*>, TextForm::MostPieces - 1> numbers_;
+  std::size_t count_ = 0;
+  bool isUsual_ = true;
+};
+
 Command CommandTextReader::ReadCommand(std::string_view text) {
   TextCursor cursor(text);
   cursor.SkipBlanks();
@@ -219,7 +274,10 @@ void CommandTextReader::ReadList(std::string_view text, PackedCommands& list) {
 }
 
 void CommandTextReader::Read(TextCursor& cursor) {
+  if (readAgain_ != nullptr && (this->*readAgain_)(cursor)) return;
+  readAgain_ = nullptr;
   const TextCursor begin = cursor;
+  begin_ = begin.At();
   try {
     ReadParts(cursor);
   } catch (const std::runtime_error&) {
@@ -257,6 +315,46 @@ void CommandTextReader::ReadParts(TextCursor& cursor) {
   list_.Append(CommandView{code_, {payload_.data(), size_}});
 }
 
+template <class T>
+bool CommandTextReader::ReadAgain(TextCursor& cursor) {
+  const char* at = cursor.At();
+  const char* const end = cursor.End();
+  T value;
+  std::size_t piece = 0;
+  const auto take = [&](auto& number) {
+    if (!form_.Take(piece++, at, end)) return false;
+    at = ReadUsual(at, end, number);
+    return at != nullptr;
+  };
+  if constexpr (IsPointType<T>) {
+    for (auto& coordinate : value.Coordinates) {
+      if (!take(coordinate)) return false;
+    }
+  } else {
+    if (!take(value)) return false;
+  }
+  if (!form_.Take(piece, at, end)) return false;
+  list_.Append(code_, value);
+  cursor.MoveTo(at);
+  return true;
+}
+
+template <class T>
+void CommandTextReader::Remember(const char* begin, const Places& numbers, const char* end) {
+  const bool isRepeated = codeBefore_ == code_;
+  codeBefore_ = code_;
+  if (!isRepeated || !numbers.AreUsual()) return;
+  const char* behind = begin;
+  const auto keep = [&](std::size_t index, const char* to) {
+    return form_.Keep(index, {behind, static_cast<std::size_t>(to - behind)});
+  };
+  for (std::size_t i = 0; i < numbers.Count(); ++i) {
+    if (!keep(i, numbers.BeginOf(i))) return;
+    behind = numbers.EndOf(i);
+  }
+  if (keep(numbers.Count(), end)) readAgain_ = &CommandTextReader::ReadAgain<T>;
+}
+
 void CommandTextReader::ReadVersion() {
   unsigned char version = 0;
   if (std::from_chars(version_.data(), version_.data() + version_.size(), version).ec != std::errc()) {
@@ -280,10 +378,12 @@ bool CommandTextReader::ReadValue(std::string_view acronym, TextCursor& cursor) 
                            ReadElements<typename T::value_type>(cursor);
                          } else {
                            T value{};
-                           if (!TakeElement(cursor, value)) FailMissing<T>();
+                           Places places;
+                           if (!TakeElement(cursor, value, places)) FailMissing<T>();
                            if (size_ == 0 && version_.empty() && TakeEnd(cursor)) {
                              list_.Append(code_, value);
                              appended = true;
+                             if constexpr (!std::is_same_v<T, bool>) Remember<T>(begin_, places, cursor.At());
                            } else {
                              PutValue(Extend(ValueSize(value)), value);
                            }
@@ -309,7 +409,8 @@ void CommandTextReader::ReadElements(TextCursor& cursor) {
   while (!cursor.IsAt(']') && size_ <= 2 * MaxPacketSize) {
     if (IsPointType<T> && cursor.Take('(')) cursor.SkipBlanks();
     T element{};
-    if (!TakeElement(cursor, element)) {
+    NoPlaces noPlaces;
+    if (!TakeElement(cursor, element, noPlaces)) {
       if (size_ == begin) FailMissing<T>();  // there is something, but no number
       break;
     }

@@ -25,6 +25,7 @@
 
 #include "lists/Command.h"
 #include "lists/CommandScanner.h"
+#include "lists/TextForm.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -49,8 +50,17 @@ class CommandTextReader {
  private:
   explicit CommandTextReader(PackedCommands& list) : list_(list) {}
 
+  // The numbers of a value: where each begins and ends.
+  class Places;
+
   // Appends the command at the cursor.
   void Read(TextCursor& cursor);
+  // The same when its text is that of the one before but for the numbers of its only value, a T; else false.
+  template <class T>
+  bool ReadAgain(TextCursor& cursor);
+  // Lets ReadAgain read the commands that repeat the one from `begin` to `end`, if they can be told by their form.
+  template <class T>
+  void Remember(const char* begin, const Places& numbers, const char* end);
   // The same, but of several faults in the text it need not name the first.
   void ReadParts(TextCursor& cursor);
   void ReadVersion();
@@ -72,6 +82,13 @@ class CommandTextReader {
   std::vector<unsigned char> payload_;  // its first size_ bytes; the rest is room
   std::size_t size_ = 0;
   PayloadRoom room_;
+
+  // The form of the command before, when it can be repeated. It has proved to be worth keeping by its code's coming
+  // twice.
+  bool (CommandTextReader::*readAgain_)(TextCursor&) = nullptr;
+  TextForm form_;
+  const char* begin_ = nullptr;  // of the command that is read
+  std::optional<std::int32_t> codeBefore_;
 };
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -7,6 +7,7 @@
 
 #include "lists/CommandCodes.h"
 #include "lists/CommandValueReader.h"
+#include "lists/Decimals.h"
 #include "lists/ValueTypes.h"
 
 namespace VELTRO::KELVO::ClientLib {
@@ -65,7 +66,11 @@ void CommandTextWriter::Put(std::string_view text) {
 
 template <class T>
 void CommandTextWriter::PutNumber(T number) {
-  at_ = std::to_chars(at_, piece_.data() + piece_.size(), number).ptr;
+  if constexpr (std::is_same_v<T, double>) {
+    at_ = Decimals::Write(at_, number);
+  } else {
+    at_ = std::to_chars(at_, piece_.data() + piece_.size(), number).ptr;
+  }
 }
 
 template <class T>
@@ -153,8 +158,48 @@ bool CommandTextWriter::PutPayload(std::span<const unsigned char> payload) {
   return true;
 }
 
+bool CommandTextWriter::HasForm(const CommandView& command) const {
+  return command.Code == form_.Code && command.Payload.size() == form_.PayloadSize &&
+         std::equal(form_.Head.begin(), form_.Head.end(), command.Payload.begin());
+}
+
+void CommandTextWriter::KeepForm(const CommandView& command) {
+  const bool isRepeated = command.Code == form_.Code;
+  form_.Code = command.Code;
+  form_.PayloadSize = Form::None;
+  const std::span<const unsigned char> payload = command.Payload;
+  const auto mnemonic = MnemonicOf(command.Code);
+  if (!isRepeated || !mnemonic || payload.size() <= form_.Head.size()) return;
+  const std::size_t size = payload.size() - form_.Head.size();
+  if (payload[0] != Command::PayloadVersion || GetUInt24(payload.data() + 1) != size + 1) return;
+  VisitValueType(payload[Command::HeaderBytes], [&]<class T>(std::type_identity<T>) {
+    if constexpr (!IsArrayType<T> && HasText<T>) {
+      const std::string text = "{ " + std::string(*mnemonic).append(OpeningOf<T>.data(), OpeningOf<T>.size());
+      if (size != sizeof(T) || text.size() > Form::MostText) return;
+      std::copy_n(payload.begin(), form_.Head.size(), form_.Head.begin());
+      form_.TextSize = text.copy(form_.Text.data(), text.size());
+      form_.PutValue = &CommandTextWriter::PutElement<T>;
+      form_.PayloadSize = payload.size();
+    }
+  });
+}
+
 void CommandTextWriter::PutCommand(const CommandView& command) {
   MakeRoom();
+  if (HasForm(command)) {
+    std::memcpy(at_, form_.Text.data(), Form::MostText);
+    at_ += form_.TextSize;
+    (this->*form_.PutValue)(command.Payload.data() + form_.Head.size());
+    PutShort(" ] }");
+  } else {
+    KeepForm(command);
+    PutAnew(command);
+  }
+  // About what a command takes besides its payload.
+  doneBytes_ += command.Payload.size() + 8;
+}
+
+void CommandTextWriter::PutAnew(const CommandView& command) {
   PutShort("{ ");
   if (const auto mnemonic = MnemonicOf(command.Code)) {
     PutShort(*mnemonic);
@@ -163,8 +208,6 @@ void CommandTextWriter::PutCommand(const CommandView& command) {
   }
   if (!PutPayload(command.Payload)) Put(Unsupported);
   Put(" }");
-  // About what a command takes besides its payload.
-  doneBytes_ += command.Payload.size() + 8;
 }
 
 std::string Command::ArrayValue::ToString() const {

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -50,11 +51,31 @@ class CommandTextWriter {
   bool PutValueOf(std::span<const unsigned char>& left);
   bool PutPayload(std::span<const unsigned char> payload);
 
+  // What the commands share that have the code of the one before and a single scalar or point of the same type: the text
+  // ahead of the value, and the payload's beginning.
+  struct Form {
+    static constexpr std::size_t MostText = 32;
+    static constexpr std::size_t None = SIZE_MAX;
+
+    std::int32_t Code = 0;
+    std::size_t PayloadSize = None;
+    std::array<unsigned char, Command::HeaderBytes + 1> Head{};
+    std::array<char, MostText> Text{};
+    std::size_t TextSize = 0;
+    void (CommandTextWriter::*PutValue)(const unsigned char* bytes) = nullptr;
+  };
+  bool HasForm(const CommandView& command) const;
+  // Puts a command of any form.
+  void PutAnew(const CommandView& command);
+  // Keeps the form of a command whose code has come twice.
+  void KeepForm(const CommandView& command);
+
   std::string& text_;
   std::size_t expectedBytes_;
   std::size_t doneBytes_ = 0;
   std::array<char, 4096> piece_;
   char* at_ = piece_.data();
+  Form form_;
 };
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -1,10 +1,17 @@
 // The text form of commands and lists, there and back.
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
 #include <limits>
 #include <locale>
+#include <random>
 
 #include "Helpers.h"
 #include "lists/CommandCodes.h"
 #include "lists/CommandList.h"
+#include "lists/CommandValueReader.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -52,6 +59,83 @@ TEST(CommandText, OfACommandIsReadInEveryShapeAndWithNothingElseInIt) {
 {NO,V256} | {NO,V99999999999999999999} => : more than 255
 )",
               check);
+}
+
+// Commands that repeat the form of the one before are read and written by that form.
+TEST(CommandText, OfACommandInAListIsThatOfTheCommandAlone) {
+  const std::string usual[] = {"{ MA, P2D[ X=1 Y=-2.5 ] }", "{ NO, F64[ 0.25 ] }", "{LOS,I32[7]}",
+                               "{NO,P3D[1,2,3]}", "{ JS, F64[1.5e2] }"};
+  const char* unusual =
+      "{ MA, P2D[ X=31 Y=4 ] } | { MA, P2D[ X=3.  Y=4 ] } | { MA, P2D[ X=3.Y=4 ] } | { MA, P2D[ X=3 Y=4 5 ] "
+      "} | "
+      "{ MA, P2D[ X=3e1 Y=-.4 ] } | { MA, P2D[ X=+3 Y=4 ]} | { MA, P2D[ X=3 Y=12345678901234567890.5 ] } | "
+      "{ MA, P2D[ X=3 Y=nan ] } | { MA, P2D[ X=- Y=4 ] } | { JA, P2D[ X=3 Y=4 ] } | { MA, P2D[ X=3 Y=4 ], "
+      "I32[ 1 ] } | "
+      "{ MA, P3D[ X=3 Y=4 ] } | { NO, F64[ 7 ] } | { NO, F64[ .5 ] } | { NO, F64[ 1e-310 ] } | {LOS,I32[-8]} "
+      "| "
+      "{LOS,I32[7.]} | {LOS,I32[7.0]} | {LOS,I32[7e1]} | {LOS,I32[2147483648]} | {NO,P3D[7,8,9]} | "
+      "{NO,P3D[7,8]} | "
+      "{NO,P3D[7,8,9e2]} | { JS, F64[2.5e3] } | { JS, F64[2.5e] } => any";
+  const auto check = [&](const std::string& text, const std::string&) {
+    std::string expected;
+    const std::string failure = Failure([&] { expected = Command::FromString(text).ToString(); });
+    for (const std::string& command : usual) {
+      const std::string before = Command::FromString(command).ToString();
+      const std::string list = command + command + command + text + text + command;
+      std::string read;
+      const std::string refused = Failure([&] { read = CommandList::FromString(list).ToString(); });
+      EXPECT_EQ(refused == "no failure", failure == "no failure") << command;
+      if (refused != "no failure") continue;
+      EXPECT_EQ(read, "[ " + before + ", " + before + ", " + before + ", " + expected + ", " + expected +
+                          ", " + before + " ]");
+    }
+  };
+  ForEachText(unusual, check);
+  for (const std::string& text : usual) check(text, "any");
+}
+
+TEST(CommandText, OfNumbersIsThatOfTheStandardLibraryToTheLastBit) {
+  std::mt19937_64 random(7);
+  const auto power = [&](unsigned most) {
+    return std::pow(10.0, static_cast<double>(random() % (most + 1)));
+  };
+  for (int i = 0; i < 300000; ++i) {
+    const auto bits = static_cast<double>(static_cast<std::int64_t>(random()) >> random() % 64);
+    const double values[] = {std::bit_cast<double>(random()),
+                             bits / power(20),
+                             std::round(bits / power(18)) / power(7),
+                             bits / 1e6,
+                             -0.0,
+                             1e5,
+                             0.001,
+                             1e9,
+                             999999999.999999};
+    const double value = values[i % std::size(values)];
+    if (!std::isfinite(value)) continue;
+    char text[400];
+    const std::string written(text, std::to_chars(text, std::end(text), value).ptr);
+    Command command(1);
+    command.Add(value);
+    ASSERT_EQ(command.ToString(), "{ PI, F64[ " + written + " ] }");
+    // Digits enough or too few, so that many lie next to the middle of two numbers.
+    const int length = std::snprintf(text, sizeof text, "%.*f", static_cast<int>(random() % 18), value);
+    double expected = 0;
+    std::from_chars(text, text + length, expected);
+    const CommandList list = CommandList::FromString("{PI,F64[" + std::string(text) + "]}");
+    Command::CommandValueReader reader(list.At(0).Payload);
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(reader.AsDouble()), std::bit_cast<std::uint64_t>(expected))
+        << text;
+  }
+  // Halfway between two numbers the even one is taken; a digit more decides.
+  for (const char* text :
+       {"9007199254740993.0", "9007199254740993.01", "9007199254740995.0", "4503599627370497.5",
+        "4503599627370498.5", "4503599627370497.51", "4503599627370497.49"}) {
+    double expected = 0;
+    std::from_chars(text, text + std::strlen(text), expected);
+    EXPECT_EQ(Command::FromString("{PI,F64[" + std::string(text) + "]}").ToString(),
+              Command::FromString("{PI,F64[" + std::to_string(static_cast<std::int64_t>(expected)) + "]}")
+                  .ToString());
+  }
 }
 
 TEST(CommandText, OfAListIsTakenWholeOrNotAtAll) {
