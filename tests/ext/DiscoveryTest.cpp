@@ -48,7 +48,7 @@ std::string Reached(const std::string& serial, const std::string& address,
   char text[40] = "";
   std::uint32_t length = 0;
   if (handle < 0 || vlSystemGetCardSerialNumber(handle, text, sizeof text, &length) != 0) return LastError();
-  EXPECT_EQ(vlDisconnect(handle), 0);
+  EXPECT_OK(vlDisconnect(handle));
   return text;
 }
 

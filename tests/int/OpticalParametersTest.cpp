@@ -81,8 +81,7 @@ TEST(OpticalParameters, HaveTheHashCodeOfTheRule) {
       *layers -= 1;
     }
     flat.HeadFormat = 3;
-    EXPECT_EQ(vlOpticalParametersGetHashCode(&flat, &code), -1);
-    EXPECT_EQ(LastError(), "ScanHeadFormat::_from_integral: invalid argument");
+    EXPECT_FAILS(vlOpticalParametersGetHashCode(&flat, &code), "ScanHeadFormat::_from_integral: invalid argument");
   }
   EXPECT_EQ(hashDouble(-0.0) | doubleHash(-0.0) | hashDouble(0.0), 0U);
   EXPECT_EQ(hashDouble(-0.1), 0x26200003U);

@@ -17,10 +17,9 @@ TEST(HeadFormats, AreThoseOfTheTable) {
   for (int format = -1; format < 260; ++format) {
     std::int32_t heads = 0, axes = 0, count = 0, dimensions = 0, axis = 0, index = 0;
     bool zoom = false, extended = false, auxiliary = false;
-    EXPECT_EQ(vlScannerHeadFormatIsExtended(format, &extended) + vlScannerHeadFormatHasAuxiliary(format, &auxiliary), 0);
+    EXPECT_OK(vlScannerHeadFormatIsExtended(format, &extended) + vlScannerHeadFormatHasAuxiliary(format, &auxiliary));
     EXPECT_TRUE(extended == ((format & vlSHFlags_Extended) != 0) && auxiliary == ((format & vlSHFlags_Auxiliary) != 0)) << format;
-    EXPECT_EQ(vlScannerHeadFormatGetAxes(format, nullptr), -1);
-    EXPECT_EQ(LastError(), "Out parameter must not be null");
+    EXPECT_FAILS(vlScannerHeadFormatGetAxes(format, nullptr), "Out parameter must not be null");
     const bool isKnown = vlScannerHeadFormatGetAxes(format, &axes) == 0;
     EXPECT_EQ(LastError(), isKnown ? "" : "Unknown head format.");
     EXPECT_EQ(vlScannerHeadFormatGetHeadCount(format, &heads) + vlScannerHeadFormatGetAxisCount(format, &count) +
@@ -56,18 +55,17 @@ TEST(ScannerRecords, CrossWireAndPlainStructs) {
     Flat::FromRecord(msgpack::unpack(bytes.data(), bytes.size()).get().template as<R>(), plain);
     return Flat::Taken<R>(&plain).ToString();
   };
-  EXPECT_EQ(vlScannerInitConfig(&flat), 0);
+  EXPECT_OK(vlScannerInitConfig(&flat));
   flat.FieldSize.Y = 7, flat.Heads.Items[0].Axes.Items[1].HeadBias = 5, flat.HeadFormat = 3;
   for (const auto& [format, heads, axes] : {std::tuple(vlScanHeadFormat_VL3_Single4DXA, 1, 6), {vlScanHeadFormat_SL2_Dual2D, 2, 2},
                                             {vlScanHeadFormat_SL2_Single3D, 1, 3}, {vlScanHeadFormat_VL3_Dual3D, 2, 3}}) {
-    EXPECT_EQ(vlScannerConfigSetHeadFormat(&flat, format), 0) << LastError();
+    EXPECT_OK(vlScannerConfigSetHeadFormat(&flat, format));
     const vlScanHeadConfig& last = flat.Heads.Items[heads - 1];
     EXPECT_TRUE(flat.HeadFormat == format && flat.HeadCount == heads && flat.Heads.Count == static_cast<std::uint32_t>(heads)) << format;
     EXPECT_TRUE(last.AxisCount == axes && last.Axes.Count == static_cast<std::uint32_t>(axes) && last.FieldTransform.A[2][2] == 1) << format;
     EXPECT_TRUE(flat.FieldSize.Y == 7 && flat.Heads.Items[0].Axes.Items[1].HeadBias == 5) << format;
   }
-  EXPECT_EQ(vlScannerConfigSetHeadFormat(&flat, 3), -1);
-  EXPECT_EQ(LastError(), "Unknown head format");
+  EXPECT_FAILS(vlScannerConfigSetHeadFormat(&flat, 3), "Unknown head format");
   EXPECT_EQ(flat.HeadFormat, vlScanHeadFormat_VL3_Dual3D);
   config.SetHeadFormat(ScanHeadFormat::VL3_Dual3D);
   config.Heads[1].FieldTransform.Scale(2, 3).Translate(0.5, 0, 0);
