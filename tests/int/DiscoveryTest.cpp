@@ -20,7 +20,6 @@ std::string Meaning(const std::string& datagram) {
   return failure == "no failure" ? text : failure;
 }
 
-// clang-format off
 TEST(SearchReply, SaysWhichCardIsWhere) {
   const std::string at = "LOCATION:http://1.2.3.4:80/x\r\n";
   const std::string invalid = "Invalid IP address.";
@@ -102,7 +101,6 @@ TEST(CardInfo, IsOrderedAndSaysWhatItIs) {
   EXPECT_TRUE(four == same && !(four < same) && !(same < four) && IPAddress(IPAddress::Family::IPv4, {0, 0, 0, 0, 1}).IsEmpty());
   EXPECT_FALSE(IPAddress(IPAddress::Family::IPv6, {1, 2, 3, 4, 5}) == IPAddress(IPAddress::Family::IPv6, {1, 2, 3, 4, 6}));
 }
-// clang-format on
 
 }  // namespace
 }  // namespace VELTRO::KELVO::Test

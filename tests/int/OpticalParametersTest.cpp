@@ -42,8 +42,6 @@ std::string Nested(std::size_t levels, const std::string& inner) {
   return std::string(levels, '[') + inner + std::string(levels, ']');
 }
 
-// As many a line as fit.
-// clang-format off
 TEST(OpticalParameters, HaveTheHashCodeOfTheRule) {
   // Minor version, axes, format, layers of x, y, z, m; doubles up to MaxLensTravel; size; offset; doubles ahead of Hash.
   struct Row { int ints[7]; double first[8]; double size[3], offset[3], last[7]; std::uint32_t hash; };
@@ -222,7 +220,6 @@ TEST(FileHandles, SendAsMuchAsTheyMay) {
     EXPECT_EQ(Hex(caller.Calls.back()), "91 05");
   }
 }
-// clang-format on
 
 }  // namespace
 }  // namespace VELTRO::KELVO::Test

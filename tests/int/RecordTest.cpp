@@ -130,8 +130,6 @@ TEST(Records, AreRefusedWhenThePlainStructHasNoRoomForTheirLists) {
   }
 }
 
-// As many a line as fit.
-// clang-format off
 TEST(Records, TravelAsTheseBytesAndReadAsTheseTexts) {
   const std::string d0 = " CB 00 00 00 00 00 00 00 00", d1 = " CB 3F F0 00 00 00 00 00 00", d3 = d0 + d0 + d0;
   const std::string small = " CB 3F 1A 36 E2 EB 1C 43 2D", module = " 97 04 C2" + d0 + d0 + " C2 C2" + d1;
@@ -172,7 +170,6 @@ TEST(Records, TravelAsTheseBytesAndReadAsTheseTexts) {
          "{ ConfigVersion=1, EventSettings=[ -1={ EnableGlobally=true, Exclusions=[ -8, 7 ] }, "
          "5={ EnableGlobally=false, Exclusions=[  ] } ] }");
 }
-// clang-format on
 
 }  // namespace
 }  // namespace VELTRO::KELVO::Test

@@ -63,8 +63,6 @@ std::string Replace(const std::string& path, const std::string& content = "new")
   });
 }
 
-// As many a line as fit.
-// clang-format off
 TEST(ReplacedFiles, AreWhatLinksLeadTo) {
   struct Row { const char* path; Tree::Names before; const char* written; const char* failure = "no failure"; };
   const Row rows[] = {
@@ -164,7 +162,6 @@ TEST(ReplacedFiles, AreWrittenDirectlyWhenTheyAreNoPlainFiles) {
   EXPECT_EQ(Replace("/proc/self/fd/" + std::to_string(unnamed.Get())), "no failure");
   EXPECT_EQ(ContentOf("/proc/self/fd/" + std::to_string(unnamed.Get())), "new");
 }
-// clang-format on
 
 }  // namespace
 }  // namespace VELTRO::KELVO::Test

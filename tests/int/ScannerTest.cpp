@@ -10,8 +10,6 @@
 namespace VELTRO::KELVO::Test {
 namespace {
 
-// As many a line as fit.
-// clang-format off
 TEST(HeadFormats, AreThoseOfTheTable) {
   std::ostringstream known;  // value, name, heads, axes, their count, dimensions, optical zoom, the axes by index
   for (int format = -1; format < 260; ++format) {
@@ -122,7 +120,6 @@ TEST(Transforms, HaveInversesOrTheNextBest) {
   EXPECT_LT(Distance(map, {{0, -3, 0, 2, 0, 0, 0, 0, -1}, {11, 2, -3}}), 1e-15);
   EXPECT_LT(Distance({{}, map({{1, 1, 1}}).Coordinates}, {{}, {8, 4, -4}}), 1e-15);
 }
-// clang-format on
 
 }  // namespace
 }  // namespace VELTRO::KELVO::Test

@@ -16,8 +16,6 @@ using Bytes8 = std::vector<std::uint8_t>;
 
 constexpr int Corr = 1, CreateNew = 1, Create = 2, Open = 3, OpenOrCreate = 4, Truncate = 5, Append = 6;
 
-// As many a line as fit.
-// clang-format off
 TEST(VirtualCardFiles, AreOpenedReadAndWrittenAsTheirModesSay) {
   const TemporaryDirectory state;
   for (const bool onDisk : {false, true}) {
@@ -125,7 +123,6 @@ TEST(VirtualCardFiles, AreNowhereButInTheirFolder) {
   EXPECT_EQ(content, "secret");
   EXPECT_FALSE(fs::exists(outside.Path + "/new"));
 }
-// clang-format on
 
 }  // namespace
 }  // namespace VELTRO::KELVO::Test

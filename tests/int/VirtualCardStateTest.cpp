@@ -21,8 +21,6 @@ Text Content(const Text& file) {
   return {std::istreambuf_iterator<char>(std::ifstream(file).rdbuf()), {}};
 }
 
-// As many a line as fit.
-// clang-format off
 TEST(VirtualCardState, IsOfPlainFilesThatAreWhole) {
   const TemporaryDirectory outside;
   const Text secret = outside.Path + "/secret", damaged = "What is stored is damaged.", none = "no failure";
@@ -235,7 +233,6 @@ TEST(VirtualCardState, HasRoomForSoManyListsOnly) {
   for (const int id : {1, 2}) EXPECT_EQ(c.Refusal("StoreList", id), "no failure");
   EXPECT_LT(fs::file_size(first), 100U);
 }
-// clang-format on
 
 }  // namespace
 }  // namespace VELTRO::KELVO::Test
