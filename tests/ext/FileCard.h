@@ -11,6 +11,7 @@
 #include <tuple>
 
 #include "support/FakeCard.h"
+#include "support/Process.h"
 #include "support/TemporaryDirectory.h"
 
 namespace VELTRO::KELVO::Test {
@@ -62,11 +63,11 @@ struct FileCard {
   std::atomic<int> Cut = -1;  // the request at which the connection ends
   std::mutex Mutex{};
   std::string Calls{};
-  // The methods, without "File", as they came since the last time, or after `count` characters of them.
+  // The methods, without "File", as they came since the last time. Waits, if not for ever, for so many characters.
   std::string TakeCalls(std::size_t count = 0) {
-    for (;; std::this_thread::yield()) {
+    for (const Stopwatch watch;; std::this_thread::yield()) {
       const std::lock_guard lock(Mutex);
-      if (Calls.size() >= count) return std::exchange(Calls, "");
+      if (Calls.size() >= count || watch.Milliseconds() > 5000) return std::exchange(Calls, "");
     }
   }
   FakeCard Card{[this](Peer& peer) {
