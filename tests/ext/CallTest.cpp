@@ -163,7 +163,8 @@ TEST(Calls, OfTheScanner) {
   const double biases[] = {0.5, 1.5};
   const std::int32_t axes = vlAxes_Y | vlAxes_SensorZ;
   vlScannerPositions at{};
-  const auto& [count, heads] = at.Heads;
+  const auto& count = at.Heads.Count;
+  const auto& heads = at.Heads.Items;
   vlPoint3D p{};
   const AskingCall calls[] = {
       {ASK(vlScannerGetNominalPosition(c, &p.X, &p.Y, &p.Z), p.X, p.Y, p.Z), "GetNominalPosition[]",

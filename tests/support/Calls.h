@@ -27,7 +27,8 @@ std::string Told(std::int64_t result, const Values&... values) {
 }
 
 testing::AssertionResult Succeeds(const char* call, std::int64_t result);
-testing::AssertionResult FailsWith(const char* call, const char*, std::int64_t result, const std::string& text);
+testing::AssertionResult FailsWith(const char* call, const char*, std::int64_t result,
+                                   const std::string& text);
 
 // The call returns 0.
 #define EXPECT_OK(...) EXPECT_PRED_FORMAT1(::VELTRO::KELVO::Test::Succeeds, (__VA_ARGS__))

@@ -102,8 +102,7 @@ void Peer::WaitForEnd() {
   while (poll(&entry, 1, -1) < 0 && errno == EINTR) continue;
 }
 
-FakeCard::FakeCard(Script script, std::size_t mostBytes)
-    : script_(std::move(script)), mostBytes_(mostBytes) {
+FakeCard::FakeCard(Script script, std::size_t mostBytes) : script_(std::move(script)), mostBytes_(mostBytes) {
   listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address{};
   address.sin_family = AF_INET;
