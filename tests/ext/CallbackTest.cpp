@@ -95,7 +95,7 @@ TEST(Callbacks, MayDoAllButWaitForThemselvesAndDisconnect) {
                 &id),
             0);
   EXPECT_EQ(id, 2U);
-  EXPECT_EQ(vlListExecute(connection, 1), 0);
+  EXPECT_OK(vlListExecute(connection, 1));
   EXPECT_TRUE(shared.WaitUntilDone());
   EXPECT_EQ(shared.found, std::vector<std::string>{});
   EXPECT_EQ(vlListCommandCount(shared.list), 1);
@@ -107,18 +107,17 @@ TEST(Callbacks, KeepADisconnectUntilTheyReturn) {
   shared.done = shared.release = false;
   std::uint32_t id = 0;
   vlListRegisterProgressCallback(handle, &BlockUntilReleased, &id);
-  EXPECT_EQ(vlListExecute(handle, 1), 0);
+  EXPECT_OK(vlListExecute(handle, 1));
   ASSERT_TRUE(shared.WaitUntilDone());
   shared.found.clear();
   // A wait ends before the callback, which is released by it, does.
   std::thread waiting([&] {
     std::int32_t value = 0;
-    EXPECT_EQ(vlListWaitForListDone(handle, &value, 5000), -1);
-    EXPECT_EQ(LastError(), "ConnectionAborted");
+    EXPECT_FAILS(vlListWaitForListDone(handle, &value, 5000), "ConnectionAborted");
     shared.Release("wait ended");
   });
   const Stopwatch watch;
-  EXPECT_EQ(vlDisconnect(handle), 0);
+  EXPECT_OK(vlDisconnect(handle));
   EXPECT_LT(watch.Milliseconds(), 2000);
   EXPECT_EQ(shared.found, (std::vector<std::string>{"wait ended", "returned"}));
   waiting.join();
@@ -130,11 +129,11 @@ TEST(Callbacks, NeitherRunNorBeginOnceTheyAreUnregistered) {
   shared.done = shared.release = false;
   std::uint32_t id = 0;
   vlListRegisterProgressCallback(connection, &BlockUntilReleased, &id);
-  EXPECT_EQ(vlListExecute(connection, 1), 0);
+  EXPECT_OK(vlListExecute(connection, 1));
   ASSERT_TRUE(shared.WaitUntilDone());
   shared.found.clear();
   std::thread unregistering([&] {
-    EXPECT_EQ(vlListUnRegisterProgressCallback(connection, id), 0);
+    EXPECT_OK(vlListUnRegisterProgressCallback(connection, id));
     const std::lock_guard lock(shared.mutex);
     shared.found.push_back("unregistered");
   });
@@ -149,9 +148,9 @@ TEST(Callbacks, NeitherRunNorBeginOnceTheyAreUnregistered) {
     registered = true;
     vlListRegisterProgressCallback(
         connection, [](std::int32_t, std::int32_t) { EXPECT_TRUE(registered); }, &id);
-    std::thread notifying([&] { EXPECT_EQ(vlListExecute(connection, 1), 0) << LastError(); });
+    std::thread notifying([&] { EXPECT_OK(vlListExecute(connection, 1)); });
     usleep(static_cast<useconds_t>(round % 10) * 20);
-    EXPECT_EQ(vlListUnRegisterProgressCallback(connection, id), 0);
+    EXPECT_OK(vlListUnRegisterProgressCallback(connection, id));
     registered = false;
     notifying.join();
   }
@@ -180,8 +179,8 @@ TEST(Callbacks, ThatWaitForEachOtherAreToldSo) {
   std::uint32_t id = 0;
   for (const std::int32_t handle : handles) vlListRegisterProgressCallback(handle, meet, &id);
   const Stopwatch watch;
-  for (const std::int32_t handle : handles) EXPECT_EQ(vlListExecute(handle, 1), 0) << LastError();
-  for (const std::int32_t handle : handles) EXPECT_EQ(vlListUnRegisterProgressCallback(handle, id), 0);
+  for (const std::int32_t handle : handles) EXPECT_OK(vlListExecute(handle, 1));
+  for (const std::int32_t handle : handles) EXPECT_OK(vlListUnRegisterProgressCallback(handle, id));
   EXPECT_EQ(refused, 1);
   EXPECT_EQ(answered, 1);
   EXPECT_LT(watch.Milliseconds(), 5000);
@@ -208,12 +207,12 @@ TEST(Notifications, OfErrorsReachTheirCallbacks) {
                 },
                 &id),
             0);
-  EXPECT_EQ(vlListExecute(connection, 1), 0) << "a notification that is no array is dropped: " << LastError();
+  EXPECT_OK(vlListExecute(connection, 1)) << "a notification that is no array is dropped";
   ASSERT_TRUE(shared.WaitUntilDone());
   ASSERT_EQ(shared.found.size(), 1U);
   EXPECT_TRUE(shared.found[0].starts_with("-1BeginException"));
   EXPECT_NE(shared.found[0].find("Scanner fault"), std::string::npos);
-  EXPECT_EQ(vlListUnRegisterErrorEventCallback(connection, id), 0);
+  EXPECT_OK(vlListUnRegisterErrorEventCallback(connection, id));
 }
 
 }  // namespace

@@ -95,7 +95,7 @@ TEST(Threads, DisconnectWhileEightCall) {
     }
     while (started < round % 40) std::this_thread::yield();
     const Stopwatch watch;
-    EXPECT_EQ(vlDisconnect(handle), 0);
+    EXPECT_OK(vlDisconnect(handle));
     for (std::thread& caller : callers) caller.join();
     EXPECT_LT(watch.Milliseconds(), 5000);
   }
@@ -114,7 +114,7 @@ TEST(Resources, ElevenHundredDescriptorsAreNoneTooMany) {
     FakeCard card(FakeCard::Obliging());
     Connection connection(card.Port());
     bool running = true;
-    EXPECT_EQ(vlListIsExecutionInProgress(connection, &running), 0) << LastError();
+    EXPECT_OK(vlListIsExecutionInProgress(connection, &running));
     EXPECT_FALSE(running);
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
       const int descriptor = std::stoi(entry.path().filename());
@@ -140,7 +140,7 @@ TEST(Resources, SignalsInterruptNothing) {
     Connection connection(card.Port());
     const std::int64_t list = vlListAllocate(connection);
     for (int i = 0; i < 100000; ++i) vlListAppendMarkAbs2D(list, i, i);
-    for (int i = 0; i < 20; ++i) EXPECT_EQ(vlListSet(connection, 1, list, false, -1), 0) << LastError();
+    for (int i = 0; i < 20; ++i) EXPECT_OK(vlListSet(connection, 1, list, false, -1));
     setitimer(ITIMER_REAL, &never, nullptr);
   }
   sigaction(SIGALRM, &earlier, nullptr);
@@ -151,7 +151,7 @@ TEST(ResourcesDeathTest, TheExitOfAChildLeavesTheConnectionsToItsParent) {
   const Connection connection(card.Port());
   EXPECT_EXIT((isForkedChild = true, std::exit(0)), testing::ExitedWithCode(0), "");
   bool running = true;
-  EXPECT_EQ(vlListIsExecutionInProgress(connection, &running), 0) << LastError();
+  EXPECT_OK(vlListIsExecutionInProgress(connection, &running));
 }
 
 TEST(ResourcesDeathTest, AChildMayExitWhateverItsParentWasDoing) {
@@ -183,7 +183,7 @@ TEST(ResourcesDeathTest, AChildMayExitWhateverItsParentWasDoing) {
   }
   over = true;
   bool running = true;
-  EXPECT_EQ(vlListIsExecutionInProgress(connection, &running), 0) << LastError();
+  EXPECT_OK(vlListIsExecutionInProgress(connection, &running));
 }
 
 TEST(Waits, TellValueNothingAndFailureApart) {
@@ -197,12 +197,12 @@ TEST(Waits, TellValueNothingAndFailureApart) {
   EXPECT_EQ(vlListWaitForProgress(connection, &value, 20), 1);
   EXPECT_EQ(LastError(), "");
   EXPECT_EQ(value, 77);
-  ASSERT_EQ(vlListExecute(connection, 9), 0);
-  EXPECT_EQ(vlListWaitForProgress(connection, &value, -1), 0);
+  ASSERT_OK(vlListExecute(connection, 9));
+  EXPECT_OK(vlListWaitForProgress(connection, &value, -1));
   EXPECT_EQ(value, 10);
-  EXPECT_EQ(vlListWaitForListDone(connection, &value, 0), 0);
+  EXPECT_OK(vlListWaitForListDone(connection, &value, 0));
   EXPECT_EQ(value, 9);
-  EXPECT_EQ(vlListClearPendingEvents(connection), 0);
+  EXPECT_OK(vlListClearPendingEvents(connection));
   EXPECT_EQ(vlListWaitForListIdle(connection, &value, 0), 1);
   std::thread interrupter([&] {
     usleep(20000);
@@ -220,12 +220,11 @@ TEST(Waits, FailAtOnceWhenTheConnectionIsLost) {
     usleep(50000);
   });
   Connection connection(card.Port());
-  ASSERT_EQ(vlListExecute(connection, 3), 0);
+  ASSERT_OK(vlListExecute(connection, 3));
   const Stopwatch watch;
   std::int32_t value = 0;
-  EXPECT_EQ(vlListWaitForListIdle(connection, &value, 10000), -1);
-  EXPECT_EQ(LastError(), "ConnectionAborted");
-  EXPECT_EQ(vlListWaitForListDone(connection, &value, 10000), 0) << "what has come is not lost";
+  EXPECT_FAILS(vlListWaitForListIdle(connection, &value, 10000), "ConnectionAborted");
+  EXPECT_OK(vlListWaitForListDone(connection, &value, 10000)) << "what has come is not lost";
   EXPECT_EQ(vlListWaitForListDone(connection, &value, 10000), -1);
   EXPECT_LT(watch.Milliseconds(), 2000);
 }
@@ -255,8 +254,7 @@ TEST(Notifications, ThatMakeNoSenseEndTheConnectionWithALine) {
     });
     Connection connection(card.Port());
     testing::internal::CaptureStdout();
-    EXPECT_EQ(vlListExecute(connection, 1), -1);
-    EXPECT_EQ(LastError(), "ConnectionAborted") << one.text;
+    EXPECT_FAILS(vlListExecute(connection, 1), "ConnectionAborted") << one.text;
     vlDisconnect(connection);
     const std::string line = testing::internal::GetCapturedStdout();
     EXPECT_TRUE(line.starts_with("Exception occurred when trying to receive: " + std::string(one.text)))

@@ -142,22 +142,22 @@ TEST(Disconnect, DoesNotWaitForStandardOutput) {
 TEST(Handles, RiseAndAreNotUsedAgain) {
   FakeCard card(FakeCard::Obliging());
   const std::int32_t first = vlConnect("127.0.0.1", card.Port());
-  EXPECT_EQ(vlDisconnect(first), 0);
+  EXPECT_OK(vlDisconnect(first));
   const std::int32_t second = vlConnect("localhost", card.Port());
   EXPECT_EQ(second, first + 1);
   EXPECT_EQ(vlConnect("no.such.host.invalid", card.Port()), -1);
   EXPECT_EQ(vlConnect("127.0.0.1", 1), -1) << "uses up a handle";
   const std::int32_t third = vlConnect("127.0.0.1", card.Port());
   EXPECT_EQ(third, second + 2);
-  EXPECT_EQ(vlDisconnect(second) + vlDisconnect(third), 0);
-  EXPECT_EQ(vlDisconnect(second), -1);
-  EXPECT_EQ(LastError(), "There is no connection corresponding to this handle.");
+  EXPECT_OK(vlDisconnect(second));
+  EXPECT_OK(vlDisconnect(third));
+  EXPECT_FAILS(vlDisconnect(second), "There is no connection corresponding to this handle.");
 }
 
 TEST(Handles, AHandleThatIsNoneIsNotConnected) {
   for (const std::int32_t handle : {-5, 0, 123456}) {
     bool connected = true;
-    EXPECT_EQ(vlIsConnected(handle, &connected), 0);
+    EXPECT_OK(vlIsConnected(handle, &connected));
     EXPECT_FALSE(connected);
     EXPECT_EQ(LastError(), "");
   }
@@ -168,14 +168,13 @@ TEST(Calls, EndWhenTheCardDoesNotAnswer) {
   FakeCard card(FakeCard::Answering([](const Request&) { return std::string(); }));
   Connection connection(card.Port());
   std::uint32_t timeout = 0;
-  EXPECT_EQ(vlGetTimeout(connection, &timeout), 0);
+  EXPECT_OK(vlGetTimeout(connection, &timeout));
   EXPECT_EQ(timeout, 17000U);
-  ASSERT_EQ(vlSetTimeout(connection, 150), 0);
-  EXPECT_EQ(vlGetTimeout(connection, &timeout), 0);
+  ASSERT_OK(vlSetTimeout(connection, 150));
+  EXPECT_OK(vlGetTimeout(connection, &timeout));
   EXPECT_EQ(timeout, 150U);
   const Stopwatch watch;
-  EXPECT_EQ(vlListExecute(connection, 1), -1);
-  EXPECT_EQ(LastError(), "Response was not received in the given timespan.");
+  EXPECT_FAILS(vlListExecute(connection, 1), "Response was not received in the given timespan.");
   EXPECT_GE(watch.Milliseconds(), 149);
   EXPECT_LT(watch.Milliseconds(), Prompt);
 }
@@ -199,7 +198,7 @@ TEST(Calls, EndWhenTheCardStopsReading) {
   EXPECT_EQ(text, "Socket error, unable to send!");
   EXPECT_LT(watch.Milliseconds(), 20 * 200 + Prompt);
   bool connected = true;
-  EXPECT_EQ(vlIsConnected(connection, &connected), 0);
+  EXPECT_OK(vlIsConnected(connection, &connected));
   EXPECT_FALSE(connected) << "half a frame has broken the stream";
 }
 
@@ -241,7 +240,7 @@ TEST(Calls, EndAtOnceWhenTheConnectionIsEnded) {
     while (!reached) std::this_thread::yield();
     usleep(20000);  // into the middle of it; earlier or later the outcome is the same
     const Stopwatch watch;
-    EXPECT_EQ(vlDisconnect(handle), 0);
+    EXPECT_OK(vlDisconnect(handle));
     calling.join();
     EXPECT_LT(watch.Milliseconds(), Prompt) << one.state;
   }
@@ -260,12 +259,10 @@ TEST(Calls, EndAtOnceWhereverTheCardCloses) {
       Connection connection(card.Port());
       const Stopwatch watch;
       std::int32_t status = 77;
-      EXPECT_EQ(vlListGetListStatus(connection, 1, &status), -1) << offset;
-      EXPECT_EQ(LastError(), "ConnectionAborted") << offset;
+      EXPECT_FAILS(vlListGetListStatus(connection, 1, &status), "ConnectionAborted") << offset;
       EXPECT_EQ(status, 77);
       EXPECT_LT(watch.Milliseconds(), Prompt) << offset;
-      EXPECT_EQ(vlListGetListStatus(connection, 1, &status), -1);
-      EXPECT_EQ(LastError(), "Connection not active!");
+      EXPECT_FAILS(vlListGetListStatus(connection, 1, &status), "Connection not active!");
     }
   }
 }
@@ -301,7 +298,7 @@ TEST(Calls, RefuseAnswersOfAnotherKindAndGoOn) {
     EXPECT_NE(LastError().find(one.text), std::string::npos) << one.text;
     EXPECT_EQ(status, 77);
     bool running = true;
-    EXPECT_EQ(vlListIsExecutionInProgress(connection, &running), 0) << LastError();
+    EXPECT_OK(vlListIsExecutionInProgress(connection, &running));
     EXPECT_FALSE(running);
   }
 }
@@ -364,7 +361,7 @@ TEST(Calls, LargeAnswersAreNotManyTimesLargerInMemory) {
     EXPECT_EQ(LastError(), one.text);
     EXPECT_EQ(vlListCommandCount(local), isList ? 0x9FFFFE : 0);
     const Stopwatch watch;
-    EXPECT_EQ(vlDisconnect(handle), 0);
+    EXPECT_OK(vlDisconnect(handle));
     EXPECT_LT(watch.Milliseconds(), Sanitized ? Prompt : 600);
     rusage after{};
     getrusage(RUSAGE_SELF, &after);
@@ -393,7 +390,7 @@ TEST(Calls, LeaveAtOnceWhileAnEarlierOneIsUnanswered) {
   std::thread other([&] {
     for (int i = 0; i < Rounds; ++i) vlListIsExecutionInProgress(connection, &ignored);
   });
-  for (int i = 0; i < Rounds; ++i) EXPECT_EQ(vlListExecute(connection, 1), 0);
+  for (int i = 0; i < Rounds; ++i) EXPECT_OK(vlListExecute(connection, 1));
   other.join();
   EXPECT_LT(watch.Milliseconds(), Rounds * 20);
 }
@@ -405,14 +402,14 @@ TEST(Log, HoldsTheVersionsThenTheCalls) {
   }));
   Connection connection(card.Port());
   const std::string path = testing::TempDir() + "kelvo-command.log";
-  ASSERT_EQ(vlEnableCommandLogging(connection, path.c_str(), -1), 0) << LastError();
-  ASSERT_EQ(vlEnableCommandLogging(connection, path.c_str(), -1), 0) << "a second time replaces it";
+  ASSERT_OK(vlEnableCommandLogging(connection, path.c_str(), -1));
+  ASSERT_OK(vlEnableCommandLogging(connection, path.c_str(), -1)) << "a second time replaces it";
   bool running = false;
   vlListIsExecutionInProgress(connection, &running);
   EXPECT_EQ(vlListExecute(connection, 42), -1);
   const std::string dashes(36, '-');
   EXPECT_TRUE(LastError().starts_with("BeginException" + dashes + "\nNo such\\0list\nforged\nInner"));
-  ASSERT_EQ(vlDisableCommandLogging(connection), 0);
+  ASSERT_OK(vlDisableCommandLogging(connection));
   vlListExecute(connection, 43);
 
   std::ifstream file(path);
@@ -431,33 +428,32 @@ TEST(Log, HoldsTheVersionsThenTheCalls) {
     EXPECT_EQ(line.find(text), 31U) << line;
   }
   EXPECT_FALSE(std::getline(file, line)) << line;
-  EXPECT_EQ(vlEnableCommandLogging(connection, "/no/such/folder/log", -1), -1);
-  EXPECT_EQ(LastError(), "Unable to open log file '/no/such/folder/log': No such file or directory");
-  EXPECT_EQ(vlEnableCommandLogging(connection, "/dev/full", -1), -1);
-  EXPECT_EQ(LastError(), "Unable to write log file '/dev/full': No space left on device");
+  EXPECT_FAILS(vlEnableCommandLogging(connection, "/no/such/folder/log", -1),
+               "Unable to open log file '/no/such/folder/log': No such file or directory");
+  EXPECT_FAILS(vlEnableCommandLogging(connection, "/dev/full", -1),
+               "Unable to write log file '/dev/full': No space left on device");
   const std::string pipe = testing::TempDir() + "kelvo-log-pipe-" + std::to_string(getpid());
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
-  ASSERT_EQ(vlEnableCommandLogging(connection, pipe.c_str(), -1), 0) << LastError();
+  ASSERT_OK(vlEnableCommandLogging(connection, pipe.c_str(), -1));
   char bytes[100] = "";
   EXPECT_GT(read(reader, bytes, sizeof bytes - 1), 0);
   EXPECT_NE(std::string(bytes).find("\tLogging enabled\n"), std::string::npos) << bytes;
   while (read(reader, bytes, sizeof bytes) > 0) continue;
   // One that is full, or that nobody reads any more, costs lines and nothing else.
-  for (int i = 0; i < 1000; ++i) ASSERT_EQ(vlListIsExecutionInProgress(connection, &running), 0);
+  for (int i = 0; i < 1000; ++i) ASSERT_OK(vlListIsExecutionInProgress(connection, &running));
   close(reader);
-  EXPECT_EQ(vlListIsExecutionInProgress(connection, &running), 0);
-  EXPECT_EQ(vlDisableCommandLogging(connection), -1);
-  EXPECT_EQ(LastError(), "Unable to write log file '" + pipe + "': Broken pipe");
-  EXPECT_EQ(vlEnableCommandLogging(connection, pipe.c_str(), -1), -1);
-  EXPECT_EQ(LastError(), "Unable to open log file '" + pipe + "': No such device or address");
+  EXPECT_OK(vlListIsExecutionInProgress(connection, &running));
+  EXPECT_FAILS(vlDisableCommandLogging(connection), "Unable to write log file '" + pipe + "': Broken pipe");
+  EXPECT_FAILS(vlEnableCommandLogging(connection, pipe.c_str(), -1),
+               "Unable to open log file '" + pipe + "': No such device or address");
   unlink(pipe.c_str());
   Together(4, [&](std::uint32_t) {
     for (int i = 0; i < 50; ++i) {
-      EXPECT_EQ(vlEnableCommandLogging(connection, path.c_str(), -1), 0) << LastError();
+      EXPECT_OK(vlEnableCommandLogging(connection, path.c_str(), -1));
     }
   });
-  EXPECT_EQ(vlEnableCommandLogging(connection, testing::TempDir().c_str(), 0), 0);
+  EXPECT_OK(vlEnableCommandLogging(connection, testing::TempDir().c_str(), 0));
   EXPECT_TRUE(std::ifstream(testing::TempDir() + "/KELVOrpc").good());
 }
 

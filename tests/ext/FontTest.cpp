@@ -5,52 +5,54 @@
 namespace VELTRO::KELVO::Test {
 namespace {
 
-// The result of a call, or the text of its failure without what stands around a card's.
-std::string Outcome(std::int64_t result) {
-  const std::string error = LastError();
-  const std::size_t begin = error.find('\n') + 1;
-  return error.empty() ? std::to_string(result) : error.substr(begin, error.find('\n', begin) - begin);
-}
-
-TEST(Fonts, AreBuiltSentAndFetched) {
+TEST(Fonts, AreBuiltOfCopiesOfLists) {
   const CardProcess card;
   const Connection c(card.GetPort()), other(card.GetPort());
   const std::int64_t list = vlListAllocate(other), font = vlFontAllocate(c, 3);
   std::uint16_t codes[3] = {};
   std::uint32_t count = 99;
-  const char* const taken = "Char already occupied.";
-  const char* const missing = "Character does not exist.";
-  const char* const notLoaded = "There is no font 3 on the card.";
-  // They are called in this order. A glyph is a copy: the list grows after each.
-  // clang-format off
-  const std::pair<std::string, std::string> steps[] = {
-      {Outcome(vlFontAddChar(font, 'B', list)), "0"}, {Outcome(vlListAppendLaserOn(list)), "0"},
-      {Outcome(vlFontAddChar(font, 0xFFFF, list)), "0"}, {Outcome(vlListAppendLaserOff(list)), "0"},
-      {Outcome(vlFontAddChar(font, 'A', list)), "0"}, {Outcome(vlFontAddChar(font, 'B', list)), taken},
-      {Outcome(vlFontAddChar(font, 'C', font)), "List does not exist."},
-      {Outcome(vlFontGetChar(font, 'C')), missing}, {Outcome(vlFontRemoveChar(font, 'C')), missing},
-      {Outcome(vlFontChars(font, codes, 2, &count)), "Buffer is too small."}, {std::to_string(count), "99"},
-      {Outcome(vlFontGet(c, 3)), notLoaded}, {Outcome(vlFontSetActive(c, 3)), notLoaded},
-      {Outcome(vlFontLoad(c, 3)), "There is no stored font 3 on the card."}, {Outcome(vlFontSet(c, font)), "0"},
-      {Outcome(vlFontSetActive(c, 3)), "0"}, {Outcome(vlFontStore(c, 3)), "0"}, {Outcome(vlFontDelete(c, 3)), "0"},
-      {Outcome(vlFontDelete(c, 3)), notLoaded}, {Outcome(vlFontStore(c, 3)), notLoaded},
-      {Outcome(vlFontLoad(c, 3)), "0"},
-  };
-  // clang-format on
-  for (const auto& [outcome, expected] : steps) EXPECT_EQ(outcome, expected) << &outcome - &steps[0].first;
+  EXPECT_OK(vlFontAddChar(font, 'B', list));
+  EXPECT_OK(vlListAppendLaserOn(list));  // the list grows after each glyph that is made of it
+  EXPECT_OK(vlFontAddChar(font, 0xFFFF, list));
+  EXPECT_OK(vlListAppendLaserOff(list));
+  EXPECT_OK(vlFontAddChar(font, 'A', list));
+  EXPECT_FAILS(vlFontAddChar(font, 'B', list), "Char already occupied.");
+  EXPECT_FAILS(vlFontAddChar(font, 'C', font), "List does not exist.");
+  EXPECT_FAILS(vlFontGetChar(font, 'C'), "Character does not exist.");
+  EXPECT_FAILS(vlFontRemoveChar(font, 'C'), "Character does not exist.");
+  EXPECT_EQ(Told(vlFontChars(font, codes, 2, &count), count), "Buffer is too small. 99");
+  EXPECT_OK(vlFontSet(c, font));
   for (const std::int64_t each : {font, vlFontGet(c, 3)}) {
-    EXPECT_EQ(Outcome(vlFontChars(each, codes, 3, &count)), "0");
-    EXPECT_EQ(std::vector(codes, codes + count), (std::vector<std::uint16_t>{'A', 'B', 0xFFFF}));
+    EXPECT_EQ(Told(vlFontChars(each, codes, 3, &count), count, codes[0], codes[1], codes[2]),
+              "0 3 65 66 65535");
     for (std::uint32_t i = 0; i < 3; ++i) {
       const std::int64_t glyph = vlFontGetChar(each, codes[i]);
       EXPECT_EQ(glyph >> 32, c);
       EXPECT_EQ(vlListCommandCount(glyph), (i + 2) % 3) << i;
     }
-    EXPECT_EQ(vlFontRemoveChar(each, 'B') | vlFontCharsLen(each, &count), 0);
-    EXPECT_EQ(count, 2U);
-    EXPECT_EQ(vlFontClear(each) | vlFontCharsLen(each, &count), 0);
-    EXPECT_EQ(count, 0U);
+    EXPECT_OK(vlFontRemoveChar(each, 'B'));
+    EXPECT_EQ(Told(vlFontCharsLen(each, &count), count), "0 2");
+    EXPECT_OK(vlFontClear(each));
+    EXPECT_EQ(Told(vlFontCharsLen(each, &count), count), "0 0");
   }
+}
+
+TEST(Fonts, AreLoadedStoredAndDeletedByTheCard) {
+  const CardProcess card;
+  const Connection c(card.GetPort());
+  const std::int64_t font = vlFontAllocate(c, 3);
+  const char* const notLoaded = "There is no font 3 on the card.";
+  EXPECT_EQ(Outcome(vlFontGet(c, 3)), notLoaded);
+  EXPECT_EQ(Outcome(vlFontSetActive(c, 3)), notLoaded);
+  EXPECT_EQ(Outcome(vlFontLoad(c, 3)), "There is no stored font 3 on the card.");
+  EXPECT_OK(vlFontSet(c, font));
+  EXPECT_OK(vlFontSetActive(c, 3));
+  EXPECT_OK(vlFontStore(c, 3));
+  EXPECT_OK(vlFontDelete(c, 3));
+  EXPECT_EQ(Outcome(vlFontDelete(c, 3)), notLoaded);
+  EXPECT_EQ(Outcome(vlFontStore(c, 3)), notLoaded);
+  EXPECT_OK(vlFontLoad(c, 3));
+  EXPECT_OK(vlFontSetActive(c, 3));
 }
 
 TEST(Fonts, MayBeReleasedWhileOthersAddCharacters) {

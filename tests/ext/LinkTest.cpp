@@ -13,7 +13,7 @@ namespace {
 
 bool IsUp(std::int32_t handle) {
   bool connected = false;
-  EXPECT_EQ(vlIsConnected(handle, &connected), 0);
+  EXPECT_OK(vlIsConnected(handle, &connected));
   return connected;
 }
 
@@ -55,7 +55,7 @@ TEST_F(Link, TellsABusyCardFromADeadOne) {
       vlSetTimeout(unread, 120000);
       const std::int64_t list = vlListAllocate(unread);
       for (int n = 0; n < 600000; ++n) vlListAppendMarkAbs2D(list, n, n);
-      EXPECT_EQ(vlListSet(unread, 1, list, false, -1), 0) << LastError();
+      EXPECT_OK(vlListSet(unread, 1, list, false, -1));
       EXPECT_TRUE(IsUp(unread));
     } else if (i == 1) {
       usleep(static_cast<useconds_t>(BusyMs * 1000));

@@ -184,6 +184,20 @@ TEST(CommandText, EveryCodeAndValueComesBackBitForBitInAnyLocale) {
   EXPECT_EQ(Hex(read.Bytes()), Hex(list.Bytes())) << list.ToString();
 }
 
+TEST(CommandText, OfEveryTypeOfValueIsThis) {
+  CommandList list;
+  list.Append(1, std::uint8_t{200}, std::int16_t{-300}, std::uint16_t{65535}, -70000, 4000000000U, true);
+  list.Append(2, std::int64_t{-5000000000}, std::uint64_t{18446744073709551615U}, 0.5);
+  list.Append(3, Point2D{1, -2}, Point3D{3, 4, -5}, Point4D{6, 7, 8, -9});
+  list.Append(4, Point2DInt{1, -2}, Point3DInt{3, 4, -5}, Point4DInt{6, 7, 8, -9});
+  EXPECT_EQ(
+      list.ToString(),
+      "[ { PI, Byte[ 200 ], I16[ -300 ], U16[ 65535 ], I32[ -70000 ], U32[ 4000000000 ], Bool[ True ] }, "
+      "{ IC, I64[ -5000000000 ], U64[ 18446744073709551615 ], F64[ 0.5 ] }, "
+      "{ SL, P2D[ X=1 Y=-2 ], P3D[ X=3 Y=4 Z=-5 ], P4D[ X=6 Y=7 Z=8 M=-9 ] }, "
+      "{ BVS, P2I[ X=1 Y=-2 ], P3I[ X=3 Y=4 Z=-5 ], P4I[ X=6 Y=7 Z=8 M=-9 ] } ]");
+}
+
 TEST(CommandText, WhatHasNoTextIsShownAsSuch) {
   CommandList list;
   list.Append(275, std::numeric_limits<double>::quiet_NaN(), -1 / 0.0, std::span<const Point4D>(), 1);

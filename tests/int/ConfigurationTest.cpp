@@ -7,48 +7,13 @@
 #include "config/ScannerConfig.h"
 #include "config/SystemConfig.h"
 #include "int/CardProcess.h"
+#include "int/Filler.h"
 #include "int/Helpers.h"
 #include "kelvo/kelvo.h"
 #include "services/EventConfig.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
-
-// Gives every field that it comes to another value than its default and, as far as there are so many, than the
-// fields before it.
-class Filler {
- public:
-  template <class T>
-  void Fill(T& field) {
-    if constexpr (std::is_same_v<T, bool>) {
-      field = !field;
-    } else if constexpr (std::is_arithmetic_v<T>) {
-      field = static_cast<T>(++count_ * (std::is_floating_point_v<T> ? 1.0625 : 1));
-    } else if constexpr (IsReflectiveEnum<T>) {
-      field = field == T::_values()[0] ? T::_values()[1] : T::_values()[0];
-    } else if constexpr (std::is_same_v<T, std::string>) {
-      field = "Asia/Kolkata";  // the card takes no other texts than names of time zones
-    } else if constexpr (HasFields<T>) {
-      T::ForEachField(field, [this](const char*, auto& part) { this->Fill(part); });
-    } else if constexpr (std::is_same_v<T, Transform3D>) {
-      for (std::size_t i = 0; i < 12; ++i) Fill(field[i]);
-    } else if constexpr (requires { field.Coordinates; }) {
-      Fill(field.Coordinates);
-    } else if constexpr (requires { field.try_emplace(0); }) {
-      for (const int number : {-7, 3}) Fill(field[number]);
-    } else if constexpr (requires { field.insert(0); }) {
-      field.insert({-1, 5, ++count_});
-    } else {
-      if constexpr (requires { field.emplace_back(Blank<typename T::value_type>()); }) {
-        field.emplace_back(Blank<typename T::value_type>());
-      }
-      for (auto& element : field) Fill(element);
-    }
-  }
-
- private:
-  int count_ = 0;
-};
 
 // Sets and stores a record of which every field has a value of its own, or fetches the card's. What it has on the
 // wire.
@@ -60,9 +25,10 @@ std::string Pass(bool store, std::int32_t card, std::int32_t (*setter)(std::int3
   if (store) {
     Filler().Fill(record);
     Flat::FromRecord(record, flat);
-    EXPECT_EQ(setter(card, &flat) + storer(card), 0) << LastError();
+    EXPECT_OK(setter(card, &flat));
+    EXPECT_OK(storer(card));
   } else {
-    EXPECT_EQ(getter(card, &flat), 0) << LastError();
+    EXPECT_OK(getter(card, &flat));
     record = Flat::Taken<R>(&flat);
   }
   return Hex(Packed(record));

@@ -7,6 +7,7 @@
 #include "config/ScannerConfig.h"
 #include "config/ScannerMonitoringConfig.h"
 #include "config/SystemConfig.h"
+#include "int/Filler.h"
 #include "int/Helpers.h"
 #include "kelvo/kelvo.h"
 #include "services/EventConfig.h"
@@ -130,49 +131,177 @@ TEST(Records, AreRefusedWhenThePlainStructHasNoRoomForTheirLists) {
   }
 }
 
-// As many a line as fit.
-// clang-format off
-TEST(Records, TravelAsTheseBytesAndReadAsTheseTexts) {
+TEST(Records, TravelWithTheseDefaults) {
   const std::string d0 = " CB 00 00 00 00 00 00 00 00", d1 = " CB 3F F0 00 00 00 00 00 00", d3 = d0 + d0 + d0;
   const std::string small = " CB 3F 1A 36 E2 EB 1C 43 2D", module = " 97 04 C2" + d0 + d0 + " C2 C2" + d1;
-  const std::string x = " 93" + d1 + d0 + d0, y = " 93" + d0 + d1 + d0, moduleText =
-      "{ SimulateEncoder=false, SimulationSpeed=0, SimulationAcceleration=0, InvertDirection=false, "
-      "EnableIndex=false, DistancePerCount=1, ConfigVersion=4 }";
+  const std::string x = " 93" + d1 + d0 + d0, y = " 93" + d0 + d1 + d0;
+  EXPECT_EQ(Hex(Packed(LaserConfig())), "DC 00 1E 08 00 00 00" + d3 + d3 + d0 + d0 + d1 +
+                                            " CB 40 00 00 00 00 00 00 00 01 00 02 00 C2" + d0 + d0 +
+                                            " C2 C2 C2 C2 C2 C2 C2 C2 C2");
+  EXPECT_EQ(Hex(Packed(ProcessVariables())),
+            "DC 00 1B 12" + d1 + d1 + d0 + " C2" + d0 + d0 + d1 + d0 + " CB 3E A0 C6 F7 A0 B5 ED 8D C2" + d3 +
+                " CB 40 8F 40 00 00 00 00 00 CB 3F B9 99 99 99 99 99 9A" + d1 + " 00 00 92 99" + d1 + d3 +
+                d1 + d3 + d1 + " 93" + d3 + " 93" + d1 + d1 + d1 + d0 + " 90 C2" + d0 + " 99 04 00" + d0 +
+                " CB 7F F8 00 00 00 00 00 00" + d3 + d0 + d0 + " 94 01 92" + d0 + d0 + " 92" + small + small +
+                " 92" + d0 + " CB 3F F9 21 FB 54 44 2D 18");
+  EXPECT_EQ(Hex(Packed(MotfConfig())),
+            "9E 09 00 93 02 00 00 C2 93 02 00 01 C2" + d0 + " C2" + d3 + x + y + " 93" + d3);
+  EXPECT_EQ(Hex(Packed(QuadratureDecoderConfig())), "92 04 92" + module + module);
+}
+
+TEST(Records, ReadOddValuesAsTheseTexts) {
+  const std::string variables = ProcessVariables().ToString();
+  for (const char* part : {"MagnificationSpeed=5e-07, ", "OnOffPattern=[  ], ",
+                           "MergedExtensionsMaxCoH=nan, ", "Phase={ 0, 1.5708 }"}) {
+    EXPECT_NE(variables.find(part), std::string::npos) << part << " in " << variables;
+  }
+  ScannerMonitoringConfig monitoring;
+  monitoring.ScanHeadAxes = {Axes::XY, static_cast<Axes::_enumerated>(0x25)};
+  EXPECT_TRUE(monitoring.ToString().ends_with(", ScanHeadAxes=[ XY, X|Z|SensorZ ], ConfigVersion=2"));
   EventConfig events;
   events.EventSettings = {{-1, {true, {7, -8}}}, {5, {}}};
-  const auto expect = [](const auto& record, const std::string& bytes, const std::string& text) {
-    EXPECT_EQ(Hex(Packed(record)), bytes);
-    EXPECT_EQ(record.ToString().substr(0, text.size()), text);
-  };
-  expect(LaserConfig(), "DC 00 1E 08 00 00 00" + d3 + d3 + d0 + d0 + d1 +
-         " CB 40 00 00 00 00 00 00 00 01 00 02 00 C2" + d0 + d0 + " C2 C2 C2 C2 C2 C2 C2 C2 C2",
-         "FpsPolarity=ActiveHigh, GatePolarity=ActiveHigh, LMPolarity=ActiveHigh, FpsStart=0, ");
-  expect(ProcessVariables(), "DC 00 1B 12" + d1 + d1 + d0 + " C2" + d0 + d0 + d1 + d0 +
-         " CB 3E A0 C6 F7 A0 B5 ED 8D C2" + d3 + " CB 40 8F 40 00 00 00 00 00 CB 3F B9 99 99 99 99 99 9A" + d1 +
-         " 00 00 92 99" + d1 + d3 + d1 + d3 + d1 + " 93" + d3 + " 93" + d1 + d1 + d1 + d0 + " 90 C2" + d0 +
-         " 99 04 00" + d0 + " CB 7F F8 00 00 00 00 00 00" + d3 + d0 + d0 + " 94 01 92" + d0 + d0 + " 92" + small +
-         small + " 92" + d0 + " CB 3F F9 21 FB 54 44 2D 18",
-         "SpeedScale=1, JumpSpeed=1, JumpDelay=0, EnableVariableJumpDelay=false, MinJumpDelay=0, JumpLengthLimit=0, "
-         "MarkSpeed=1, MarkDelay=0, MagnificationSpeed=5e-07, EnableVariablePolyDelay=false, PolyDelay=0, "
-         "MaxDwellTime=1000, LaserOnDelay=0, LaserOffDelay=0, LmFrequency=0.1, LmWidth=1, Power=0, Power1=0, "
-         "Transformation=" + RecordText::Of(Transform3D()) + ", HeadingScale={ X=1, Y=1, Z=1 }, TileOffset=0, "
-         "OnOffPattern=[  ], EnableDashedLine=false, EvaluationLeadTime=0, SkyWriting={ Mode=Disabled, MinCoH=0, "
-         "MergedExtensionsMaxCoH=nan, ExtensionTime=0, AccelerationDelay=0, DecelerationDelay=0, LaserOnDelay=0, "
-         "LaserOffDelay=0, ConfigVersion=4 }, Wobble={ Amplitude={ 0, 0 }, Frequency={ 0.0001, 0.0001 }, "
-         "Phase={ 0, 1.5708 }, ConfigVersion=1 }, ConfigVersion=18");
-  expect(MotfConfig(), "9E 09 00 93 02 00 00 C2 93 02 00 01 C2" + d0 + " C2" + d3 + x + y + " 93" + d3,
-         "OperatingMode=Standard, MainSource={ SourceType=QuadratureDecoder, ModuleID=0, ConfigVersion=2 }, "
-         "UseCompensation=false, CompensationSource={ SourceType=QuadratureDecoder, ModuleID=1, ConfigVersion=2 }, "
-         "EnableDebounce=false, DebounceTime=0, EnableSuppression=false, SuppressionDistance=0, PartDistance=0, "
-         "ResponseTime=0, MainDirection={ X=1, Y=0, Z=0 }, CompensationDirection={ X=0, Y=1, Z=0 }, "
-         "Offset={ X=0, Y=0, Z=0 }, ConfigVersion=9");
-  expect(QuadratureDecoderConfig(), "92 04 92" + module + module,
-         "Modules=[ " + moduleText + ", " + moduleText + " ], ConfigVersion=4");
-  expect(events, "92 01 82 FF 92 C3 92 F8 07 05 92 C2 90",
-         "{ ConfigVersion=1, EventSettings=[ -1={ EnableGlobally=true, Exclusions=[ -8, 7 ] }, "
-         "5={ EnableGlobally=false, Exclusions=[  ] } ] }");
+  EXPECT_EQ(Hex(Packed(events)), "92 01 82 FF 92 C3 92 F8 07 05 92 C2 90");
+  EXPECT_EQ(events.ToString(),
+            "{ ConfigVersion=1, EventSettings=[ -1={ EnableGlobally=true, Exclusions=[ -8, 7 ] }, 5={ "
+            "EnableGlobally=false, Exclusions=[  ] } ] }");
 }
-// clang-format on
+
+// The values on the wire, and the text.
+template <class R>
+void ExpectInPlace(const char* wire, const char* text) {
+  const R record = Filled<R>();
+  const std::string bytes = Packed(record);
+  std::ostringstream values;
+  values << msgpack::unpack(bytes.data(), bytes.size()).get();
+  EXPECT_EQ(values.str(), wire);
+  EXPECT_EQ(record.ToString(), text);
+}
+
+// Numbers rise in the order of the fields, so that one in another's place shows.
+TEST(Records, HaveEachFieldInItsPlaceOnTheWireAndInText) {
+  ExpectInPlace<LaserConfig>(
+      "[8,1,1,1,1.5,2.5,3.5,4.5,5.5,6.5,7.5,8.5,9.5,10.5,0,1,0,11,true,12.5,13.5,true,true,true,true,true,"
+      "true,true,true,true]",
+      "FpsPolarity=ActiveLow, GatePolarity=ActiveLow, LMPolarity=ActiveLow, FpsStart=1.5, FpsWidth=2.5, "
+      "GateSetup=3.5, GateHold=4.5, LaserTriggerDelay=5.5, PowerScale=6.5, PowerScale1=7.5, "
+      "PowerChangeSetup=8.5, PowerWriteDelay=9.5, PowerWriteWidth=10.5, HotPowerTarget=None, "
+      "HotPowerTarget1=Dac0, SimmerPowerTarget=None, SimmerPower=11, EnableTickle=true, "
+      "TickleFrequency=12.5, TickleWidth=13.5, EnableLaserSync=true, EnableGateModulatesLm=true, "
+      "EnablePowerCorrection=true, EnablePowerCorrection1=true, EnableVelocityCorrection=true, "
+      "EnableVelocityCorrection1=true, EnablePowerCalibration=true, EnablePowerCalibration1=true, "
+      "EnableEquallySpacedPulses=true, ConfigVersion=8");
+  ExpectInPlace<ProcessVariables>(
+      "[18,1.5,2.5,3.5,true,4.5,5.5,6.5,7.5,8.5,true,9.5,10.5,11.5,12.5,13.5,14.5,15,16,[[17.5,18.5,19.5,20."
+      "5,21.5,22.5,23.5,24.5,25.5],[26.5,27.5,28.5]],[29.5,30.5,31.5],32.5,[33.5],true,34.5,[4,1,35.5,36.5,"
+      "37.5,38.5,39.5,40.5,41.5],[1,[42.5,43.5],[44.5,45.5],[46.5,47.5]]]",
+      "SpeedScale=1.5, JumpSpeed=2.5, JumpDelay=3.5, EnableVariableJumpDelay=true, MinJumpDelay=4.5, "
+      "JumpLengthLimit=5.5, MarkSpeed=6.5, MarkDelay=7.5, MagnificationSpeed=8.5, "
+      "EnableVariablePolyDelay=true, PolyDelay=9.5, MaxDwellTime=12.5, LaserOnDelay=10.5, "
+      "LaserOffDelay=11.5, LmFrequency=13.5, LmWidth=14.5, Power=15, Power1=16, Transformation={ ( 17.5, "
+      "18.5, 19.5, 20.5, 21.5, 22.5, 23.5, 24.5, 25.5 ), ( 26.5, 27.5, 28.5 ) }, HeadingScale={ X=29.5, "
+      "Y=30.5, Z=31.5 }, TileOffset=32.5, OnOffPattern=[ 33.5 ], EnableDashedLine=true, "
+      "EvaluationLeadTime=34.5, SkyWriting={ Mode=ForceAtStartFinish, MinCoH=35.5, "
+      "MergedExtensionsMaxCoH=36.5, ExtensionTime=37.5, AccelerationDelay=38.5, DecelerationDelay=39.5, "
+      "LaserOnDelay=40.5, LaserOffDelay=41.5, ConfigVersion=4 }, Wobble={ Amplitude={ 42.5, 43.5 }, "
+      "Frequency={ 44.5, 45.5 }, Phase={ 46.5, 47.5 }, ConfigVersion=1 }, ConfigVersion=18");
+  ExpectInPlace<ScannerConfig>(
+      "[12,[1.5,2.5,3.5],4.5,5,[[6,10,[[7.5,8.5,9.5,10.5,11.5,12.5,13.5,14.5,15.5],[16.5,17.5,18.5]],[[19.5,"
+      "20.5,21.5],[22.5,23.5,24.5],[25.5,26.5,27.5],[28.5,29.5,30.5]],true],[31,10,[[32.5,33.5,34.5,35.5,36."
+      "5,37.5,38.5,39.5,40.5],[41.5,42.5,43.5]],[[44.5,45.5,46.5],[47.5,48.5,49.5],[50.5,51.5,52.5],[53.5,54."
+      "5,55.5]],true]],56.5,0]",
+      "FieldSize={ X=1.5, Y=2.5, Z=3.5 }, MaxMagnification=4.5, HeadCount=5, Heads=[ { FieldTransform={ ( "
+      "7.5, 8.5, 9.5, 10.5, 11.5, 12.5, 13.5, 14.5, 15.5 ), ( 16.5, 17.5, 18.5 ) }, Axes=[ "
+      "AccelerationTime=19.5, TrackingError=20.5, HeadBias=21.5, AccelerationTime=22.5, TrackingError=23.5, "
+      "HeadBias=24.5, AccelerationTime=25.5, TrackingError=26.5, HeadBias=27.5, AccelerationTime=28.5, "
+      "TrackingError=29.5, HeadBias=30.5 ], EnableFieldCorrection=true, ConfigVersion=10 }, { "
+      "FieldTransform={ ( 32.5, 33.5, 34.5, 35.5, 36.5, 37.5, 38.5, 39.5, 40.5 ), ( 41.5, 42.5, 43.5 ) }, "
+      "Axes=[ AccelerationTime=44.5, TrackingError=45.5, HeadBias=46.5, AccelerationTime=47.5, "
+      "TrackingError=48.5, HeadBias=49.5, AccelerationTime=50.5, TrackingError=51.5, HeadBias=52.5, "
+      "AccelerationTime=53.5, TrackingError=54.5, HeadBias=55.5 ], EnableFieldCorrection=true, "
+      "ConfigVersion=10 } ], ScanHeadDelay=56.5, HeadFormat=XY2_Single3D, ConfigVersion=12");
+  ExpectInPlace<SystemConfig>(
+      "[5,\"Asia\\/Kolkata\",true,1,2,[2,true,true,3,4,5,6,7,8,9,10,true,[0,1]]]",
+      "TimeZone=Asia/Kolkata, EnableStandAloneMode=true, StandAloneListID=1, "
+      "StandAloneExecuteOnErrorListID=2, ScannerMonitoring={ Enabled=true, UsePingPong=true, Command=3, "
+      "Mask=4, GoodValue=5, Command1=6, Mask1=7, GoodValue1=8, Period=9, MinConsecutiveErrors=10, "
+      "ContinueOnError=true, ScanHeadAxes=[ None, X ], ConfigVersion=2 }, ConfigVersion=5");
+  ExpectInPlace<MotfConfig>(
+      "[9,1,[2,1,1],true,[2,1,2],true,3.5,true,4.5,5.5,6.5,[7.5,8.5,9.5],[10.5,11.5,12.5],[13.5,14.5,15.5]]",
+      "OperatingMode=Continuous, MainSource={ SourceType=Spi, ModuleID=1, ConfigVersion=2 }, "
+      "UseCompensation=true, CompensationSource={ SourceType=Spi, ModuleID=2, ConfigVersion=2 }, "
+      "EnableDebounce=true, DebounceTime=3.5, EnableSuppression=true, SuppressionDistance=4.5, "
+      "PartDistance=5.5, ResponseTime=6.5, MainDirection={ X=7.5, Y=8.5, Z=9.5 }, CompensationDirection={ "
+      "X=10.5, Y=11.5, Z=12.5 }, Offset={ X=13.5, Y=14.5, Z=15.5 }, ConfigVersion=9");
+  ExpectInPlace<QuadratureDecoderConfig>(
+      "[4,[[4,true,1.5,2.5,true,true,3.5],[4,true,4.5,5.5,true,true,6.5],[4,true,7.5,8.5,true,true,9.5]]]",
+      "Modules=[ { SimulateEncoder=true, SimulationSpeed=1.5, SimulationAcceleration=2.5, "
+      "InvertDirection=true, EnableIndex=true, DistancePerCount=3.5, ConfigVersion=4 }, { "
+      "SimulateEncoder=true, SimulationSpeed=4.5, SimulationAcceleration=5.5, InvertDirection=true, "
+      "EnableIndex=true, DistancePerCount=6.5, ConfigVersion=4 }, { SimulateEncoder=true, "
+      "SimulationSpeed=7.5, SimulationAcceleration=8.5, InvertDirection=true, EnableIndex=true, "
+      "DistancePerCount=9.5, ConfigVersion=4 } ], ConfigVersion=4");
+  ExpectInPlace<EventConfig>("[1,{-7:[true,[-1,1,5]],3:[true,[-1,2,5]]}]",
+                             "{ ConfigVersion=1, EventSettings=[ -7={ EnableGlobally=true, Exclusions=[ -1, "
+                             "1, 5 ] }, 3={ EnableGlobally=true, Exclusions=[ -1, 2, 5 ] } ] }");
+}
+
+using Numbers = std::vector<double>;
+
+TEST(PlainStructs, TakeEveryKindOfFieldFromTheirRecords) {
+  vlProcessVariables v{};
+  Flat::FromRecord(Filled<ProcessVariables>(), v);
+  const vlTransform3D& t = v.Transformation;
+  EXPECT_EQ((Numbers{t.A[0][0], t.A[0][1], t.A[1][0], t.A[2][1], t.b[0], t.b[2]}),
+            (Numbers{17.5, 18.5, 20.5, 24.5, 26.5, 28.5}));
+  EXPECT_EQ((Numbers{v.HeadingScale.X, v.HeadingScale.Y, v.HeadingScale.Z}), (Numbers{29.5, 30.5, 31.5}));
+  EXPECT_EQ((Numbers{v.Wobble.Frequency.X, v.Wobble.Frequency.Y}), (Numbers{44.5, 45.5}));
+  EXPECT_EQ((Numbers{1. * v.OnOffPattern.Count, v.OnOffPattern.Items[0]}), (Numbers{1, 33.5}));
+  EXPECT_EQ((Numbers{v.MaxDwellTime, v.LaserOnDelay, 1. * v.Power, 1. * v.SkyWriting.Mode}),
+            (Numbers{12.5, 10.5, 15, 1}));
+  vlOpticalParameters o{};
+  Flat::FromRecord(Filled<OpticalParameters>(), o);
+  EXPECT_EQ((Numbers{o.InputScale.X, o.InputScale.Y, o.InputScale.Z, o.InputScale.M}),
+            (Numbers{28.5, 29.5, 30.5, 31.5}));
+  EXPECT_STREQ(o.Hash, "Asia/Kolkata");
+  vlEventConfig e{};
+  Flat::FromRecord(Filled<EventConfig>(), e);
+  const vlEventSetting& second = e.EventSettings.Items[1];
+  EXPECT_EQ((Numbers{1. * e.EventSettings.Count, 1. * second.Number, 1. * second.Value.Exclusions.Items[1]}),
+            (Numbers{2, 3, 2}));
+  vlScannerConfig s{};
+  ScannerConfig scanner = Filled<ScannerConfig>();
+  scanner.HeadCount = 2;
+  Flat::FromRecord(scanner, s);
+  const vlScanHeadConfig& head = s.Heads.Items[1];
+  EXPECT_EQ(
+      (Numbers{head.FieldTransform.A[1][0], head.FieldTransform.b[1], head.Axes.Items[3].TrackingError}),
+      (Numbers{35.5, 42.5, 54.5}));
+}
+
+TEST(PlainStructs, GiveEveryKindOfFieldToTheirRecords) {
+  vlProcessVariables v{};
+  Flat::FromRecord(ProcessVariables(), v);
+  v.Transformation = {{{1, 2, 3}, {4, 5, 6}, {7, 8, 9}}, {10, 11, 12}};
+  v.HeadingScale = {13, 14, 15};
+  v.OnOffPattern = {2, {16, 17}};
+  v.SkyWriting.Mode = vlSkyWritingMode_MinimumCoH;
+  v.Wobble.Amplitude = {18, 19};
+  const std::string variables = Flat::Taken<ProcessVariables>(&v).ToString();
+  for (const char* part :
+       {"{ ( 1, 2, 3, 4, 5, 6, 7, 8, 9 ), ( 10, 11, 12 ) }, HeadingScale={ X=13, Y=14, Z=15 }", "=[ 16, 17 ]",
+        "Mode=MinimumCoH", "Amplitude={ 18, 19 }"}) {
+    EXPECT_NE(variables.find(part), std::string::npos) << part << " in " << variables;
+  }
+  vlOpticalParameters o{};
+  Flat::FromRecord(OpticalParameters(), o);
+  o.InputOffset = {1, 2, 3, 4};
+  const std::string optics = Flat::Taken<OpticalParameters>(&o).ToString();
+  EXPECT_TRUE(optics.ends_with("InputOffset={ X=1, Y=2, Z=3, M=4 }")) << optics;
+  vlEventConfig e{1, {2, {{5, {true, {2, {8, 7}}}}, {-6, {}}}}};
+  EXPECT_EQ(Flat::Taken<EventConfig>(&e).ToString(),
+            "{ ConfigVersion=1, EventSettings=[ -6={ EnableGlobally=false, Exclusions=[  ] }, 5={ "
+            "EnableGlobally=true, Exclusions=[ 7, 8 ] } ] }");
+}
 
 }  // namespace
 }  // namespace VELTRO::KELVO::Test

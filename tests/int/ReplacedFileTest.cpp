@@ -63,21 +63,39 @@ std::string Replace(const std::string& path, const std::string& content = "new")
   });
 }
 
-// As many a line as fit.
-// clang-format off
 TEST(ReplacedFiles, AreWhatLinksLeadTo) {
-  struct Row { const char* path; Tree::Names before; const char* written; const char* failure = "no failure"; };
+  struct Row {
+    const char* path;
+    Tree::Names before;
+    const char* written;
+    const char* failure = "no failure";
+  };
   const Row rows[] = {
-      {"file", {}, "file"}, {"file", {{"file", "old content"}}, "file"}, {"link", {{"link", "-> file"}, {"file", "old"}}, "file"},
-      {"link", {{"link", "-> none"}}, "none"}, {"in/link", {{"in/link", "-> none"}, {"none", "other"}}, "in/none"}, {"in/link", {{"in/link", "-> ../out/file"}, {"out/file", "old"}, {"file", "other"}}, "out/file"},
-      {"a", {{"a", "-> in/b"}, {"in/b", "-> c"}, {"in/c", "-> ../d"}, {"d", "old"}}, "d"}, {"a", {{"a", "-> in/b"}, {"in/b", "-> c"}}, "in/c"}, {"link", {{"link", "-> /"}, {"absolute", "old"}}, "absolute"},
-      {"folder/file", {{"folder", "-> in/deep"}, {"in/deep/file", "old"}}, "in/deep/file"}, {"folder/link", {{"folder", "-> in/deep"}, {"in/deep/link", "-> ../x"}}, "in/x"}, {".//file", {}, "file"},
-      {"a", {{"a", "-> b"}, {"b", "-> a"}}, nullptr, "Too many levels of symbolic links"}, {"a", {{"a", "-> a"}}, nullptr, "Too many levels of symbolic links"}, {"link", {{"link", "-> none/"}}, nullptr, "Is a directory"},
-      {"link", {{"link", "-> no/file"}}, nullptr, "No such file or directory"}, {"no/file", {}, nullptr, "No such file or directory"}, {"file/", {}, nullptr, "Is a directory"}, {"file/", {{"file", "old"}}, nullptr, "Not a directory"},
-      {"", {{"x", "old"}}, nullptr, "Is a directory"}, {"file/x", {{"file", "old"}}, nullptr, "Not a directory"}, {"link", {{"link", "-> in"}, {"in/x", "old"}}, nullptr, "Is a directory"},
+      {"file", {}, "file"},
+      {"file", {{"file", "old content"}}, "file"},
+      {"link", {{"link", "-> file"}, {"file", "old"}}, "file"},
+      {"link", {{"link", "-> none"}}, "none"},
+      {"in/link", {{"in/link", "-> none"}, {"none", "other"}}, "in/none"},
+      {"in/link", {{"in/link", "-> ../out/file"}, {"out/file", "old"}, {"file", "other"}}, "out/file"},
+      {"a", {{"a", "-> in/b"}, {"in/b", "-> c"}, {"in/c", "-> ../d"}, {"d", "old"}}, "d"},
+      {"a", {{"a", "-> in/b"}, {"in/b", "-> c"}}, "in/c"},
+      {"link", {{"link", "-> /"}, {"absolute", "old"}}, "absolute"},
+      {"folder/file", {{"folder", "-> in/deep"}, {"in/deep/file", "old"}}, "in/deep/file"},
+      {"folder/link", {{"folder", "-> in/deep"}, {"in/deep/link", "-> ../x"}}, "in/x"},
+      {".//file", {}, "file"},
+      {"a", {{"a", "-> b"}, {"b", "-> a"}}, nullptr, "Too many levels of symbolic links"},
+      {"a", {{"a", "-> a"}}, nullptr, "Too many levels of symbolic links"},
+      {"link", {{"link", "-> none/"}}, nullptr, "Is a directory"},
+      {"link", {{"link", "-> no/file"}}, nullptr, "No such file or directory"},
+      {"no/file", {}, nullptr, "No such file or directory"},
+      {"file/", {}, nullptr, "Is a directory"},
+      {"file/", {{"file", "old"}}, nullptr, "Not a directory"},
+      {"", {{"x", "old"}}, nullptr, "Is a directory"},
+      {"file/x", {{"file", "old"}}, nullptr, "Not a directory"},
+      {"link", {{"link", "-> in"}, {"in/x", "old"}}, nullptr, "Is a directory"},
   };
   for (const Row& row : rows) {
-    SCOPED_TRACE(&row - rows);
+    SCOPED_TRACE(testing::PrintToString(row.path) + " of " + testing::PrintToString(row.before));
     const Tree tree(row.before);
     EXPECT_EQ(Replace(tree.Path + "/" + row.path), row.failure);
     Tree::Names expected = row.before;
@@ -88,60 +106,72 @@ TEST(ReplacedFiles, AreWhatLinksLeadTo) {
 }
 
 TEST(ReplacedFiles, StayAsTheyWereUntilAllIsThere) {
-  const Tree tree({{"file", "old"}, {"link", "-> file"}});
-  const std::string path = tree.At("file");
-  fs::permissions(path, fs::perms(0604));
-  EXPECT_EQ(chown(path.c_str(), geteuid() == 0 ? 12 : geteuid(), getegid()), 0);
-  std::ifstream reader(path);
+  const Tree::Names old = {{"file", "old"}, {"link", "-> file"}};
+  const Tree tree(old);
   const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY}, few{5, RLIM_INFINITY};
   const auto before = std::signal(SIGXFSZ, SIG_IGN);
   {
-    ReplacedFile left(path), broken(path);
+    ReplacedFile left(tree.At("file")), broken(tree.At("file"));
     left.Write("half");
     EXPECT_GT(left.GetFreeBytes().value_or(0), 0U);
     EXPECT_EQ(tree.Found().size(), 4U) << "each has a file of its own";
     for (const auto& entry : fs::directory_iterator(tree.Path)) {
       const std::string name = entry.path().filename();
-      EXPECT_EQ(ReplacedFile::IsTemporary(name), name != "file" && name != "link") << name;
+      EXPECT_EQ(ReplacedFile::IsTemporary(name), !old.contains(name)) << name;
     }
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &few), 0);
     EXPECT_EQ(Failure([&] { broken.Write("123456"); }), "File too large");
     EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &unlimited), 0);
   }
   std::signal(SIGXFSZ, before);
-  EXPECT_EQ(tree.Found(), (Tree::Names{{"file", "old"}, {"link", "-> file"}}));
-  struct stat status{};
+  EXPECT_EQ(tree.Found(), old);
+}
+
+TEST(ReplacedFiles, KeepTheirPermissionsTheirOwnerAndTheirReaders) {
+  const Tree tree(Tree::Names{{"file", "old"}});
+  const std::string path = tree.At("file");
+  const uid_t owner = geteuid() == 0 ? 12 : geteuid();
+  fs::permissions(path, fs::perms(0604));
+  EXPECT_EQ(chown(path.c_str(), owner, getegid()), 0);
+  std::ifstream reader(path);
   EXPECT_EQ(Replace(path), "no failure");
+  struct stat status {};
   EXPECT_EQ(stat(path.c_str(), &status), 0);
-  EXPECT_TRUE((status.st_mode & 07777) == 0604 && status.st_uid == (geteuid() == 0 ? 12 : geteuid()));
+  EXPECT_EQ(status.st_mode & 07777, 0604U);
+  EXPECT_EQ(status.st_uid, owner);
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(reader.rdbuf()), {}), "old");
-  const std::string taken = tree.At("taken");
-  EXPECT_EQ(Failure([&] {
-    ReplacedFile file(taken);
-    fs::create_directory(taken);
-    file.Commit();
-  }), "Is a directory");
+}
+
+TEST(ReplacedFiles, AreWhereTheyWereBegun) {
+  const Tree tree(Tree::Names{{"link", "-> file"}});
+  const std::string longest(255, 'n');
   const fs::path here = fs::current_path();
   fs::current_path(tree.Path);
-  {
-    ReplacedFile moved("moved");
-    moved.Write("x");
-    fs::current_path("/");
-    moved.Commit();
-    const Descriptor directory(open(tree.Path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    ReplacedFile named(directory.Get(), "link");
-    named.Write("no link");
-    named.Commit();
-  }
+  ReplacedFile moved("moved");
+  moved.Write("x");
+  fs::current_path("/");
+  moved.Commit();
   fs::current_path(here);
-  EXPECT_EQ(Replace(tree.At(std::string(255, 'n'))), "no failure");
-  EXPECT_EQ(tree.Found(), (Tree::Names{{"file", "new"}, {"link", "no link"}, {"moved", "x"}, {std::string(255, 'n'), "new"}}));
+  const Descriptor directory(open(tree.Path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  ReplacedFile named(directory.Get(), "link");
+  named.Write("no link");
+  named.Commit();
+  EXPECT_EQ(Replace(tree.At(longest)), "no failure");
+  EXPECT_EQ(tree.Found(), (Tree::Names{{"link", "no link"}, {"moved", "x"}, {longest, "new"}}));
+}
+
+TEST(ReplacedFiles, DoNotComeWhereADirectoryIsOrNobodyMayWrite) {
+  const Tree tree(Tree::Names{{"file", "old"}});
+  const std::string taken = tree.At("taken"), path = tree.At("file");
+  ReplacedFile file(taken);
+  fs::create_directory(taken);
+  EXPECT_EQ(Failure([&] { file.Commit(); }), "Is a directory");
   if (geteuid() != 0) return;
   fs::permissions(tree.Path, fs::perms(0777));
   ASSERT_EQ(seteuid(65534), 0);
-  EXPECT_EQ(Replace(path, "not mine"), "Permission denied");
+  EXPECT_EQ(Replace(path), "Permission denied");
   EXPECT_EQ(seteuid(0), 0);
-  EXPECT_EQ(ContentOf(path), "new");
+  EXPECT_EQ(ContentOf(path), "old");
 }
 
 TEST(ReplacedFiles, AreWrittenDirectlyWhenTheyAreNoPlainFiles) {
@@ -149,6 +179,14 @@ TEST(ReplacedFiles, AreWrittenDirectlyWhenTheyAreNoPlainFiles) {
   EXPECT_TRUE(fs::is_character_file(Device("null")));
   EXPECT_EQ(Replace(Device("full")), "No space left on device");
   EXPECT_FALSE(ReplacedFile(Device("null")).GetFreeBytes());
+  const Descriptor unnamed(memfd_create("unnamed", MFD_CLOEXEC));
+  const std::string place = "/proc/self/fd/" + std::to_string(unnamed.Get());
+  ReplacedFile::WriteAll(unnamed.Get(), Unsigned("longer than before"));
+  EXPECT_EQ(Replace(place), "no failure");
+  EXPECT_EQ(ContentOf(place), "new");
+}
+
+TEST(ReplacedFiles, MayBePipesThatNobodyReads) {
   const Tree tree({});
   const std::string path = tree.At("pipe");
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
@@ -159,12 +197,7 @@ TEST(ReplacedFiles, AreWrittenDirectlyWhenTheyAreNoPlainFiles) {
   EXPECT_EQ(::read(reader.Get(), read, sizeof read), 5);
   reader.Close();
   EXPECT_EQ(Failure([&] { pipe.Write("bytes"); }), "Broken pipe") << "and no signal";
-  const Descriptor unnamed(memfd_create("unnamed", MFD_CLOEXEC));
-  ReplacedFile::WriteAll(unnamed.Get(), Unsigned("longer than before"));
-  EXPECT_EQ(Replace("/proc/self/fd/" + std::to_string(unnamed.Get())), "no failure");
-  EXPECT_EQ(ContentOf("/proc/self/fd/" + std::to_string(unnamed.Get())), "new");
 }
-// clang-format on
 
 }  // namespace
 }  // namespace VELTRO::KELVO::Test

@@ -21,35 +21,41 @@ Text Content(const Text& file) {
   return {std::istreambuf_iterator<char>(std::ifstream(file).rdbuf()), {}};
 }
 
-// As many a line as fit.
-// clang-format off
 TEST(VirtualCardState, IsOfPlainFilesThatAreWhole) {
   const TemporaryDirectory outside;
-  const Text secret = outside.Path + "/secret", damaged = "What is stored is damaged.", none = "no failure";
+  const Text secret = outside.Path + "/secret", damaged = "What is stored is damaged.";
   std::ofstream(secret) << "secret";
+  const Text noFile = "'NAME' is no plain file.";
   struct Row {
     const char* What;
+    Text Reason;  // for which it is not read
     std::function<void(const Text&)> Put;
-    Text Reason, Store;  // why it is not read, and what storing over it gives
+    Text Store = "no failure";  // what storing over it gives
   };
   const auto content = [](Text bytes) { return [bytes](const Text& at) { std::ofstream(at) << bytes; }; };
   const Row rows[] = {
-      {"pipe", [](const Text& at) { EXPECT_EQ(mkfifo(at.c_str(), 0666), 0); }, "'NAME' is no plain file.", none},
-      {"link", [&](const Text& at) { fs::create_symlink(secret, at); }, "'NAME' is no plain file.", none},
-      {"dangling link", [&](const Text& at) { fs::create_symlink(outside.Path + "/new", at); }, "'NAME' is no plain file.", none},
-      {"second name", [&](const Text& at) { fs::create_hard_link(secret, at); }, "'NAME' is no plain file.", none},
-      {"directory", [](const Text& at) { fs::create_directory(at); }, "'NAME' is no plain file.", "Cannot write 'NAME': Is a directory."},
-      {"large file", [](const Text& at) { std::ofstream{at}, fs::resize_file(at, 1LL << 40); }, "Cannot read 'NAME': File too large.", none},
-      {"empty file", content(""), damaged, none},
-      {"nesting", content(Text(1 << 20, '\x91')), damaged, none},
-      {"claim", content("\xDD\xFF\xFF\xFF\xFF"), damaged, none},
-      {"trailing bytes", content("\x91\x01\x01"), damaged, none},
+      {"pipe", noFile, [](const Text& at) { EXPECT_EQ(mkfifo(at.c_str(), 0666), 0); }},
+      {"link", noFile, [&](const Text& at) { fs::create_symlink(secret, at); }},
+      {"dangling link", noFile, [&](const Text& at) { fs::create_symlink(outside.Path + "/new", at); }},
+      {"second name", noFile, [&](const Text& at) { fs::create_hard_link(secret, at); }},
+      {"directory", noFile, [](const Text& at) { fs::create_directory(at); },
+       "Cannot write 'NAME': Is a directory."},
+      {"large file", "Cannot read 'NAME': File too large.",
+       [](const Text& at) { std::ofstream{at}, fs::resize_file(at, 1LL << 40); }},
+      {"empty file", damaged, content("")},
+      {"nesting", damaged, content(Text(1 << 20, '\x91'))},
+      {"claim", damaged, content("\xDD\xFF\xFF\xFF\xFF")},
+      {"trailing bytes", damaged, content("\x91\x01\x01")},
   };
-  for (const auto& [what, put, reason, store] : rows) {
+  for (const auto& [what, reason, put, store] : rows) {
+    SCOPED_TRACE(what);
     const TemporaryDirectory state;
     const Text corrections = state.Path + "/files/CORRFILES/";
     fs::create_directories(corrections);
-    for (const char* name : {"LaserConfig", "HeadCorrections", "PowerCalibration1"}) put(state.Path + "/" + name), put(state.Path + "/" + name + ".tmp");
+    for (const Text name : {"LaserConfig", "HeadCorrections", "PowerCalibration1"}) {
+      put(state.Path + "/" + name);
+      put(state.Path + "/" + name + ".tmp");
+    }
     put(corrections + "powerCorrection.kc7");
     const auto named = [](Text text, const Text& name) {
       const std::size_t place = text.find("NAME");
@@ -59,30 +65,35 @@ TEST(VirtualCardState, IsOfPlainFilesThatAreWhole) {
     config.FpsStart = 7;
     {
       CardProcess card({"--state", state.Path});
-      for (const Text& line : {"Taking the defaults for the stored LaserConfig: " + named(reason, "LaserConfig"), "Selecting no head corrections: " + named(reason, "HeadCorrections")})
-        EXPECT_NE(card.GetWarnings().find(line + "\n"), Text::npos) << what << "\n" << card.GetWarnings();
+      for (const Text& line :
+           {"Taking the defaults for the stored LaserConfig: " + named(reason, "LaserConfig"),
+            "Selecting no head corrections: " + named(reason, "HeadCorrections")})
+        EXPECT_NE(card.GetWarnings().find(line + "\n"), Text::npos) << card.GetWarnings();
       Client c(card);
-      EXPECT_EQ(c.Refusal("LoadPowerCalibrationByEngine", 1), named(reason, "PowerCalibration1")) << what;
-      c.Call("SetLaserConfig", config), c.Call("CreatePowerCorrection", OpticalParameters()), c.Call("CreatePowerCalibrationByEngine", 1);
-      EXPECT_EQ(c.Refusal("StoreLaserConfig"), named(store, "LaserConfig")) << what;
-      EXPECT_EQ(c.Refusal("StorePowerCalibrationByEngine", 1), named(store, "PowerCalibration1")) << what;
-      EXPECT_EQ(c.Refusal("StorePowerCorrection"), named(store, "powerCorrection.kc7")) << what;
+      EXPECT_EQ(c.Refusal("LoadPowerCalibrationByEngine", 1), named(reason, "PowerCalibration1"));
+      c.Call("SetLaserConfig", config);
+      c.Call("CreatePowerCorrection", OpticalParameters());
+      c.Call("CreatePowerCalibrationByEngine", 1);
+      EXPECT_EQ(c.Refusal("StoreLaserConfig"), named(store, "LaserConfig"));
+      EXPECT_EQ(c.Refusal("StorePowerCalibrationByEngine", 1), named(store, "PowerCalibration1"));
+      EXPECT_EQ(c.Refusal("StorePowerCorrection"), named(store, "powerCorrection.kc7"));
       c.Disconnect();
-      EXPECT_EQ(card.End(SIGTERM), 0) << what;
+      EXPECT_EQ(card.End(SIGTERM), 0);
     }
-    EXPECT_EQ(Content(secret), "secret") << what;
-    EXPECT_FALSE(fs::exists(outside.Path + "/new")) << what;
-    if (store != none) continue;
+    EXPECT_EQ(Content(secret), "secret");
+    EXPECT_FALSE(fs::exists(outside.Path + "/new"));
+    if (store != "no failure") continue;
     const CardProcess card({"--state", state.Path});
     Client c(card);
-    EXPECT_EQ(c.Call<LaserConfig>("GetLaserConfig").FpsStart, 7) << what;
-    EXPECT_EQ(c.Call<OpticalParameters>("GetOpticalParametersPowerCorrection").XLayers, 0) << what;
+    EXPECT_EQ(c.Call<LaserConfig>("GetLaserConfig").FpsStart, 7);
+    EXPECT_EQ(c.Call<OpticalParameters>("GetOpticalParametersPowerCorrection").XLayers, 0);
   }
 }
 
 TEST(VirtualCardState, IsOneCardsWhichClearsWhatAKilledOneLeft) {
   const TemporaryDirectory place;
-  const Text state = place.Path + "/state", link = place.Path + "/link", leftover = "/.kelvo-1-0.part", corrections = state + "/files/CORRFILES";
+  const Text state = place.Path + "/state", link = place.Path + "/link", leftover = "/.kelvo-1-0.part",
+             corrections = state + "/files/CORRFILES";
   fs::create_directory_symlink("state", link);
   fs::create_directory(state);
   CardProcess card({"--state", link});
@@ -97,7 +108,8 @@ TEST(VirtualCardState, IsOneCardsWhichClearsWhatAKilledOneLeft) {
   card.End(SIGKILL);
   const CardProcess next({"--state", state});
   EXPECT_EQ(next.GetWarnings(), "");
-  for (const Text& directory : {state, corrections}) EXPECT_FALSE(fs::exists(directory + leftover)) << directory;
+  for (const Text& directory : {state, corrections})
+    EXPECT_FALSE(fs::exists(directory + leftover)) << directory;
 }
 
 TEST(VirtualCardState, StaysAsItWasWhenTheDiskIsFull) {
@@ -105,20 +117,26 @@ TEST(VirtualCardState, StaysAsItWasWhenTheDiskIsFull) {
   const CardProcess card({"--state", state.Path});
   Client c(card);
   std::vector<std::pair<Text, Text>> before;
-  const std::pair<Text, Text> stored[] = {{"LaserConfig", "StoreLaserConfig"}, {"files/CORRFILES/powerCorrection.kc7", "StorePowerCorrection"}};
+  const std::pair<Text, Text> stored[] = {{"LaserConfig", "StoreLaserConfig"},
+                                          {"files/CORRFILES/powerCorrection.kc7", "StorePowerCorrection"}};
   c.Call("CreatePowerCorrection", OpticalParameters());
-  for (const auto& [file, method] : stored) c.Call(method.c_str()), before.emplace_back(file, Content(state.Path + "/" + file));
+  for (const auto& [file, method] : stored)
+    c.Call(method.c_str()), before.emplace_back(file, Content(state.Path + "/" + file));
   LaserConfig config;
   config.FpsStart = 7;
-  c.Call("SetLaserConfig", config), c.Call("ChangePowerCorrectionValue", Point3D{{1, 2, 3}}, 0.5);
+  c.Call("SetLaserConfig", config);
+  c.Call("ChangePowerCorrectionValue", Point3D{{1, 2, 3}}, 0.5);
   const rlimit limit{16, 16};
   EXPECT_EQ(prlimit(card.GetId(), RLIMIT_FSIZE, &limit, nullptr), 0);
-  for (const auto& [file, method] : stored) EXPECT_EQ(c.Refusal(method.c_str()), "Cannot write '" + fs::path(file).filename().string() + "': File too large.");
+  for (const auto& [file, method] : stored)
+    EXPECT_EQ(c.Refusal(method.c_str()),
+              "Cannot write '" + fs::path(file).filename().string() + "': File too large.");
   for (const auto& [file, bytes] : before) {
     EXPECT_GT(bytes.size(), 16U);
     EXPECT_EQ(Content(state.Path + "/" + file), bytes) << file;
   }
-  for (const auto& entry : fs::recursive_directory_iterator(state.Path)) EXPECT_NE(entry.path().extension(), ".part") << entry.path();
+  for (const auto& entry : fs::recursive_directory_iterator(state.Path))
+    EXPECT_NE(entry.path().extension(), ".part") << entry.path();
 }
 
 // What a file of a list or font ends with: the 64-bit FNV-1a of what is ahead of it.
@@ -137,84 +155,147 @@ Text Packed(const T& value) {
   return {bytes.data(), bytes.size()};
 }
 
-TEST(VirtualCardState, HasListsAndFontsThatOutliveTheCard) {
-  const TemporaryDirectory state;
-  const auto file = [&](const Text& name) { return state.Path + "/" + name; };
-  CommandList small = List("JA 1.5,-2.5 NO DLP F64[1.0;2.0] PI -7"), large, literal(std::vector{Command(5), Command(INT32_MIN, Unsigned("abc"))});
-  for (int i = 0; i < 200000; ++i) large.AppendJumpAbs(Point2D{{i / 3., -1. * i}});
-  Font font(3);
-  font.CharContainer[u'A'] = small, font.CharContainer[0xFFFF];
-  {
-    CardProcess card({"--state", state.Path});
+// Lists of every kind, and a font of two glyphs.
+struct Stored {
+  CommandList Small = List("JA 1.5,-2.5 NO DLP F64[1.0;2.0] PI -7"), Large;
+  CommandList Literal{std::vector{Command(5), Command(INT32_MIN, Unsigned("abc"))}};
+  ClientLib::Font Font{3};
+  const TemporaryDirectory State;
+  Text At(const Text& name) const { return State.Path + "/" + name; }
+
+  Stored() {
+    for (int i = 0; i < 200000; ++i) Large.AppendJumpAbs(Point2D{{i / 3., -1. * i}});
+    Font.CharContainer[u'A'] = Small, Font.CharContainer[0xFFFF];
+  }
+  // The lists as 7, 8 and -3, and the font, on a card that is killed then.
+  void Store() {
+    CardProcess card({"--state", State.Path});
     Client c(card);
-    c.Lists.Set(7, small, false, 12), c.Lists.Set(-3, large, false, -1), c.Lists.Set(8, literal, false, -5), c.Call("SetFont", font);
-    for (const int id : {20, 21, 22, 24}) c.Lists.Set(id, small, false, -1), c.Call("StoreList", id);
-    c.Call("StoreList", 7), c.Call("DeleteList", 7, false), c.Call("DeleteList", 24, true), c.Call("StoreFont", 3), c.Call("DeleteFont", 3);
-    c.Call("StoreList", 8), c.Call("StoreList", -3);
+    c.Lists.Set(7, Small, false, 12);
+    c.Lists.Set(-3, Large, false, -1);
+    c.Lists.Set(8, Literal, false, -5);
+    c.Call("SetFont", Font);
+    for (const int id : {7, 8, -3}) c.Call("StoreList", id);
+    c.Call("StoreFont", 3);
     card.End(SIGKILL);
   }
-  EXPECT_EQ(Hex(Content(file("List-8"))), Hex(Sealed(Bytes("93 FB 92 05 C4 00 92 D2 80 00 00 00 C4 03 61 62 63"))));
-  {
-    const CardProcess card({"--state", state.Path, "--memory", "2097152"});
-    EXPECT_EQ(card.GetWarnings(), "Not taking the stored List--3: The card's memory is full.\n");
-  }
-  // What is damaged, is none, or has another's name.
-  Text flipped = Content(file("List-20"));
-  flipped[9] ^= 1;
-  const std::pair<Text, Text> bad[] = {
-      {"Font-4", Sealed(Bytes("92 04 81 41 91 C0"))}, {"Font-5", Sealed(Text(1 << 20, '\x91'))},
-      {"List-20", flipped}, {"List-21", Content(file("List-21")).substr(0, 60)}, {"List-22", ""},
-      {"List-40", Sealed(Bytes("DD FF FF FF FF"))}, {"List-41", Sealed(Text(1 << 20, '\x91'))}, {"List-42", Sealed(Bytes("92 FF C0"))},
-      {"List-43", Sealed(Bytes("92 FF 92 05 C0"))}, {"List-44", Sealed(Bytes("91 FF C0"))}, {"List-45", Sealed(Bytes("91 C0"))},
-      {"List-46", Sealed(Bytes("92 FF 92 CE FF FF FF FF C4 00"))}, {"List-47", Sealed(Bytes("92 FF 91 92 05 C4 00"))},
-  };
-  Text warnings;
-  for (const auto& [name, content] : bad) std::ofstream(file(name)) << content, warnings += "Not taking the stored " + name + ": What is stored is damaged.\n";
-  for (const char* name : {"List-007", "List-", "List-7.tmp", "List-2147483648"}) std::ofstream(file(name)) << "a note";
-  const CardProcess card({"--state", state.Path});
-  EXPECT_EQ(card.GetWarnings(), warnings);
+};
+
+TEST(StoredLists, OutliveTheCardAndSoDoFonts) {
+  Stored stored;
+  stored.Store();
+  EXPECT_EQ(Hex(Content(stored.At("List-8"))),
+            Hex(Sealed(Bytes("93 FB 92 05 C4 00 92 D2 80 00 00 00 C4 03 61 62 63"))));
+  const CardProcess card({"--state", stored.State.Path});
   Client c(card);
+  EXPECT_EQ(card.GetWarnings(), "");
   EXPECT_EQ(c.Lists.GetStoredListIDs(), (std::vector<std::int32_t>{-3, 7, 8}));
   EXPECT_EQ(c.Lists.GetListStatus(7), 0) << "it is stored only";
-  small.SetListField(12), literal.SetListField(-5);
-  for (const auto& [id, list] : {std::pair{7, &small}, {-3, &large}, {8, &literal}}) {
+  stored.Small.SetListField(12);
+  stored.Literal.SetListField(-5);
+  for (const auto& [id, list] : {std::pair{7, &stored.Small}, {-3, &stored.Large}, {8, &stored.Literal}}) {
     c.Lists.Load(id);
     EXPECT_TRUE(Packed(c.Lists.Get(id)) == Packed(*list)) << id;
   }
   c.Call("LoadFont", 3);
-  EXPECT_EQ(Hex(Packed(c.Call<Font>("GetFont", 3))), Hex(Packed(font)));
-  for (const int id : {20, 24, 40}) EXPECT_EQ(c.Refusal("LoadList", id), "There is no stored list " + std::to_string(id) + " on the card.");
+  EXPECT_EQ(Hex(Packed(c.Call<Font>("GetFont", 3))), Hex(Packed(stored.Font)));
+}
+
+TEST(StoredLists, AreOnTheDiskUntilTheyAreDeletedThere) {
+  Stored stored;
+  const CardProcess card({"--state", stored.State.Path});
+  Client c(card);
+  for (const int id : {7, 24}) c.Lists.Set(id, stored.Small, false, -1), c.Call("StoreList", id);
+  c.Call("DeleteList", 7, false);
+  c.Call("DeleteList", 24, true);
+  EXPECT_TRUE(fs::exists(stored.At("List-7")));
+  EXPECT_FALSE(fs::exists(stored.At("List-24")));
+  EXPECT_EQ(c.Refusal("LoadList", 24), "There is no stored list 24 on the card.");
+  c.Call("SetFont", stored.Font);
+  c.Call("StoreFont", 3);
+  c.Call("DeleteFont", 3);
+  c.Call("LoadFont", 3);
+}
+
+TEST(StoredLists, AreNotTakenBeyondTheMemory) {
+  Stored stored;
+  stored.Store();
+  const CardProcess card({"--state", stored.State.Path, "--memory", "2097152"});
+  EXPECT_EQ(card.GetWarnings(), "Not taking the stored List--3: The card's memory is full.\n");
+}
+
+TEST(StoredLists, AreNotTakenWhenTheyAreDamagedAndCanBeStoredAnew) {
+  Stored stored;
+  Text whole = Sealed(Packed(stored.Small)), flipped = whole;
+  flipped[9] ^= 1;
+  const std::pair<Text, Text> bad[] = {
+      {"Font-4", Sealed(Bytes("92 04 81 41 91 C0"))},
+      {"Font-5", Sealed(Text(1 << 20, '\x91'))},
+      {"List-20", flipped},
+      {"List-21", whole.substr(0, 60)},
+      {"List-22", ""},
+      {"List-40", Sealed(Bytes("DD FF FF FF FF"))},
+      {"List-41", Sealed(Text(1 << 20, '\x91'))},
+      {"List-42", Sealed(Bytes("92 FF C0"))},
+      {"List-43", Sealed(Bytes("92 FF 92 05 C0"))},
+      {"List-44", Sealed(Bytes("91 FF C0"))},
+      {"List-45", Sealed(Bytes("91 C0"))},
+      {"List-46", Sealed(Bytes("92 FF 92 CE FF FF FF FF C4 00"))},
+      {"List-47", Sealed(Bytes("92 FF 91 92 05 C4 00"))},
+  };
+  Text warnings;
+  for (const auto& [name, content] : bad) {
+    std::ofstream(stored.At(name)) << content;
+    warnings += "Not taking the stored " + name + ": What is stored is damaged.\n";
+  }
+  for (const char* other : {"List-007", "List-", "List-7.tmp", "List-2147483648"})
+    std::ofstream(stored.At(other)) << "a note";
+  const CardProcess card({"--state", stored.State.Path});
+  EXPECT_EQ(card.GetWarnings(), warnings);
+  Client c(card);
+  EXPECT_EQ(c.Lists.GetStoredListIDs(), std::vector<std::int32_t>{});
+  for (const int id : {20, 40})
+    EXPECT_EQ(c.Refusal("LoadList", id), "There is no stored list " + std::to_string(id) + " on the card.");
   EXPECT_EQ(c.Refusal("LoadFont", 4), "There is no stored font 4 on the card.");
-  c.Lists.Set(20, small, false, -1), c.Call("StoreList", 20), c.Call("DeleteList", -3, true);
-  EXPECT_FALSE(fs::exists(file("List--3")));
-  EXPECT_EQ(Hex(Content(file("List-20"))), Hex(Sealed(Packed(small)))) << "it has taken the place of the damaged one";
+  c.Lists.Set(20, stored.Small, false, -1);
+  c.Call("StoreList", 20);
+  EXPECT_EQ(Hex(Content(stored.At("List-20"))), Hex(whole));
 }
 
 TEST(VirtualCardState, TakesNothingThatItCouldNotKeep) {
   constexpr std::size_t MiB = 1 << 20;
   const TemporaryDirectory state;
-  CardProcess card({"--state", state.Path, "--speed", "max"});
+  const CardProcess card({"--state", state.Path});
   Client c(card);
+  const std::vector<std::uint32_t> words(65537);
   EventConfig events;
   for (int i = 0; i < 400000; ++i) events.EventSettings[1].Exclusions.insert(i);
-  std::ofstream{state.Path + "/files/CORRFILES/head0Correction.kc7"};
-  fs::resize_file(state.Path + "/files/CORRFILES/head0Correction.kc7", 128 * MiB + 1);
+  EXPECT_EQ(c.Refusal("SetEventConfig", events), "The record is too large.");
+  EXPECT_EQ(c.Refusal("SetPowerCalibrationByEngine", words, 0), "The power calibration has too many values.");
+  EXPECT_EQ(c.Refusal("TransmitEnhancedCommand", 0, 1, words, 1U), "There are too many commands.");
+  const Text correction = state.Path + "/files/CORRFILES/head0Correction.kc7";
+  std::ofstream{correction};
+  fs::resize_file(correction, 128 * MiB + 1);
+  EXPECT_EQ(c.Refusal("GetHeadCorrectionHash", 0, 0), "The file 'head0Correction.kc7' is too large.");
   OpticalParameters optics;
   optics.Hash.resize(16 * MiB - 40 - Packed(optics).size());
   c.Call("CreatePowerCorrection", optics);
   EXPECT_EQ(c.Refusal("StorePowerCorrection"), "no failure");
   c.Call("ChangePowerCorrectionValue", Point3D{{1, 2, 3}}, 0.5);
+  EXPECT_EQ(c.Refusal("StorePowerCorrection"), "The power correction is too large.");
+  EXPECT_EQ(c.Refusal("GetPowerCorrection"), "The power correction is too large.");
+}
+
+TEST(VirtualCardState, HasRoomForSoManyVariablesOnly) {
+  const CardProcess card({"--speed", "max"});
+  Client c(card);
   CommandList variables;
-  for (int i = 0; i < 65536; ++i) variables.Append(static_cast<std::int32_t>(*CodeOf("IVS")), static_cast<std::uint32_t>(i), 1);
-  const std::vector<std::uint32_t> words(65537);
-  for (const auto& [refusal, text] : std::vector<std::pair<Text, Text>>{
-           {c.Refusal("SetEventConfig", events), "The record is too large."}, {c.Refusal("SetPowerCalibrationByEngine", words, 0), "The power calibration has too many values."},
-           {c.Refusal("TransmitEnhancedCommand", 0, 1, words, 1U), "There are too many commands."}, {c.Refusal("GetHeadCorrectionHash", 0, 0), "The file 'head0Correction.kc7' is too large."},
-           {c.Refusal("StorePowerCorrection"), "The power correction is too large."}, {c.Refusal("GetPowerCorrection"), "The power correction is too large."}})
-    EXPECT_EQ(refusal, text);
-  c.Lists.Set(1, variables, false, -1), c.Lists.Execute(1);
+  for (std::uint32_t i = 0; i < 65536; ++i) variables.Append(static_cast<std::int32_t>(*CodeOf("IVS")), i, 1);
+  c.Lists.Set(1, variables, false, -1);
+  c.Lists.Execute(1);
   EXPECT_EQ(c.EventsUpTo("idle"), (Events{"done 1", "idle 1"}));
-  EXPECT_EQ(c.Run("IVS U32:65535 2 IC U32:0 BVS U32:65536 true SIS U32:65536 IC U32:65536"), (Events{"error List 7, command 4 (IC): There are too many variables.", "idle 7"}));
+  EXPECT_EQ(c.Run("IVS U32:65535 2 IC U32:0 BVS U32:65536 true SIS U32:65536 IC U32:65536"),
+            (Events{"error List 7, command 4 (IC): There are too many variables.", "idle 7"}));
 }
 
 TEST(VirtualCardState, HasRoomForSoManyListsOnly) {
@@ -234,7 +315,6 @@ TEST(VirtualCardState, HasRoomForSoManyListsOnly) {
   for (const int id : {1, 2}) EXPECT_EQ(c.Refusal("StoreList", id), "no failure");
   EXPECT_LT(fs::file_size(first), 100U);
 }
-// clang-format on
 
 }  // namespace
 }  // namespace VELTRO::KELVO::Test

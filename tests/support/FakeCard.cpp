@@ -1,6 +1,7 @@
 #include "support/FakeCard.h"
 
 #include <arpa/inet.h>
+#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -52,7 +53,14 @@ bool Peer::Fill(std::size_t count) {
     const ssize_t got = recv(socket_, bytes, sizeof bytes, 0);
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) return false;
-    received_.append(bytes, static_cast<std::size_t>(got));
+    const auto more = static_cast<std::size_t>(got);
+    if (more > left_) {
+      ADD_FAILURE() << "The library has sent more to a fake card than the card takes.";
+      Close();
+      return false;
+    }
+    left_ -= more;
+    received_.append(bytes, more);
   }
   return true;
 }
@@ -94,7 +102,7 @@ void Peer::WaitForEnd() {
   while (poll(&entry, 1, -1) < 0 && errno == EINTR) continue;
 }
 
-FakeCard::FakeCard(Script script) : script_(std::move(script)) {
+FakeCard::FakeCard(Script script, std::size_t mostBytes) : script_(std::move(script)), mostBytes_(mostBytes) {
   listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address{};
   address.sin_family = AF_INET;
@@ -128,7 +136,7 @@ void FakeCard::Accept() {
     const int on = 1;
     setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     const std::lock_guard lock(mutex_);
-    Peer& peer = peers_.emplace_back(socket);
+    Peer& peer = peers_.emplace_back(socket, mostBytes_);
     threads_.emplace_back([this, &peer] {
       script_(peer);
       peer.Close();

@@ -46,7 +46,11 @@ std::string Notification(std::int32_t kind, std::int32_t value);
 // One connection, seen from the card; or from a client that cares for bytes only.
 class Peer {
  public:
-  explicit Peer(int socket) : socket_(socket) {}
+  // With more than so many bytes of requests the test fails and the connection ends: whatever a wrong upload sends,
+  // the test does not keep it all.
+  static constexpr std::size_t MostBytes = std::size_t{64} << 20;
+
+  explicit Peer(int socket, std::size_t mostBytes = MostBytes) : socket_(socket), left_(mostBytes) {}
   ~Peer();
   Peer(const Peer&) = delete;
   Peer& operator=(const Peer&) = delete;
@@ -68,6 +72,7 @@ class Peer {
 
  private:
   std::atomic<int> socket_;
+  std::size_t left_;  // so many bytes may still come
   std::string received_;
 };
 
@@ -75,8 +80,8 @@ class FakeCard {
  public:
   using Script = std::function<void(Peer&)>;
 
-  // Runs `script` for each connection, on a thread of its own.
-  explicit FakeCard(Script script);
+  // Runs `script` for each connection, on a thread of its own. A test that sends it more says so.
+  explicit FakeCard(Script script, std::size_t mostBytes = Peer::MostBytes);
   ~FakeCard();
   FakeCard(const FakeCard&) = delete;
   FakeCard& operator=(const FakeCard&) = delete;
@@ -92,6 +97,7 @@ class FakeCard {
   void Accept();
 
   const Script script_;
+  const std::size_t mostBytes_;
   int listener_ = -1;
   int port_ = 0;
   std::atomic<bool> stopping_{false};

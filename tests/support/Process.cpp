@@ -35,12 +35,6 @@ std::size_t ResidentBytes() {
   return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
-std::string LastError() {
-  std::vector<char> text(static_cast<std::size_t>(vlGetLastErrorLen()));
-  vlGetLastError(text.data(), static_cast<int>(text.size()));
-  return text.data();
-}
-
 void Together(std::uint32_t count, const std::function<void(std::uint32_t)>& f) {
   std::vector<std::jthread> threads;
   for (std::uint32_t i = 0; i < count; ++i) threads.emplace_back([&f, i] { f(i); });

@@ -5,9 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <string>
 
-#include "kelvo/kelvo.h"
+#include "support/Calls.h"
 
 namespace VELTRO::KELVO::Test {
 
@@ -28,9 +27,6 @@ std::size_t OpenDescriptors();
 std::size_t Threads();
 std::size_t ResidentBytes();
 
-// The calling thread's last error, which it clears.
-std::string LastError();
-
 // Runs f(0) to f(count - 1) at once.
 void Together(std::uint32_t count, const std::function<void(std::uint32_t)>& f);
 
@@ -43,21 +39,6 @@ class Stopwatch {
 
  private:
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-};
-
-// A connection that is made when it is declared and ended with it; the handle is -1 when it failed.
-class Connection {
- public:
-  explicit Connection(int port) : handle_(vlConnect("127.0.0.1", port)) {}
-  ~Connection() {
-    if (handle_ > 0) vlDisconnect(handle_);
-  }
-  Connection(const Connection&) = delete;
-  Connection& operator=(const Connection&) = delete;
-  operator std::int32_t() const { return handle_; }
-
- private:
-  std::int32_t handle_;
 };
 
 }  // namespace VELTRO::KELVO::Test

@@ -1,0 +1,137 @@
+// Lists and their labels: how they are numbered, filled, taken from text and released.
+#include <thread>
+
+#include "ext/UploadCard.h"
+#include "support/FailingMemory.h"
+#include "support/Process.h"
+
+namespace VELTRO::KELVO::Test {
+namespace {
+
+TEST(Lists, AreNumberedAndNeverNumberedAgain) {
+  FakeCard card(FakeCard::Obliging());
+  Connection connection(card.Port());
+  const std::int64_t first = vlListAllocate(connection);
+  EXPECT_EQ(first >> 32, connection);
+  EXPECT_OK(vlListReleaseHandle(first));
+  const std::int64_t second = vlListAllocate(connection);
+  EXPECT_EQ(second, first + 1);
+  EXPECT_OK(vlListDeleteHandle(second));
+  EXPECT_EQ(vlListDeleteHandle(second), -1);
+  EXPECT_OK(vlListReleaseHandle(second));
+}
+
+TEST(Lists, MayBeReleasedWhileOthersAppend) {
+  FakeCard card(FakeCard::Obliging());
+  Connection connection(card.Port());
+  for (int round = 0; round < 50; ++round) {
+    const std::int64_t list = vlListAllocate(connection);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 2; ++i) {
+      threads.emplace_back([list] {
+        while (vlListAppendMarkAbs2D(list, 1, 2) == 0) continue;
+        EXPECT_EQ(LastError(), "List does not exist.");
+      });
+    }
+    while (vlListCommandCount(list) < 1000) std::this_thread::yield();
+    EXPECT_OK(vlListReleaseHandle(list));
+    for (std::thread& thread : threads) thread.join();
+  }
+}
+
+TEST(Lists, KeepTheirLoops) {
+  FakeCard card(FakeCard::Obliging());
+  Connection connection(card.Port());
+  const std::int64_t list = vlListAllocate(connection);
+  EXPECT_FAILS(vlListAppendLoopBreak(list), "No loop opened!");
+  EXPECT_OK(vlListAppendLoopStart(list, 3));
+  EXPECT_OK(vlListAppendLoopBreak(list));
+  EXPECT_FAILS(vlListSet(connection, 1, list, false, -1), "There are open loops inside the list!");
+  EXPECT_OK(vlListAppendLoopEnd(list));
+  EXPECT_OK(vlListSet(connection, 1, list, false, -1));
+  EXPECT_EQ(vlListCommandCount(list), 3);
+  EXPECT_OK(vlListClear(list));
+  EXPECT_EQ(vlListCommandCount(list), 0);
+}
+
+TEST(Lists, AreAppendedToByManyThreads) {
+  constexpr std::uint32_t Marks = 20000;
+  FakeCard card(FakeCard::Obliging());
+  Connection connection(card.Port());
+  std::vector<std::int64_t> own(16);
+  for (std::int64_t& list : own) list = vlListAllocate(connection);
+  const std::int64_t common = vlListAllocate(connection);
+  Together(16, [&](std::uint32_t thread) {
+    for (std::uint32_t i = 0; i < Marks; ++i) {
+      vlListAppendMarkAbs2D(own[thread], thread, i);
+      if (thread % 4 == 0) vlListAppendMarkAbs2D(common, thread, thread);
+    }
+  });
+  const auto mark = [](std::uint32_t x, std::uint32_t y) {
+    return "{ MA, P2D[ X=" + std::to_string(x) + " Y=" + std::to_string(y) + " ] }";
+  };
+  for (std::uint32_t thread = 0; thread < own.size(); ++thread) {
+    std::string expected;
+    for (std::uint32_t i = 0; i < Marks; ++i) expected.append(i == 0 ? "[ " : ", ").append(mark(thread, i));
+    EXPECT_EQ(TextOf(own[thread]), expected + " ]");
+  }
+  std::string left = TextOf(common);
+  for (std::uint32_t thread = 0; thread < own.size(); thread += 4) {
+    std::size_t count = 0;
+    for (std::size_t at = 0; (at = left.find(mark(thread, thread), at)) != std::string::npos; ++at) ++count;
+    EXPECT_EQ(count, Marks);
+  }
+  EXPECT_EQ(vlListCommandCount(common), 4 * Marks);
+}
+
+TEST(Labels, StandForPositionsOnceAListIsSet) {
+  UploadCard card;
+  const std::int64_t list = vlListAllocate(card.Handle);
+  const auto set = [&] { return Outcome(vlListSet(card.Handle, 1, list, false, -1)); };
+  EXPECT_OK(vlListAppendBranchToLabel(list, "end"));
+  EXPECT_OK(vlListAppendCaseToLabelValue(list, "begin", 7));
+  EXPECT_EQ(set(), "Label 'begin' not defined (referenced from '1048945' at 1).");
+  EXPECT_OK(vlListAppendLabel(list, "begin"));
+  EXPECT_OK(vlListAppendLaserOff(list));
+  EXPECT_FAILS(vlListAppendLabel(list, "begin"), "Label 'begin' is already defined.");
+  EXPECT_EQ(set(), "Label 'end' not defined (referenced from '1048849' at 0).");
+  EXPECT_OK(vlListAppendLabel(list, "end"));
+  EXPECT_EQ(set(), "0");
+  EXPECT_EQ(card.Wire, std::vector<std::string>{"100111:010000052203000000"});
+  EXPECT_EQ(TextOf(list), "[ { BA, I32[ 3 ] }, { CASGA, I32[ 2 ], I32[ 7 ] }, { LOF } ]")
+      << "the list itself";
+}
+
+TEST(Labels, DoNotComeAlongWhenAListIsAppended) {
+  UploadCard card;
+  const std::int64_t list = vlListAllocate(card.Handle), copy = vlListAllocate(card.Handle);
+  EXPECT_OK(vlListAppendProgress(list, 7));
+  EXPECT_OK(vlListAppendLabel(list, "end"));
+  EXPECT_OK(vlListAppendList(copy, list));
+  EXPECT_OK(vlListAppendLabel(copy, "end"));
+  EXPECT_OK(vlListAppendList(copy, copy)) << "itself";
+  EXPECT_EQ(TextOf(copy), "[ { PI, I32[ 7 ] }, { PI, I32[ 7 ] } ]");
+}
+
+TEST(Lists, AreNotMadeFromTextThatIsNone) {
+  FakeCard card(FakeCard::Obliging());
+  const Connection connection(card.Port());
+  const std::int64_t first = vlListAllocateFromString(connection, "[{LOF}]");
+  for (const char* text : {"", "[ { MA, P2D[ X=1 ] } ]", "[ { MA, P2D[ X=1 Y=2 ] } x ]"}) {
+    EXPECT_FAILS(vlListAllocateFromString(connection, text), "Illegal list content!");
+  }
+  std::string large = "{NO,ByteArr[";
+  for (int i = 0; i < 921600; ++i) large += "1 ";
+  EXPECT_FAILS(vlListAllocateFromString(connection, (large + "]}").c_str()),
+               "Command exceeds the maximum allowed command size of 921600 . Please split into several "
+               "commands.");
+  {
+    const FailingMemory once(0, 1);
+    EXPECT_EQ(vlListAllocateFromString(connection, "{LOF}"), -1);
+  }
+  EXPECT_EQ(LastError(), "std::bad_alloc");
+  EXPECT_EQ(vlListAllocate(connection), first + 1) << "something half-made has taken a number";
+}
+
+}  // namespace
+}  // namespace VELTRO::KELVO::Test
