@@ -273,6 +273,19 @@ TEST(Lists, MayBeReleasedWhileOthersAppend) {
   }
 }
 
+TEST(Lists, AreForgottenByWhoeverUsedThemLast) {
+  FakeCard card(FakeCard::Obliging());
+  const std::int32_t connection = vlConnect("127.0.0.1", card.Port());
+  const std::int64_t released = vlListAllocate(connection);
+  EXPECT_EQ(vlListAppendMarkAbs2D(released, 1, 2) + vlListReleaseHandle(released), 0);
+  EXPECT_EQ(vlListAppendMarkAbs2D(released, 1, 2), -1);
+  EXPECT_EQ(LastError(), "List does not exist.");
+  const std::int64_t left = vlListAllocate(connection);
+  EXPECT_EQ(vlListAppendMarkAbs2D(left, 1, 2) + vlDisconnect(connection), 0);
+  EXPECT_EQ(vlListAppendMarkAbs2D(left, 1, 2), -1);
+  EXPECT_EQ(LastError(), "There is no connection corresponding to this handle.");
+}
+
 TEST(Lists, KeepTheirLoops) {
   FakeCard card(FakeCard::Obliging());
   Connection connection(card.Port());
