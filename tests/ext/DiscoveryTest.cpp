@@ -261,10 +261,15 @@ TEST_F(Discovery, ConnectsToWhereACardIsByNow) {
 
 TEST_F(Discovery, CardsTellTheAddressThatIsNearestToTheSearcher) {
   // 2 has the most leading bits in common with 11, the most trailing ones with 130, and is in no network with 10.1.1.1.
-  Host network("192.168.77.2/24");
-  CardHost card(network, "card", "10.1.1.1/24 192.168.77.130/24 192.168.77.11/24 192.168.77.66/24", {"--ssdp", "--serial", "7"});
-  const Inside inside(network.Space());
-  EXPECT_EQ(Found(&vlDiscover), "7 192.168.77.11, ");
+  Host network("192.168.77.1/24");
+  CardHost card(network, "card", "10.1.1.1/24 192.168.77.130/24 192.168.77.11/24 192.168.77.66/24", {"--ssdp"});
+  Host searcher(network, "searcher", "192.168.77.2/24");
+  const Inside inside(searcher.Space());
+  GroupSocket socket(AF_INET, 2909);
+  socket.Peer = GroupSocket::Group(AF_INET, 1909);
+  socket.Send("M-SEARCH * HTTP/1.1\r\nMAN:\"ssdp:discover\"\r\nST: " + std::string(Target) + "\r\n\r\n");
+  const std::string answer = socket.Receive(5000);
+  EXPECT_NE(answer.find("\r\nLOCATION: http://192.168.77.11:"), std::string::npos) << answer;
 }
 
 TEST_F(Discovery, PingsTheAddressesThatSerialNumbersPredict) {
