@@ -9,8 +9,8 @@
 #include <optional>
 #include <string>
 
-#include "Log.h"
 #include "Options.h"
+#include "base/Log.h"
 #include "card/Card.h"
 #include "client/CardInfo.h"
 #include "console/StandardInput.h"
@@ -65,7 +65,7 @@ void Serve(const Options& options, const sigset_t& stopSignals) {
   Server server(address, options.Port,
                 {options.Connections, options.Memory, {options.Queue, options.Verbose}});
   Card card({{options.Firmware, options.Serial, static_cast<std::uint32_t>(options.Connections)},
-             {options.Speed, {options.SvgFile, options.Beam, options.DrawAllRuns}, options.StandaloneList},
+             {{options.Speed, options.StandaloneList}, {options.SvgFile, options.Beam, options.DrawAllRuns}},
              options.StateDirectory,
              options.Memory},
             server);

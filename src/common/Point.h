@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -21,6 +22,9 @@ struct Point {
 
   friend bool operator==(const Point&, const Point&) = default;
 };
+
+// What the coordinates are called in texts.
+inline constexpr std::string_view CoordinateNames = "XYZM";
 
 using Point2D = Point<2, double>;
 using Point3D = Point<3, double>;

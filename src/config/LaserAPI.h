@@ -14,7 +14,7 @@ class LaserAPI : public RecordAPI<LaserConfig> {
  public:
   using Calibration = std::vector<std::uint32_t>;
 
-  explicit LaserAPI(RpcCaller& caller) : RecordAPI(caller, "LaserConfig") {}
+  using RecordAPI::RecordAPI;
 
   void LaserOn() { caller_.Call("LaserOn"); }
   void LaserOff() { caller_.Call("LaserOff"); }

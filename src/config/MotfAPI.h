@@ -10,7 +10,7 @@ namespace VELTRO::KELVO::ClientLib {
 
 class MotfAPI : public RecordAPI<MotfConfig> {
  public:
-  explicit MotfAPI(RpcCaller& caller) : RecordAPI(caller, "MotfConfig") {}
+  using RecordAPI::RecordAPI;
 
   void ResetState() { caller_.Call("ResetMotfState"); }
   double GetFactor1xSpeed() { return caller_.Call<double>("GetFactor1xSpeed"); }

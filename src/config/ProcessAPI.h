@@ -9,7 +9,7 @@ namespace VELTRO::KELVO::ClientLib {
 
 class ProcessAPI : public RecordAPI<ProcessVariables> {
  public:
-  explicit ProcessAPI(RpcCaller& caller) : RecordAPI(caller, "Variables") {}
+  using RecordAPI::RecordAPI;
 
   ProcessVariables GetVariables() { return GetConfig(); }
   void SetVariables(const ProcessVariables& variables) { SetConfig(variables); }

@@ -10,7 +10,7 @@ namespace VELTRO::KELVO::ClientLib {
 
 class QuadratureDecoderAPI : public RecordAPI<QuadratureDecoderConfig> {
  public:
-  explicit QuadratureDecoderAPI(RpcCaller& caller) : RecordAPI(caller, "QuadratureDecoderConfig") {}
+  using RecordAPI::RecordAPI;
 
   void ResetEncoderPosition(int module) { caller_.Call("ResetEncoderPosition", module); }
   std::int32_t ReadEncoderPosition(int module) {

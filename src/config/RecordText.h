@@ -61,9 +61,8 @@ class RecordText {
   }
   template <std::size_t N>
   void Value(const Point<N, double>& point) {
-    constexpr std::string_view Names = "XYZM";
     RecordText coordinates;
-    for (std::size_t i = 0; i < N; ++i) coordinates.Field(Names.substr(i, 1), point.Coordinates[i]);
+    for (std::size_t i = 0; i < N; ++i) coordinates.Field(CoordinateNames.substr(i, 1), point.Coordinates[i]);
     text_.append("{ ").append(coordinates.Take()).append(" }");
   }
   void Value(const Transform3D& transform);
@@ -115,8 +114,8 @@ requires((HasFields<T> && !IsRecord<T>) || std::is_same_v<T, Point3D>) std::stri
   return RecordText::Of(value);
 }
 
-template <class Derived, std::int32_t Version>
-std::string Record<Derived, Version>::ToString() const {
+template <class Derived>
+std::string Record<Derived>::ToString() const {
   RecordText text;
   WriteFields(static_cast<const Derived&>(*this), text);
   text.Field("ConfigVersion", ConfigVersion);

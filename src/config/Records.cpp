@@ -10,17 +10,17 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-template class Record<LaserConfig, 8>;
-template class Record<SkyWritingSettings, 4>;
-template class Record<WobbleSettings, 1>;
-template class Record<ProcessVariables, 18>;
-template class Record<MotfSource, 2>;
-template class Record<MotfConfig, 9>;
-template class Record<QuadratureDecoderModule, 4>;
-template class Record<QuadratureDecoderConfig, 4>;
-template class Record<ScanHeadConfig, 10>;
-template class Record<ScannerConfig, 12>;
-template class Record<ScannerMonitoringConfig, 2>;
-template class Record<SystemConfig, 5>;
+template class Record<LaserConfig>;
+template class Record<SkyWritingSettings>;
+template class Record<WobbleSettings>;
+template class Record<ProcessVariables>;
+template class Record<MotfSource>;
+template class Record<MotfConfig>;
+template class Record<QuadratureDecoderModule>;
+template class Record<QuadratureDecoderConfig>;
+template class Record<ScanHeadConfig>;
+template class Record<ScannerConfig>;
+template class Record<ScannerMonitoringConfig>;
+template class Record<SystemConfig>;
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -14,13 +14,14 @@ namespace VELTRO::KELVO::ClientLib {
 // Of each head the positions of its axes, in the order of their indices in the head format.
 struct ScannerPositions {
   static constexpr const char* Name = "ScannerPositions";
+  static constexpr std::string_view WireName = "positions";
 
   KELVO_FIELDS((std::vector<std::vector<double>>, Heads, {}))
 };
 
 class ScannerAPI : public RecordAPI<ScannerConfig> {
  public:
-  explicit ScannerAPI(RpcCaller& caller) : RecordAPI(caller, "ScannerConfig") {}
+  using RecordAPI::RecordAPI;
 
   // Where the heads ought to be.
   Point3D GetNominalPosition() { return caller_.Call<Point3D>("GetNominalPosition"); }

@@ -14,7 +14,7 @@ namespace VELTRO::KELVO::ClientLib {
 
 class SystemAPI : public RecordAPI<SystemConfig> {
  public:
-  explicit SystemAPI(RpcCaller& caller) : RecordAPI(caller, "SystemConfig") {}
+  using RecordAPI::RecordAPI;
 
   void ResetToDefaults() { caller_.Call("ResetToDefaults"); }
   std::string GetCardSerialNumber() { return caller_.Call<std::string>("GetCardSerialNumber"); }

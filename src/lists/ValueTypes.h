@@ -32,9 +32,6 @@ inline constexpr bool HasText = true;
 template <class T>
 inline constexpr bool HasText<std::span<const Point<4, T>>> = false;
 
-// What the coordinates of a point are called in its text.
-inline constexpr std::string_view CoordinateNames = "XYZM";
-
 // The acronym of a type byte; empty for an unknown one.
 constexpr std::string_view AcronymOf(std::uint8_t type) {
 #define KELVO_ACRONYM_CASE(name, acronym, byte) \

@@ -8,7 +8,7 @@ namespace VELTRO::KELVO::ClientLib {
 
 class EventAPI : public RecordAPI<EventConfig> {
  public:
-  explicit EventAPI(RpcCaller& caller) : RecordAPI(caller, "EventConfig") {}
+  using RecordAPI::RecordAPI;
 };
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -15,7 +15,7 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-template class Record<OpticalParameters, 7>;
+template class Record<OpticalParameters>;
 
 namespace {
 

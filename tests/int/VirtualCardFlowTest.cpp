@@ -1,11 +1,11 @@
 // Where a run goes on the virtual card: branches, calls, switches, waits, glyphs. Progress values mark the way.
 #include <thread>
 
-#include "execution/AbortSignal.h"
 #include "int/CardClient.h"
 #include "lists/ListStatus.h"
 #include "services/Font.h"
 #include "support/Process.h"
+#include "surroundings/AbortSignal.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -57,6 +57,12 @@ TEST(VirtualCardFlow, GoesWhereItsCommandsLead) {
       {"SWI 3 true U32:18 CASCL 8 18 CASCL 9 9 CASCL 8 9 DEFCL 8 PI 1", "80 1 done"},
       {"SWI 3 false U32:16 CASGR 2 16 PI 1 SWIV 0 @ CASGA 7 16 DEFGA 7 PI 2 PI 3", "3 done"},
       {"IVS @ -1 IC @ IC @ SWIV 0 @ CASBL 8 1 PI 1", "80 done"},
+      {"IVS @ 2147483647 IC @ SWIV 0 @ CASCL 8 -2147483648", "80 done"},
+      // A boolean, an integer and a signal of one name.
+      {"IVS @ 1 SIS @ BRCF 2 @ true PI 1 BVS @ true SIR @ SWIV 0 @ CASCL 8 1 BRCF 2 @ true PI 2",
+       "1 80 done"},
+      {"SWI 3 true U32:18 DEFGR 2 PI 1 PI 2 DEFBL 8", "2 done"},
+      {"SWI 3 true U32:18 CASCL 9 8 DEFBL 8 PI 1", "80 done"},
       {"SWI 3 true U32:1 CL 15", "!List 15, command 0 (DEFGA): There was no switch before it."},
       // Calls come back, branches to lists do not.
       {"CL 9 CL 10 CL 101 LOS 2 1 CL 8 LOE 1 GTSAL PI 1", "80 80 64 80 80 80 done"},
@@ -66,12 +72,16 @@ TEST(VirtualCardFlow, GoesWhereItsCommandsLead) {
       {"CL 11", "!List 11, command 1 (JS): The speed must be positive and finite."},
       {"CL 12", "!List 12, command 0 (LOS): The loop has no end."},
       // A signal that is set, and time-outs, which take no real time.
-      {"SIS @ WFS @ -1 SIR @ WFS @ 2000000000 WS 2000000000 PI 1", "1 done"},
+      {"SIS @ WFS @ -1 WFS @ -1 SIR @ WFS @ 2000000000 WS 2000000000 PI 1", "1 done"},
   };
   const CardProcess card({"--speed", "max", "--input", "3=0x12", "--standalone-list", "8"});
   Client client(card);
   SetCalledLists(client);
   for (const auto& [list, way] : cases) EXPECT_EQ(Way(client, list), way) << list;
+  // What is set outlives its run, but not the reset that Way begins with.
+  client.Run("BVS U32:1 true");
+  EXPECT_EQ(client.Run("BACF 2 U32:1 true PI 1 PI 2").front(), "progress 2");
+  EXPECT_EQ(Way(client, "BACF 2 U32:1 true PI 1"), "1 done");
 }
 
 TEST(VirtualCardFlow, IsAbortedAtOnceInEveryEndlessListAndWait) {
@@ -93,10 +103,17 @@ TEST(VirtualCardFlow, IsAbortedAtOnceInEveryEndlessListAndWait) {
 TEST(VirtualCardFlow, ObeysStandardInput) {
   CardProcess card({"--speed", "0.001"});  // at which a time-out of a second lasts too long
   Client client(card);
+  for (const Text wait : {"WS -1", "SUS"}) {
+    card.Say("start\nresume\nfly");  // ahead of the run, which forgets them
+    card.ReadLine();
+    client.Run("PI 0 " + wait + " PI 1", "progress");
+    client.Lists.AbortExecution();
+    EXPECT_EQ(client.EventsUpTo("idle"), Events{"idle 7"}) << wait;
+  }
   client.Run(
-      "PI 0 WS 1000000 PI 1 WI U32:6 4 true true U32:2 -1 PI 1 WFS U32:3876335077 -1 PI 1 SUS PI 1 SUS",
+      "PI 0 WS 1000000 PI 1 WI U32:6 4 true true U32:2 -1 PI 1 SUS WFS U32:3876335077 -1 PI 1 SUS PI 1 SUS",
       "progress");
-  for (const Text line : {"start", "input 4 4\ninput 4 0x3", " signal  b \r", "resume"}) {
+  for (const Text line : {"start", "resume\ninput 4 4\ninput 4 0x3", " signal  b \r", "resume"}) {
     card.Say(line);
     EXPECT_EQ(client.EventsUpTo("progress"), Events{"progress 1"}) << line;
   }
@@ -153,9 +170,19 @@ TEST(VirtualCardFlow, MarksCharactersTimesAndCounters) {
   for (const char character : Text("0123456789:-")) {
     font.CharContainer[static_cast<std::uint16_t>(character)] = List("PI " + std::to_string(character));
   }
+  font.CharContainer['x'] = List("NO JS 0.0");
   client.Call("SetFont", font);
-  EXPECT_EQ(Way(client, "SF 3 IVS @ -42 MC -468965076 4 MC -468965076 0"), "45 48 48 52 50 45 52 50 done");
-  EXPECT_EQ(Way(client, "SF 3 MCH 46"), "!List 7, command 1 (MCH): Font 3 has no character 46.");
+  const char* const cases[][2] = {
+      {"SF 3 MCH 45", "45 done"},
+      {"SF 3 IVS @ -42 MC -468965076 4 MC -468965076 0", "45 48 48 52 50 45 52 50 done"},
+      {"SF 3 MCH 46", "!List 7, command 1 (MCH): Font 3 has no character 46."},
+      {"SF 3 MCH 120", "!Font 3, character 120, command 1 (JS): The speed must be positive and finite."},
+      {"SF 4", "!List 7, command 0 (SF): There is no font 4 on the card."},
+      {"MC 1 101", "!List 7, command 0 (MC): The number of digits must be 0 to 100."},
+      {"MCH 45", "!List 7, command 0 (MCH): No font is active."},
+      {"GTSAL", "!List 7, command 0 (GTSAL): The card has no standalone list."},
+  };
+  for (const auto& [list, way] : cases) EXPECT_EQ(Way(client, list), way);
   client.Call("SetFontActive", 3);
   const Text time = Way(client, "MT");
   EXPECT_EQ(time.substr(6, 3) + time.substr(15, 3) + time.substr(24), "58 58 done") << time;

@@ -106,7 +106,7 @@ TEST(VirtualCardMemory, WantOfItEndsCallsAndConnectionsAndNothingElse) {
   const PictureFile picture;
   Server server(IPAddress::Resolve("127.0.0.1"), 0, {30, 1 << 20, {}});
   Card card({{"F", "S", 30},
-             {std::numeric_limits<double>::infinity(), {picture.Name(), 0.1, false}, {}},
+             {{std::numeric_limits<double>::infinity()}, {picture.Name(), 0.1, false}},
              "",
              std::size_t{1} << 20},
             server);

@@ -4,6 +4,7 @@
 #include <functional>
 #include <numbers>
 
+#include "drawing/SvgWriter.h"
 #include "int/CardClient.h"
 
 namespace VELTRO::KELVO::Test {
@@ -137,21 +138,30 @@ TEST(VirtualCardShapes, AreDrawnInTheTimeThatTheyTake) {
       {"DLP F64[2;1] DLE true 0.5 MA 10,0", 10000, 1, "0,0 1.5,0|2.5,0 4.5,0|5.5,0 7.5,0|8.5,0 10,0", " "},
       {"DLP F64[3] DLE true 0.0 MA 2,0 MA 2,2 MA 2,9 JA 5,5 MA 7,5", 13500, 5, "0,0 2,0 2,1|2,4 2,7|5,5 7,5",
        " "},
+      {"DLP F64[3] DLE true 0.0 MA 2,0 DLE true 1.0 MA 6,0", 6000, 2, "0,0 2,0 4,0", " "},
+      {"DLP F64[1] DLE true 0.0 DLP F64[] MA 3,0", 3000, 1, "0,0 3,0", " "},
       {"BMPA 0,0 4,0 U16[9;0;0;5] 0 PWSC 0.0 1 BMP3R 0,0,0 0,2,0 U16[7] 1", 6000, 2, "0,0 1,0|3,0 4,0", " "},
-      {"BMPR 1,0 3,0 U16[5] 0", 100 + 2000, 1, "1,0 3,0", " "},
+      {"JD 50.0 BMPR 1,0 3,0 U16[5] 0", 100 + 50 + 2000, 1, "1,0 3,0", " "},
       {"JS 1e12 JD 10.0 JA 1,1 PASR 0,0 4,0 U16[9;0;9] F64[100;50] 0", 40 + 200, 2, "", "1|5 1|1"},
       {"JS 1e12 PAS3A 1,2,3 1,2,9 U16[1] F64[5;6] 1 PASA 3,4 9,9 U16[1] F64[1] 0", 12, 2, "", "1|1|3 2|2|4"},
-      {"JS 1e12 LY 0.5 JASA F64[1;2;3;4] 5 JAS3A F64[5;6;7] 1 JASA F64[8;8] 0", 22, 3, "", "1|3|5 2|4|6"},
+      {"JS 1e12 JD 3.0 LY 0.5 JASA F64[1;2;3;4] 5 JAS3A F64[5;6;7] 1 JASA F64[8;8] 0", 22 + 12, 3, "",
+       "1|3|5 2|4|6"},
       {"LONP 10 false JR 5,0", 500, 1, "0,0 1,0", " "},
       {"LONP 10 true LONP 10 false SL 50.0", 150, 0, "", "0|0 0|0"},
+      {"LONP 10 false LOF JR 5,0", 500, 1, "", "0 0"},
+      {"LN 400.0 LF -300.0 MA 1,0 LON JR 1,0", 1000 + 100, 2, "0,0 1,0 2,0", " "},
+      {"JR 1,0", 100, 1, "", " "},
       {"LON UV2 P2I[1000,0;1500,500] LOF PV3 P3D[3,3,1]", 30, 2, "0,0 1,0 1.5,0.5", " "},
       {"JA 10,0 SCF 2,0 MR 1,7", 1000 + 2000, 2, "10,0 12,0", " "},
       {"PD 100.0 VPD true MA 1,0 MA 2,0 MA 2,1 MA 2,0", 4150, 4, "0,0 1,0 2,0 2,1 2,0", " "},
       {"JD 100.0 JDM 20.0 JLL 10.0 VJD true JA 5,0 JA 25,0", 560 + 2100, 2, "", " "},
       {"SKMMEMCH nan SKWM 2 SKET 10.0 SKAD 3.0 SKDD 4.0 SKMCH 0.5 MA 1,0 MA 2,0 MA 2,1", 13 + 27 + 14 + 3000,
        3, "0,0 1,0 2,0 2,1", " "},
+      {"SKWM 1 SKET 10.0 SKAD 3.0 SKDD 4.0 PD 7.0 MA 1,0 MA 1,1 JA 1,2", 13 + 1000 + 7 + 1000 + 14 + 100, 3,
+       "0,0 1,0 1,1", " "},
+      {"SKET 10.0 SKAD 3.0 SKDD 4.0 MA 1,0", 1000, 1, "0,0 1,0", " "},
       {"SPSC 2.0 MA 1,0 JA 2,0 MAGS 0.01 SPMA 2.0 false SPMR 1.0 true", 500 + 50 + 100, 2, "0,0 1,0", " "},
-      {"PTC 1 U32:1 U32:2 U32:3 STX Byte[1;2] HBS 1 1 F64[0.5] MFSTP 1,0", 100, 1, "", " "},
+      {"MFSTP 1,0 MFSTP3 1,0,5", 100 + 500, 2, "", " "},
   };
   const PictureFile picture;
   const CardProcess card({"--speed", "max", "--svg", picture.Name()});
@@ -186,6 +196,19 @@ TEST(VirtualCardShapes, AreRefusedWhenTheyMakeNoSense) {
       {"2 (MA): The wobble is too fast for a mark of this duration.", "WOBF 1e9,1 WOBE true MA 1,0"},
       {"0 (TRA): A transformation has 9 factors and 3 shifts.", "TRA F64[1] F64[1]"},
       {"0 (SKWM): There is no sky-writing mode 3.", "SKWM 3"},
+      {"0 (SPSC): The scale of the speeds must be positive and finite.", "SPSC 0.0"},
+      {"0 (LY): The frequency must be positive and finite.", "LY 0.0"},
+      {"0 (SPMA): The magnification must be positive and finite.", "SPMA 0.0 false"},
+      {"0 (JD): The delay must be finite and not negative.", "JD -1.0"},
+      {"0 (LN): The delay must be finite.", "LN nan"},
+      {"0 (SKMCH): The cosine must be finite.", "SKMCH nan"},
+      {"0 (WOBA): The wobble must be finite.", "WOBA nan,0"},
+      {"0 (PASA): The exposure time must be finite and not negative.", "PASA 0,0 1,0 U16[1] F64[-1] 0"},
+      {"0 (PWRC): The length of the ramp must be finite and not negative.", "PWRC U16:1 -1.0 0"},
+      {"0 (PWSC): The scale of the power must be finite and not negative.", "PWSC -1.0 0"},
+      {"0 (LW): The width must be finite and not negative.", "LW -1.0"},
+      {"0 (JLL): The length must be finite and not negative.", "JLL -1.0"},
+      {"0 (DLP): The length of a dash must be finite and not negative.", "DLP F64[-1;2]"},
   };
   const CardProcess card({"--speed", "max"});
   Client client(card);
@@ -193,6 +216,19 @@ TEST(VirtualCardShapes, AreRefusedWhenTheyMakeNoSense) {
     client.Run("JA 0,0");
     EXPECT_EQ(client.Run(list), (Events{Text("error List 7, command ") + error, "idle 7"}));
   }
+}
+
+TEST(VirtualCardPicture, KeepsTheFirstOfTooMany) {
+  const PictureFile picture;
+  VirtualCard::Drawing drawing;
+  for (std::size_t i = 0; i < VirtualCard::Drawing::MostSegments; ++i) {
+    drawing.AddSegment(VirtualCard::Drawing::Kind::Mark, {}, {});
+  }
+  EXPECT_FALSE(drawing.IsCut());
+  drawing.AddDot({});
+  EXPECT_TRUE(drawing.GetDots().empty());
+  WriteSvg(drawing, 1, picture.Name());
+  EXPECT_NE(picture.Content().find("<!-- Cut: only the first 2000000 segments are drawn. -->"), Text::npos);
 }
 
 TEST(VirtualCardShapes, AreAbortedInTheMiddle) {

@@ -1,4 +1,7 @@
 // The virtual card as a program of its own, spoken to over real sockets.
+#include "config/LaserConfig.h"
+#include "config/ScannerAPI.h"
+#include "config/SystemConfig.h"
 #include "int/CardClient.h"
 #include "lists/ListStatus.h"
 #include "services/Font.h"
@@ -26,12 +29,22 @@ TEST(VirtualCardRun, TakesTheTimeThatItsCommandsTake) {
       {"marks kept together", 2 * 500 + 7 + 30, 2, 100, set + "MR 1,0 PI 1 NO LOS 1 1 MR 1,0 LOE 1"},
       {"a sleep ends marks", 2 * 500 + 2 * 30 + 1000, 2, 100, set + "MR 1,0 SL 1000.0 MR 1,0"},
       {"laser-off delay beyond the mark delay; laser-on delay", 590, 1, 50, set + "LN 40.0 LF 90.0 MR 1,0"},
+      {"delays that take no time", 530, 1, 50, set + "LN 40.0 LF -90.0 MR 1,0"},
+      {"the laser switched ends marks", 2 * 500 + 2 * 30, 2, 100, set + "MR 1,0 LON LOF MR 1,0"},
+      {"a wait ends marks", 2 * 500 + 2 * 30 + 10, 2, 100, set + "MR 1,0 WFS U32:1 10 MR 1,0"},
+      {"delays of the moment", 2 * 500 + 9 + 80, 2, 100, set + "MR 1,0 PD 9.0 MR 1,0 MD 80.0"},
       {"laser on before the first mark", 40 + 500 + 7 + 500 + 30, 2, 100, set + "LN -40.0 MR 1,0 MR 1,0"},
       {"laser switched on", 500 + 30 + 150, 2, 55, set + "LN -40.0 LF 90.0 LON MR 1,0 JR 1,0 LOF"},
       {"nested loops", 3 * (1 + 2 * 10), 0, 0, "LOS 3 1 SL 1.0 LOS 2 2 SL 10.0 LOE 2 LOE 1"},
       {"no passes", 5, 0, 0, "LOS 0 1 LOS 2 2 SL 99.0 LOE 2 LOE 1 LOS -1 1 SL 99.0 LOE 1 SL 5.0"},
       {"a break", 2 * (1 + 10), 0, 0, "LOS 2 1 SL 1.0 LOS 1000000 2 SL 10.0 LOB SL 99.0 LOE 2 LOE 1"},
       {"deep loops", 1, 0, 0, deep},
+      {"without effect", 0, 0, 0,
+       "PWR U16:1 1 PWRC U16:1 5.0 0 SPR U16:1 LW 1.0 PIL true ARM true VDP true 0 PDP true 0 PCA true 0 "
+       "HBS 1 1 F64[0.5] FSCT 0 1 SKLON 1.0 SKLOF -1.0 SKMMEMCH nan ELT 5.0 MFSTR MFTOF 1.0 MFWP 1 MFWD 1.0 "
+       "1 1 "
+       "PEC 1 U32:1 U32:1 PPT U32:1 U32:1 U32:1 PDA 1 U32:1 PTC 1 U32:1 U32:1 U32:1 PTL 1 PSP 1 U32:1 "
+       "STX Byte[1] STXL Byte[1] SVR Byte[1] Byte[2] SVRL Byte[1] Byte[2] NO"},
   };
   const CardProcess card({"--speed", "max"});
   Client client(card);
@@ -131,6 +144,8 @@ TEST(VirtualCardLists, ComeBackAsTheyWereSent) {
 TEST(VirtualCardCalls, AreRefusedWithWordsThatHelp) {
   const CardProcess card;
   Client c(card);
+  ClientLib::SystemConfig zone;
+  zone.TimeZone = "Mars";
   const std::pair<Text, const char*> cases[] = {
       {c.Refusal("Fly", 1), "Unknown method 'Fly'."},
       {c.Refusal("GetList"), "Method 'GetList' takes 1 arguments, 0 were given."},
@@ -138,10 +153,93 @@ TEST(VirtualCardCalls, AreRefusedWithWordsThatHelp) {
       {c.Refusal("SetList", 1, Text("7"), false), "Method 'SetList': argument 2 is of the wrong type."},
       {c.Refusal("SetList", 1, CommandList(), 0), "Method 'SetList': argument 3 is of the wrong type."},
       {c.Refusal("ExecuteList", 7), "There is no list 7 on the card."},
+      {c.Refusal("GetList", 7), "There is no list 7 on the card."},
+      {c.Refusal("StoreList", 7), "There is no list 7 on the card."},
+      {c.Refusal("LoadList", 7), "There is no stored list 7 on the card."},
+      {c.Refusal("DeleteFont", 3), "There is no font 3 on the card."},
+      {c.Refusal("StoreFont", 3), "There is no font 3 on the card."},
+      {c.Refusal("SetFontActive", 3), "There is no font 3 on the card."},
+      {c.Refusal("LoadFont", 3), "There is no stored font 3 on the card."},
+      {c.Refusal("EndUpdate"), "No update is active."},
+      {c.Refusal("SetSystemConfig", zone), "There is no time zone 'Mars'."},
+      {c.Refusal("GetPowerScaleByTarget", 7), "There is no power target 7."},
+      {c.Refusal("CreatePowerCalibrationByEngine", 2), "There is no laser engine 2."},
+      {c.Refusal("GetHeadBias", 1), "There is no scan head 1."},
+      {c.Refusal("ReceiveEnhancedCommand", 0, 64, 9U), "There are no axes 64."},
+      {c.Refusal("SetHeadBias", 0, 3, std::vector{0.5}), "The number of values is not that of the axes."},
+      {c.Refusal("ReadEncoderPosition", 2), "There is no decoder module 2."},
       {c.Refusal("DeleteList", -7, false), "There is no list -7 on the card."},
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(text, expected);
   EXPECT_TRUE(c.Lists.GetStoredListIDs().empty());
+}
+
+TEST(VirtualCardCalls, AreAnsweredForWhatTheCardDoesNotHave) {
+  const TemporaryDirectory state;
+  std::ofstream(state.Path + "/LaserConfig") << "damaged";
+  const CardProcess card({"--speed", "max", "--state", state.Path});
+  Client c(card);
+  const auto get = [&](const char* method, const auto&... arguments) {
+    return c.Call<double>(method, arguments...);
+  };
+  EXPECT_EQ(get("GetOperatingState"), 1);
+  EXPECT_EQ(get("ReadLaserStatus"), 0);
+  EXPECT_EQ(get("GetPowerScaleByTarget", 1), 1);
+  EXPECT_EQ(get("GetFactor1xSpeed"), 1);
+  c.Run("J3A 1,2,3");
+  const auto positions = c.Call<ClientLib::ScannerPositions>("ReadPositions").Heads;
+  c.Run("J3A 4,5,6");
+  for (const char* method : {"ResetOperatingState", "LaserOn", "LaserOff", "ResetMotfState"}) c.Call(method);
+  for (const char* method : {"EnablePilot", "ArmLaser"}) c.Call(method, true);
+  for (const int target : {1, 12}) c.Call("SetPowerScaleByTarget", target, target + 0.5);
+  c.Call("SetFactor1xSpeed", 2.5);
+  const std::pair<double, double> numbers[] = {{get("GetOperatingState"), 0},
+                                               {get("ReadLaserStatus"), 3},
+                                               {get("GetPowerScaleByTarget", 1), 1.5},
+                                               {get("GetFactor1xSpeed"), 2.5},
+                                               {get("GetPendingParts"), 0},
+                                               {get("ReadEncoderPosition", 1), 0},
+                                               {positions.at(0).at(1), 2},
+                                               {c.Call<Point3D>("GetNominalPosition").Z(), 6}};
+  for (const auto& [number, expected] : numbers)
+    EXPECT_EQ(number, expected) << &expected - &numbers[0].second;
+  EXPECT_EQ(c.Call<ClientLib::ScannerPositions>("ReadLastPositions").Heads, positions);
+  EXPECT_EQ(c.Call<Text>("GetFpgaVersion") + c.Call<Text>("GetOSVersion"), "Virtual FPGA 1.0Virtual OS 1.0");
+  using Words = std::vector<std::uint32_t>;
+  EXPECT_EQ(c.Call<Words>("GetPowerCalibrationByEngine", 1), Words());
+  c.Call("CreatePowerCalibrationByEngine", 1);
+  EXPECT_EQ(c.Call<Words>("GetPowerCalibrationByEngine", 1).at(255), 255U);
+  // A message comes back; commands are kept for who receives from the same axes.
+  std::vector<std::uint8_t> message{7, 8};
+  c.Call("TransmitVeltroMessage", 0, 1, message, 9U);
+  EXPECT_EQ(c.Call<decltype(message)>("TransceiveVeltroMessage", 0, 1, message, 9U), message);
+  c.Call("TransmitEnhancedCommand", 0, 1, Words{5}, 9U);
+  EXPECT_EQ(c.Call<Words>("TransceiveEnhancedCommand", 0, 2, Words{6}, 9U), Words{6});
+  for (const auto& [axes, kept] : {std::pair{1, Words{5}}, {2, {6}}, {3, {}}}) {
+    EXPECT_EQ(c.Call<Words>("ReceiveEnhancedCommand", 0, axes, 9U), kept) << axes;
+  }
+}
+
+TEST(VirtualCardCalls, ThatSetWaitForTheEndOfTheirGroup) {
+  const CardProcess card;
+  Client c(card);
+  ClientLib::LaserConfig one, two;
+  one.FpsStart = 1, two.FpsStart = 2;
+  const auto active = [&] { return c.Call<ClientLib::LaserConfig>("GetLaserConfig").FpsStart; };
+  c.Call("SetLaserConfig", one);
+  {
+    Client other(card);
+    other.Call("BeginUpdate");
+  }
+  EXPECT_EQ(c.Refusal("BeginUpdate"), "An update is already active.");
+  // Stored is what is active; what is set, loaded and reset in the group ends as the last of them left it.
+  c.Call("SetLaserConfig", two), c.Call("StoreLaserConfig"), c.Call("LoadLaserConfig"),
+      c.Call("ResetToDefaults");
+  EXPECT_EQ(active(), 1);
+  c.Call("EndUpdate");
+  EXPECT_EQ(active(), 0);
+  c.Call("LoadLaserConfig");
+  EXPECT_EQ(active(), 1);
 }
 
 TEST(VirtualCardConnections, AreClosedWhenTheySendGarbageAndOthersLiveOn) {
@@ -278,6 +376,30 @@ TEST(VirtualCardPicture, ShowsWhatTheLaserMarked) {
   EXPECT_TRUE(std::filesystem::is_symlink(picture.Name()));
   client.Run("MR 1,0");
   EXPECT_EQ(picture.Content().find("30.1,5.2"), Text::npos) << "a picture is of one run";
+}
+
+TEST(VirtualCardProgram, DoesWhatItsOptionsSay) {
+  const PictureFile picture;
+  CardProcess card({"--svg", picture.Name(), "--svg-all-runs", "--speed", "max", "--input", "1=3", "--input",
+                    "2=0x10", "--verbose"});
+  EXPECT_NE(picture.Content().find("</svg>"), Text::npos) << "it is written when the card starts";
+  {
+    Client client(card);
+    EXPECT_EQ(client.GetFirmwareProductVersion() + client.GetCardSerialNumber(), "Virtual 3.1012345");
+    const Events marked =
+        client.Run("BRC 2 U32:255 1 true true U32:3 PI 1 BRC 2 U32:255 2 true true U32:16 PI 2 MA 1,0");
+    EXPECT_EQ(marked, (Events{"done 7", "idle 7"})) << "a run begins at 0,0";
+    client.Run("MA 2,0");
+    client.Refusal("Fly", 1);
+  }
+  // Of both runs, with a margin of five beams.
+  EXPECT_NE(picture.Content().find("width='3mm' height='1mm' viewBox='-0.5 -0.5 3 1'"), Text::npos);
+  EXPECT_NE(picture.Content().find("<polyline points='0,0 1,0 2,0'/>"), Text::npos) << picture.Content();
+  Text log;
+  while (!log.ends_with(" disconnected\n") && log.size() < 100000) log += card.ReadLine();
+  for (const char* part : {" connected\n", "ExecuteList(7)", "Unknown method 'Fly'."}) {
+    EXPECT_NE(log.find(part), Text::npos) << log;
+  }
 }
 
 TEST(VirtualCardProgram, EndsInOrderOnASignal) {

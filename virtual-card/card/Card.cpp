@@ -20,7 +20,11 @@ Card::Card(CardSettings settings, Notifier& clients)
       PowerCorrection(Files),
       Lists(Execution, memory_, state_),
       Scanner(Configuration, Execution),
-      Execution(std::move(settings.Execution),
-                {clients, runSignal_, Inputs, Variables, Lists, Fonts, Configuration, System}) {}
+      Execution(
+          std::move(settings.Execution),
+          {runSignal_, Inputs, Variables, Lists, Fonts, [this] { return Configuration.Variables.Get(); },
+           [this] { return ClientLib::DateTime(System.GetTime()); },
+           [&clients](std::int32_t value) { clients.NotifyProgress(value); }},
+          clients) {}
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -5,21 +5,21 @@
 #include <cstdint>
 #include <string>
 
-#include "MemoryBudget.h"
+#include "base/MemoryBudget.h"
 #include "card/CardConfiguration.h"
 #include "card/CardFiles.h"
 #include "card/CardFonts.h"
 #include "card/CardHeadCorrections.h"
-#include "card/CardInputs.h"
 #include "card/CardLaser.h"
 #include "card/CardLists.h"
 #include "card/CardMotf.h"
 #include "card/CardPowerCorrection.h"
 #include "card/CardScanner.h"
 #include "card/CardSystem.h"
-#include "card/CardVariables.h"
+#include "card/Executor.h"
 #include "card/Notifier.h"
-#include "execution/Executor.h"
+#include "surroundings/ListVariables.h"
+#include "surroundings/RunInputs.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -53,8 +53,8 @@ class Card {
   CardSystem System;
   CardLaser Laser;
   CardMotf Motf;
-  CardInputs Inputs;
-  CardVariables Variables;
+  RunInputs Inputs;
+  ListVariables Variables;
   CardFonts Fonts;
   CardFiles Files;
   CardHeadCorrections HeadCorrections;

@@ -1,7 +1,7 @@
 // One client, as the card knows it.
 #pragma once
 
-#include "WorkMemory.h"
+#include "base/WorkMemory.h"
 #include "card/Card.h"
 #include "card/OpenFile.h"
 

@@ -10,14 +10,13 @@ namespace VELTRO::KELVO::VirtualCard {
 using ClientLib::MutexLock;
 
 CardConfiguration::CardConfiguration(StateDirectory& directory)
-    : Laser("LaserConfig", directory),
-      Scanner("ScannerConfig", directory),
-      Variables("Variables", directory),
-      System("SystemConfig", directory,
-             [](const ClientLib::SystemConfig& config) { FindTimeZone(config.TimeZone); }),
-      Motf("MotfConfig", directory),
-      QuadratureDecoder("QuadratureDecoderConfig", directory),
-      Events("EventConfig", directory) {}
+    : Laser(directory),
+      Scanner(directory),
+      Variables(directory),
+      System(directory, [](const ClientLib::SystemConfig& config) { FindTimeZone(config.TimeZone); }),
+      Motf(directory),
+      QuadratureDecoder(directory),
+      Events(directory) {}
 
 void CardConfiguration::BeginUpdate() {
   const MutexLock lock(mutex_);

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "MemoryBudget.h"
+#include "base/MemoryBudget.h"
 #include "card/FileDirectory.h"
 #include "common/Mutex.h"
 #include "services/FileEnums.h"

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "Log.h"
+#include "base/Log.h"
 #include "card/Fnv1a.h"
 #include "card/OpenFile.h"
 #include "card/StoredForm.h"

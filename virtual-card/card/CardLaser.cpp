@@ -17,16 +17,23 @@ namespace {
 constexpr std::size_t CalibrationSteps = 256;
 constexpr std::size_t MostSteps = 65536;
 
-void CheckNumber(std::int32_t number, int count, const char* what) {
-  if (number < 0 || number >= count) {
+void Check(bool isThere, const char* what, std::int32_t number) {
+  if (!isThere)
     throw std::runtime_error(std::string("There is no ") + what + " " + std::to_string(number) + ".");
-  }
+}
+
+void CheckTarget(std::int32_t target) {
+  Check(ClientLib::PowerTarget::_is_valid(target), "power target", target);
+}
+
+void CheckEngine(std::int32_t engine) {
+  Check(engine >= 0 && engine < CardLaser::Engines, "laser engine", engine);
 }
 
 }  // namespace
 
 std::string CardLaser::NameOf(std::int32_t engine) {
-  CheckNumber(engine, Engines, "laser engine");
+  CheckEngine(engine);
   return "PowerCalibration" + std::to_string(engine);
 }
 
@@ -55,13 +62,13 @@ std::int32_t CardLaser::GetStatus() {
 }
 
 void CardLaser::SetPowerScale(std::int32_t target, double scale) {
-  CheckNumber(target, Targets, "power target");
+  CheckTarget(target);
   const MutexLock lock(mutex_);
   scales_[target] = scale;
 }
 
 double CardLaser::GetPowerScale(std::int32_t target) {
-  CheckNumber(target, Targets, "power target");
+  CheckTarget(target);
   const MutexLock lock(mutex_);
   const auto found = scales_.find(target);
   return found == scales_.end() ? 1 : found->second;
@@ -74,14 +81,14 @@ void CardLaser::CreateCalibration(std::int32_t engine) {
 }
 
 void CardLaser::SetCalibration(std::int32_t engine, Calibration values) {
-  CheckNumber(engine, Engines, "laser engine");
+  CheckEngine(engine);
   if (values.size() > MostSteps) throw std::runtime_error("The power calibration has too many values.");
   const MutexLock lock(mutex_);
   calibrations_[engine] = std::move(values);
 }
 
 CardLaser::Calibration CardLaser::GetCalibration(std::int32_t engine) {
-  CheckNumber(engine, Engines, "laser engine");
+  CheckEngine(engine);
   const MutexLock lock(mutex_);
   return calibrations_[engine];
 }

@@ -15,7 +15,6 @@ class CardLaser {
  public:
   using Calibration = std::vector<std::uint32_t>;
 
-  static constexpr int Targets = 13;  // power targets are numbered from 0
   static constexpr int Engines = 2;
 
   explicit CardLaser(StateDirectory& directory) : directory_(directory) {}

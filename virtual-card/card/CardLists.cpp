@@ -1,6 +1,5 @@
 #include "card/CardLists.h"
 
-#include <memory>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -28,11 +27,11 @@ CardLists::CardLists(Executor& executor, MemoryBudget& memory, StateDirectory& s
     auto list = FromStored<CommandList>(bytes);
     auto charge = std::make_shared<MemoryCharge>(memory_, MemoryOf(list));
     const MutexLock lock(mutex_);
-    stored_.insert_or_assign(id, ListSnapshot{0, std::move(list), std::move(charge)});
+    stored_.insert_or_assign(id, Held{0, std::move(list), std::move(charge)});
   });
 }
 
-const ListSnapshot& CardLists::Find(std::int32_t id) {
+const CardLists::Held& CardLists::Find(std::int32_t id) {
   const auto found = lists_.find(id);
   if (found == lists_.end()) {
     throw std::runtime_error("There is no list " + std::to_string(id) + " on the card.");
@@ -40,7 +39,7 @@ const ListSnapshot& CardLists::Find(std::int32_t id) {
   return found->second;
 }
 
-void CardLists::Put(std::int32_t id, ListSnapshot list) {
+void CardLists::Put(std::int32_t id, Held list) {
   list.Version = ++version_;
   lists_.insert_or_assign(id, std::move(list));
 }
@@ -72,26 +71,18 @@ void CardLists::Set(std::int32_t id, CommandList list, bool append) {
 }
 
 CommandList CardLists::Get(std::int32_t id) {
-  CommandList list;
-  {
-    const MutexLock lock(mutex_);
-    list = Find(id).Commands;
-  }
-  list.SetRange(0, list.GetCommandCount());  // all of it is what travels
-  return list;
+  const MutexLock lock(mutex_);
+  return Find(id).Commands;
 }
 
 void CardLists::Store(std::int32_t id) {
   const MutexLock storing(storing_);
-  ListSnapshot list;
+  Held list;
   {
     const MutexLock lock(mutex_);
     list = Find(id);
   }
-  files_.Write(id, [commands = list.Commands]() mutable {
-    commands.SetRange(0, commands.GetCommandCount());
-    return ToStored(commands);
-  });
+  files_.Write(id, [&] { return ToStored(list.Commands); });
   const MutexLock lock(mutex_);
   stored_.insert_or_assign(id, std::move(list));
 }
@@ -138,13 +129,13 @@ ListStatus CardLists::GetStatus(std::int32_t id) {
 
 void CardLists::Execute(std::int32_t id) {
   const MutexLock lock(mutex_);
-  executor_.Start(id, Find(id));
+  executor_.Start(id, Find(id).Snapshot());
 }
 
 std::optional<ListSnapshot> CardLists::FindChanged(std::int32_t id, std::uint64_t known) {
   const MutexLock lock(mutex_);
-  const ListSnapshot& list = Find(id);
-  return list.Version == known ? std::nullopt : std::optional(list);
+  const Held& list = Find(id);
+  return list.Version == known ? std::nullopt : std::optional(list.Snapshot());
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard

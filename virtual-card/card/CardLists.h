@@ -3,15 +3,17 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <vector>
 
+#include "base/MemoryBudget.h"
+#include "card/Executor.h"
 #include "card/StoredFiles.h"
 #include "common/Mutex.h"
-#include "execution/Executor.h"
-#include "execution/ListSource.h"
 #include "lists/CommandList.h"
 #include "lists/ListStatus.h"
+#include "surroundings/ListSource.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -44,8 +46,17 @@ class CardLists : public ListSource {
   std::optional<ListSnapshot> FindChanged(std::int32_t id, std::uint64_t known) override;
 
  private:
-  const ListSnapshot& Find(std::int32_t id) KELVO_REQUIRES(mutex_);
-  void Put(std::int32_t id, ListSnapshot list) KELVO_REQUIRES(mutex_);
+  // A list and what it costs, as long as anybody has a snapshot of it.
+  struct Held {
+    std::uint64_t Version;
+    ClientLib::CommandList Commands;
+    std::shared_ptr<MemoryCharge> Charge;
+
+    ListSnapshot Snapshot() const { return {Version, Commands, Charge}; }
+  };
+
+  const Held& Find(std::int32_t id) KELVO_REQUIRES(mutex_);
+  void Put(std::int32_t id, Held list) KELVO_REQUIRES(mutex_);
   void CheckNotRunning(std::int32_t id);
 
   Executor& executor_;
@@ -53,8 +64,8 @@ class CardLists : public ListSource {
   ClientLib::Mutex storing_;  // ahead of mutex_, which nobody has to wait for while files are written
   StoredFiles files_ KELVO_GUARDED_BY(storing_);
   ClientLib::Mutex mutex_;
-  std::map<std::int32_t, ListSnapshot> lists_ KELVO_GUARDED_BY(mutex_);
-  std::map<std::int32_t, ListSnapshot> stored_ KELVO_GUARDED_BY(mutex_);
+  std::map<std::int32_t, Held> lists_ KELVO_GUARDED_BY(mutex_);
+  std::map<std::int32_t, Held> stored_ KELVO_GUARDED_BY(mutex_);
   std::uint64_t version_ KELVO_GUARDED_BY(mutex_) = 0;  // of the latest change
 };
 

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "Log.h"
+#include "base/Log.h"
 #include "card/StoredForm.h"
 #include "config/RecordWire.h"
 #include "services/CorrectionFiles.h"

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "card/CardConfiguration.h"
+#include "card/Executor.h"
 #include "common/Mutex.h"
 #include "config/ScannerAPI.h"
-#include "execution/Executor.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 

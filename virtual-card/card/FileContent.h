@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-#include "MemoryBudget.h"
+#include "base/MemoryBudget.h"
 #include "common/Descriptor.h"
 
 namespace VELTRO::KELVO::VirtualCard {

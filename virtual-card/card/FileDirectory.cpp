@@ -11,11 +11,11 @@ namespace VELTRO::KELVO::VirtualCard {
 
 namespace {
 
-[[noreturn]] void Refuse(const std::string& name, int error) {
+[[noreturn]] void ThrowCannotOpen(const std::string& name, int error) {
   if (error == ENOENT) throw std::runtime_error("There is no file '" + name + "'.");
   if (error == EEXIST) throw std::runtime_error("There is a file '" + name + "' already.");
   errno = error;
-  FailToUse("open", name);
+  ThrowCannot("open", name);
 }
 
 }  // namespace
@@ -43,10 +43,10 @@ std::shared_ptr<FileContent> FileDirectory::Open(const std::string& name, bool i
 std::shared_ptr<FileContent> FileDirectory::OpenInMemory(const std::string& name, Existing existing) {
   const auto found = files_.find(name);
   if (found != files_.end()) {
-    if (existing == Existing::Refused) Refuse(name, EEXIST);
+    if (existing == Existing::Refused) ThrowCannotOpen(name, EEXIST);
     return found->second;
   }
-  if (existing == Existing::Needed) Refuse(name, ENOENT);
+  if (existing == Existing::Needed) ThrowCannotOpen(name, ENOENT);
   return files_.emplace(name, std::make_shared<MemoryFile>(memory_)).first->second;
 }
 
@@ -55,24 +55,24 @@ Descriptor FileDirectory::OpenOnHost(const std::string& name, bool isToWrite, Ex
   if (existing != Existing::Needed) flags |= O_CREAT;
   if (existing == Existing::Refused) flags |= O_EXCL;
   Descriptor file = host_.Open(name, flags);
-  if (!file.IsOpen()) Refuse(name, errno);
+  if (!file.IsOpen()) ThrowCannotOpen(name, errno);
   return file;
 }
 
 void FileDirectory::Replace(const std::string& name, std::string_view bytes) {
   if (host_.IsThere()) return host_.Replace(name, bytes);
   auto file = std::make_shared<MemoryFile>(memory_);
-  if (file->Write(bytes.data(), bytes.size(), 0) < 0) FailToUse("write", name);
+  if (file->Write(bytes.data(), bytes.size(), 0) < 0) ThrowCannot("write", name);
   files_.insert_or_assign(name, std::move(file));
 }
 
 void FileDirectory::Delete(const std::string& name) {
-  if (!Exists(name)) Refuse(name, ENOENT);
+  if (!Exists(name)) ThrowCannotOpen(name, ENOENT);
   host_.IsThere() ? host_.Remove(name) : static_cast<void>(files_.erase(name));
 }
 
 void FileDirectory::Rename(const std::string& from, const std::string& to) {
-  if (!Exists(from)) Refuse(from, ENOENT);
+  if (!Exists(from)) ThrowCannotOpen(from, ENOENT);
   if (host_.IsThere()) return host_.Rename(from, to);
   files_.insert_or_assign(to, std::move(files_.extract(from).mapped()));
 }

@@ -6,7 +6,7 @@
 
 namespace VELTRO::KELVO::VirtualCard {
 
-void FailToUse(const char* action, const std::string& file) {
+void ThrowCannot(const char* action, const std::string& file) {
   throw std::runtime_error(std::string("Cannot ") + action + " '" + file +
                            "': " + std::generic_category().message(errno) + ".");
 }

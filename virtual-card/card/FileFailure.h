@@ -6,6 +6,6 @@
 namespace VELTRO::KELVO::VirtualCard {
 
 // Throws std::runtime_error "Cannot ACTION 'FILE': REASON." with the reason that errno holds.
-[[noreturn]] void FailToUse(const char* action, const std::string& file);
+[[noreturn]] void ThrowCannot(const char* action, const std::string& file);
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -14,7 +14,7 @@
 #include <system_error>
 #include <utility>
 
-#include "Log.h"
+#include "base/Log.h"
 #include "card/FileFailure.h"
 #include "common/ReplacedFile.h"
 
@@ -44,9 +44,9 @@ struct CloseDirectory {
 
 HostDirectory::HostDirectory(int parent, const std::string& name, std::string path, int flags)
     : path_(std::move(path)) {
-  if (mkdirat(parent, name.c_str(), 0777) != 0 && errno != EEXIST) FailToUse("use", path_);
+  if (mkdirat(parent, name.c_str(), 0777) != 0 && errno != EEXIST) ThrowCannot("use", path_);
   directory_ = Descriptor(openat(parent, name.c_str(), DirectoryFlags | flags));
-  if (!IsThere() || faccessat(directory_.Get(), ".", R_OK | W_OK | X_OK, 0) != 0) FailToUse("use", path_);
+  if (!IsThere() || faccessat(directory_.Get(), ".", R_OK | W_OK | X_OK, 0) != 0) ThrowCannot("use", path_);
 }
 
 HostDirectory::HostDirectory(const std::string& path) : HostDirectory(AT_FDCWD, path, path, 0) {
@@ -79,7 +79,7 @@ std::vector<std::string> HostDirectory::GetAllNames() const {
   // A descriptor of its own, so that it is read from the beginning.
   Descriptor own(openat(directory_.Get(), ".", DirectoryFlags));
   const std::unique_ptr<DIR, CloseDirectory> entries(own.IsOpen() ? fdopendir(own.Get()) : nullptr);
-  if (!entries) FailToUse("read", path_);
+  if (!entries) ThrowCannot("read", path_);
   own.Release();
   std::vector<std::string> names;
   // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody else reads from this stream
@@ -121,17 +121,17 @@ void HostDirectory::Replace(const std::string& name, std::string_view bytes) con
     file.Commit();
   } catch (const std::system_error& error) {
     errno = error.code().value();
-    FailToUse("write", name);
+    ThrowCannot("write", name);
   }
 }
 
 void HostDirectory::Remove(const std::string& name) const {
-  if (unlinkat(directory_.Get(), name.c_str(), 0) != 0 && errno != ENOENT) FailToUse("delete", name);
+  if (unlinkat(directory_.Get(), name.c_str(), 0) != 0 && errno != ENOENT) ThrowCannot("delete", name);
   static_cast<void>(fsync(directory_.Get()));  // there is no way back, and some file systems do not do this
 }
 
 void HostDirectory::Rename(const std::string& from, const std::string& to) const {
-  if (renameat(directory_.Get(), from.c_str(), directory_.Get(), to.c_str()) != 0) FailToUse("rename", from);
+  if (renameat(directory_.Get(), from.c_str(), directory_.Get(), to.c_str()) != 0) ThrowCannot("rename", from);
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard

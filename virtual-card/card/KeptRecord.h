@@ -6,12 +6,14 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 
-#include "Log.h"
+#include "base/Log.h"
 #include "card/StateDirectory.h"
 #include "card/StoredForm.h"
 #include "common/Mutex.h"
+#include "config/RecordMethods.h"
 #include "config/RecordWire.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -33,19 +35,23 @@ class UpdateParticipant {
 template <class R>
 class KeptRecord : public UpdateParticipant {
  public:
+  using Content = R;
+  // What its methods have in common, and the file in which it is stored.
+  static constexpr std::string_view Name = ClientLib::RecordMethods<R>::CommonName;
+
   // Throws what a client is told that sets a record which the card cannot take.
   using Check = void (*)(const R&);
 
-  // Takes what was stored under `name` as the active record, too; the defaults when it cannot be read, and says so
-  // on stderr.
-  KeptRecord(
-      std::string name, StateDirectory& directory, Check check = [](const R&) {})
-      : name_(std::move(name)), directory_(directory), check_(check) {
+  // Takes what was stored under the record's name as the active one, too; the defaults when it cannot be read, and
+  // says so on stderr.
+  explicit KeptRecord(
+      StateDirectory& directory, Check check = [](const R&) {})
+      : directory_(directory), check_(check) {
     try {
       Load();
     } catch (const std::exception& error) {
       sound_ = false;
-      LogLine("Taking the defaults for the stored " + name_ + ": " + error.what());
+      LogLine({"Taking the defaults for the stored ", Name, ": ", error.what()});
     }
   }
 
@@ -74,7 +80,7 @@ class KeptRecord : public UpdateParticipant {
   // Throws as StateDirectory::Write.
   void Store() {
     const ClientLib::MutexLock storing(storing_);  // so that the latest is what stays
-    directory_.Write(name_, ToStored(Get()));
+    directory_.Write(std::string(Name), ToStored(Get()));
   }
 
   void BeginUpdate() override {
@@ -91,11 +97,10 @@ class KeptRecord : public UpdateParticipant {
 
  private:
   R Stored() {
-    const auto bytes = directory_.Read(name_);
+    const auto bytes = directory_.Read(std::string(Name));
     return bytes ? FromStored<R>(*bytes) : R();
   }
 
-  const std::string name_;
   StateDirectory& directory_;
   const Check check_;
   bool sound_ = true;

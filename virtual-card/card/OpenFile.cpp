@@ -23,7 +23,7 @@ bool OpenFile::Is(CardFiles::Directory directory, const std::string& name) const
 
 std::uint64_t OpenFile::GetSize() const {
   const off_t size = file_->Size();
-  if (size < 0) FailToUse("read", key_.second);
+  if (size < 0) ThrowCannot("read", key_.second);
   return static_cast<std::uint64_t>(size);
 }
 
@@ -38,7 +38,7 @@ OpenFile::Bytes OpenFile::Read(std::int32_t count) {
   ssize_t got = 0;
   do got = file_->Read(bytes.data(), bytes.size(), position_);
   while (got < 0 && errno == EINTR);
-  if (got < 0) FailToUse("read", key_.second);
+  if (got < 0) ThrowCannot("read", key_.second);
   bytes.resize(static_cast<std::size_t>(got));
   position_ += got;
   return bytes;
@@ -61,7 +61,7 @@ void OpenFile::Write(std::string_view bytes) {
   if (mode_ == FileMode::Append) position_ = static_cast<off_t>(GetSize());
   while (!bytes.empty()) {
     const ssize_t written = file_->Write(bytes.data(), bytes.size(), position_);
-    if (written < 0 && errno != EINTR) FailToUse("write", key_.second);
+    if (written < 0 && errno != EINTR) ThrowCannot("write", key_.second);
     if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
     position_ += std::max<ssize_t>(written, 0);
   }

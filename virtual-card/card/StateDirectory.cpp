@@ -25,20 +25,20 @@ std::optional<std::string> StateDirectory::Read(const std::string& name, std::si
   const Descriptor file = host_.Open(name, O_RDONLY);
   if (file.IsOpen()) return ReadFromHost(name, file, mostBytes);
   if (errno == ENOENT) return std::nullopt;
-  FailToUse("read", name);
+  ThrowCannot("read", name);
 }
 
 std::string StateDirectory::ReadFromHost(const std::string& name, const Descriptor& file,
                                          std::size_t mostBytes) {
   struct stat status {};
-  if (fstat(file.Get(), &status) != 0) FailToUse("read", name);
+  if (fstat(file.Get(), &status) != 0) ThrowCannot("read", name);
   errno = EFBIG;
-  if (static_cast<std::size_t>(status.st_size) > mostBytes) FailToUse("read", name);
+  if (static_cast<std::size_t>(status.st_size) > mostBytes) ThrowCannot("read", name);
   std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
   std::size_t size = 0;
   while (size < bytes.size()) {
     const ssize_t got = read(file.Get(), bytes.data() + size, bytes.size() - size);
-    if (got < 0 && errno != EINTR) FailToUse("read", name);
+    if (got < 0 && errno != EINTR) ThrowCannot("read", name);
     if (got == 0) break;
     if (got > 0) size += static_cast<std::size_t>(got);
   }

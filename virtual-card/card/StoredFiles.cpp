@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "Log.h"
+#include "base/Log.h"
 #include "card/FileFailure.h"
 #include "card/Fnv1a.h"
 
@@ -58,7 +58,7 @@ void StoredFiles::Write(std::int32_t number, const std::function<std::string()>&
   const auto old = bytes_.find(number);
   const std::size_t others = allBytes_ - (old == bytes_.end() ? 0 : old->second);
   errno = EDQUOT;
-  if (counted > mostBytes_ - std::min(mostBytes_, others)) FailToUse("write", NameOf(number));
+  if (counted > mostBytes_ - std::min(mostBytes_, others)) ThrowCannot("write", NameOf(number));
   state_.Write(NameOf(number), bytes);
   Count(number, counted);
 }

@@ -8,8 +8,8 @@
 #include <csignal>
 #include <exception>
 
-#include "Log.h"
-#include "TrimmedText.h"
+#include "base/Log.h"
+#include "base/TrimmedText.h"
 #include "console/InputSetting.h"
 
 namespace VELTRO::KELVO::VirtualCard {

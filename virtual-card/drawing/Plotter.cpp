@@ -1,9 +1,7 @@
 #include "drawing/Plotter.h"
 
-#include <exception>
 #include <utility>
 
-#include "Log.h"
 #include "drawing/SvgWriter.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -12,10 +10,6 @@ using ClientLib::Point2D;
 
 Plotter::Plotter(PlotterSettings settings) : settings_(std::move(settings)) {
   if (IsWanted()) WriteSvg(drawing_, settings_.Beam, settings_.File);
-}
-
-Plotter::~Plotter() {
-  if (unwritten_) EndRun();
 }
 
 void Plotter::BeginRun() {
@@ -32,13 +26,9 @@ void Plotter::AddDot(Point2D at) {
 
 void Plotter::EndRun() {
   if (!IsWanted()) return;
-  try {
-    unwritten_ = true;
-    WriteSvg(drawing_, settings_.Beam, settings_.File);
-    unwritten_ = false;
-  } catch (const std::exception& error) {
-    LogLine(error.what());
-  }
+  unwritten_ = true;
+  WriteSvg(drawing_, settings_.Beam, settings_.File);
+  unwritten_ = false;
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -19,18 +19,16 @@ class Plotter {
   // Writes an empty picture, so that a file that cannot be written is found out at once and none is left from
   // an earlier card. Throws as WriteSvg does.
   explicit Plotter(PlotterSettings settings);
-  // Writes the picture if that has failed before.
-  ~Plotter();
-  Plotter(const Plotter&) = delete;
-  Plotter& operator=(const Plotter&) = delete;
 
   double GetBeam() const { return settings_.Beam; }
 
   void BeginRun();
   void AddSegment(Drawing::Kind kind, ClientLib::Point2D from, ClientLib::Point2D to);
   void AddDot(ClientLib::Point2D at);
-  // Writes the picture; a failure is said on stderr.
+  // Writes the picture. Throws as WriteSvg does.
   void EndRun();
+  // Whether the latest picture could not be written.
+  bool IsUnwritten() const { return unwritten_; }
 
  private:
   bool IsWanted() const { return !settings_.File.empty(); }

@@ -5,7 +5,7 @@
 #include <functional>
 #include <limits>
 
-#include "execution/AbortSignal.h"
+#include "surroundings/AbortSignal.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 

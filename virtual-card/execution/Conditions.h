@@ -20,7 +20,7 @@ struct InputCondition {
     return {values.AsUInt32(), values.AsInt32(), values.AsBool(), values.AsBool(), values.AsUInt32()};
   }
   bool Holds(Run& run) const {
-    const std::uint32_t equal = ~(run.Inputs.Get(Port) ^ Value) & Mask;
+    const std::uint32_t equal = ~(run.Around.Inputs.Get(Port) ^ Value) & Mask;
     return (All ? equal == Mask : equal != 0) == Expected;
   }
 };
@@ -33,7 +33,7 @@ struct FlagCondition {
   static FlagCondition Read(ClientLib::Command::CommandValueReader& values) {
     return {values.AsUInt32(), values.AsBool()};
   }
-  bool Holds(Run& run) const { return run.Variables.GetBoolean(Name) == Value; }
+  bool Holds(Run& run) const { return run.Around.Variables.GetBoolean(Name) == Value; }
 };
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -90,7 +90,7 @@ void StartSwitch(Run& run, std::int32_t value) {
 }
 
 void SwitchInput(Run& run, std::int32_t port, bool isShifted, std::uint32_t mask) {
-  const std::uint32_t bits = run.Inputs.Get(port) & mask;
+  const std::uint32_t bits = run.Around.Inputs.Get(port) & mask;
   StartSwitch(run, static_cast<std::int32_t>(isShifted && mask != 0 ? bits >> std::countr_zero(mask) : bits));
 }
 
@@ -150,7 +150,9 @@ std::span<const CommandRow> FlowCommands() {
       {CommandCode2::SWITCH, [](Run& run, std::int32_t port, bool isShifted,
                                 std::uint32_t mask) { SwitchInput(run, port, isShifted, mask); }},
       {CommandCode2::SWITCH_VALUE,
-       [](Run& run, std::int32_t, std::uint32_t name) { StartSwitch(run, run.Variables.GetInteger(name)); }},
+       [](Run& run, std::int32_t, std::uint32_t name) {
+         StartSwitch(run, run.Around.Variables.GetInteger(name));
+       }},
       {CommandCode2::CASE_GOTO_ABS, Case<BranchAbs>},
       {CommandCode2::CASE_GOTO_REL, Case<BranchRel>},
       {CommandCode2::CASE_BRANCH_LIST, Case<BranchList>},

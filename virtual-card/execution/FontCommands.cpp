@@ -16,14 +16,14 @@ namespace {
 
 constexpr std::int32_t MostDigits = 100;
 
-CardFonts::Snapshot ActiveFont(Run& run) {
-  auto font = run.Font ? run.Fonts.Find(*run.Font) : run.Fonts.GetActive();
+FontSnapshot ActiveFont(Run& run) {
+  auto font = run.Font ? run.Around.Fonts.Find(*run.Font) : run.Around.Fonts.GetActive();
   if (!font) throw std::runtime_error("No font is active.");
   return font;
 }
 
 void SelectFont(Run& run, std::int32_t id) {
-  run.Fonts.Find(id);
+  run.Around.Fonts.Find(id);
   run.Font = id;
 }
 
@@ -43,8 +43,8 @@ void MarkText(Run& run, std::string_view text) {
   run.Calls.Enter(std::move(first), std::move(glyphs));
 }
 
-std::string TimeOfDay(CardSystem& system) {
-  const std::time_t now = ClientLib::DateTime(system.GetTime()).ToSeconds();
+std::string TimeOfDay(ClientLib::DateTime local) {
+  const std::time_t now = local.ToSeconds();
   std::tm time{};
   gmtime_r(&now, &time);
   char text[9] = "";
@@ -56,7 +56,7 @@ void MarkCounter(Run& run, std::int32_t nameBits, std::int32_t digits) {
   if (digits < 0 || digits > MostDigits) {
     throw std::runtime_error("The number of digits must be 0 to " + std::to_string(MostDigits) + ".");
   }
-  const std::int64_t value = run.Variables.GetInteger(static_cast<std::uint32_t>(nameBits));
+  const std::int64_t value = run.Around.Variables.GetInteger(static_cast<std::uint32_t>(nameBits));
   std::string text = std::to_string(value < 0 ? -value : value);
   const auto wanted = static_cast<std::size_t>(digits);
   if (text.size() < wanted) text.insert(0, wanted - text.size(), '0');
@@ -69,7 +69,7 @@ std::span<const CommandRow> FontCommands() {
   static constexpr CommandRow Rows[] = {
       {CommandCode::SELECT_FONT, [](Run& run, std::int32_t id) { SelectFont(run, id); }},
       {CommandCode2::MARK_CHAR, [](Run& run, std::int32_t character) { MarkCharacter(run, character); }},
-      {CommandCode2::MARK_TIME, [](Run& run) { MarkText(run, TimeOfDay(run.System)); }},
+      {CommandCode2::MARK_TIME, [](Run& run) { MarkText(run, TimeOfDay(run.Around.GetLocalTime())); }},
       {CommandCode2::MARK_COUNTER,
        [](Run& run, std::int32_t name, std::int32_t digits) { MarkCounter(run, name, digits); }},
   };

@@ -9,6 +9,7 @@
 namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::Point3D;
+using ClientLib::SkyWritingMode;
 
 namespace {
 
@@ -66,14 +67,14 @@ void Motion::BeginMark(Point3D heading) {
   const double leadIn = sky.ExtensionTime + sky.AccelerationDelay;
   if (inMarks_) {
     const double cosine = Cosine(heading_, heading);
-    if (sky.Mode == SkyWriting::MinimumCoH && cosine < sky.MinCoH) {
+    if (sky.Mode == SkyWritingMode::MinimumCoH && cosine < sky.MinCoH) {
       Wait(sky.ExtensionTime + sky.DecelerationDelay + leadIn);
     } else {
       Wait(Parameters.PolyDelay * (Parameters.HasVariablePolyDelay ? (1 - cosine) / 2 : 1));
     }
     return;
   }
-  if (sky.Mode != SkyWriting::Disabled) Wait(leadIn);
+  if (sky.Mode != SkyWritingMode::Disabled) Wait(leadIn);
   if (!laserOn_) Wait(std::max(0.0, -Parameters.LaserOnDelay));
   inMarks_ = true;
   markTime_ = 0;
@@ -84,7 +85,7 @@ void Motion::EndMarks() {
   if (!inMarks_) return;
   inMarks_ = false;
   const SkyWriting& sky = Parameters.Sky;
-  if (sky.Mode != SkyWriting::Disabled) Wait(sky.ExtensionTime + sky.DecelerationDelay);
+  if (sky.Mode != SkyWritingMode::Disabled) Wait(sky.ExtensionTime + sky.DecelerationDelay);
   Wait(laserOn_ ? Parameters.MarkDelay : std::max(Parameters.MarkDelay, Parameters.LaserOffDelay));
 }
 

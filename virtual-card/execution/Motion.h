@@ -9,6 +9,7 @@
 #include <limits>
 #include <span>
 
+#include "common/KelvoAPIEnums.h"
 #include "drawing/Plotter.h"
 #include "execution/Clock.h"
 #include "execution/Curve.h"
@@ -21,21 +22,20 @@ namespace VELTRO::KELVO::VirtualCard {
 
 // Extra ways on which the galvos reach their speed and leave it again: only their time is seen.
 struct SkyWriting {
-  enum Modes : std::int32_t { Disabled, ForceAtStartFinish, MinimumCoH };
-
-  std::int32_t Mode = Disabled;
+  std::int32_t Mode = ClientLib::SkyWritingMode::Disabled;
   double MinCoH = 0;  // cosine of the change of heading; sharper corners have extra ways, too
   double ExtensionTime = 0;
   double AccelerationDelay = 0;
   double DecelerationDelay = 0;
 };
 
-// Set at the start of a run (StartingValues.h) and by its commands. Field units per microsecond, microseconds.
+// Field units per microsecond, microseconds. What they are by default stands in ProcessVariables: all but PowerScale
+// and whether there is wobble are set at the start of every run (StartingValues.h), ahead of any motion.
 struct ProcessParameters {
-  double JumpSpeed = 1;
-  double MarkSpeed = 1;
-  double MagnificationSpeed = 5e-7;
-  double SpeedScale = 1;  // of all speeds
+  double JumpSpeed = 0;
+  double MarkSpeed = 0;
+  double MagnificationSpeed = 0;
+  double SpeedScale = 0;  // of all speeds
   double JumpDelay = 0;
   double JumpDelayMin = 0;
   double JumpLengthLimit = 0;
@@ -45,10 +45,10 @@ struct ProcessParameters {
   bool HasVariablePolyDelay = false;  // by the corner's angle: none when it goes straight on
   double LaserOnDelay = 0;            // negative: the laser is on before the motion begins
   double LaserOffDelay = 0;           // negative: it is off before the motion ends
-  double LmFrequency = 0.1;
-  std::array<double, 2> PowerScale{1, 1};  // of each channel
+  double LmFrequency = 0;
   SkyWriting Sky;
   Wobble Wobbling;
+  std::array<double, 2> PowerScale{1, 1};  // of each channel
 };
 
 class Motion {

@@ -47,8 +47,8 @@ Point2D Wobbling(Point2D p) {
 bool Switch(bool isOn) {
   return isOn;
 }
-std::int32_t SkyWritingMode(std::int32_t mode) {
-  if (mode < SkyWriting::Disabled || mode > SkyWriting::MinimumCoH) {
+std::int32_t SkyMode(std::int32_t mode) {
+  if (!ClientLib::SkyWritingMode::_is_valid(mode)) {
     throw std::runtime_error("There is no sky-writing mode " + std::to_string(mode) + ".");
   }
   return mode;
@@ -122,7 +122,7 @@ std::span<const CommandRow> ParameterCommands() {
       Sets<&P::LaserOffDelay, LaserDelay>(CommandCode::LOFF_DELAY),
       Sets<&P::LmFrequency, Frequency>(CommandCode::LM_FREQUENCY),
 
-      SetsIn<Sky, &SkyOf::Mode, SkyWritingMode>(CommandCode::SKYWRITING_MODE),
+      SetsIn<Sky, &SkyOf::Mode, SkyMode>(CommandCode::SKYWRITING_MODE),
       SetsIn<Sky, &SkyOf::MinCoH, HeadingCosine>(CommandCode::SKYWRITING_MIN_COH),
       SetsIn<Sky, &SkyOf::AccelerationDelay, Delay>(CommandCode::SKYWRITING_ACCELERATION_DELAY),
       SetsIn<Sky, &SkyOf::DecelerationDelay, Delay>(CommandCode::SKYWRITING_DECELERATION_DELAY),

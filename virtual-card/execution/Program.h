@@ -10,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "MemoryBudget.h"
 #include "lists/CommandList.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -18,12 +17,12 @@ namespace VELTRO::KELVO::VirtualCard {
 // It adds little to the list's own bytes: lists may be as long as the card's memory is large.
 class Program {
  public:
-  // `name` is what errors call it, as "List 7"; `listId` is of a list that the card holds, `charge` what it costs
-  // there. Finds the end of every loop.
+  // `name` is what errors call it, as "List 7"; `listId` is of a list that has one, `hold` lives as long as the
+  // program. Finds the end of every loop.
   // Throws CommandError for a loop end without a start, a start without an end, or one whose depth is not
   // that of its start.
   Program(std::string name, ClientLib::CommandList list, std::optional<std::int32_t> listId = {},
-          std::shared_ptr<const MemoryCharge> charge = {});
+          std::shared_ptr<const void> hold = {});
 
   std::optional<std::int32_t> GetListId() const { return listId_; }
   std::size_t GetCommandCount() const { return list_.GetCommandCount(); }
@@ -47,7 +46,7 @@ class Program {
 
   const std::string name_;
   const std::optional<std::int32_t> listId_;
-  const std::shared_ptr<const MemoryCharge> charge_;
+  const std::shared_ptr<const void> hold_;
   ClientLib::CommandList list_;
   std::span<const unsigned char> bytes_;  // all of the list's
   std::vector<std::uint32_t> places_;     // of commands 0, Stride, 2 * Stride, ...

@@ -14,12 +14,12 @@ std::shared_ptr<const Program> Programs::FindList(std::int32_t id) {
 
 std::shared_ptr<const Program> Programs::PrepareList(std::int32_t id, ListSnapshot list) {
   auto program = std::make_shared<const Program>("List " + std::to_string(id), std::move(list.Commands), id,
-                                                 std::move(list.Charge));
+                                                 std::move(list.Hold));
   prepared_[id] = {list.Version, program};
   return program;
 }
 
-std::shared_ptr<const Program> Programs::FindGlyph(const CardFonts::Snapshot& font, std::int32_t character) {
+std::shared_ptr<const Program> Programs::FindGlyph(const FontSnapshot& font, std::int32_t character) {
   PreparedFont& prepared = fonts_[font->Id];
   if (prepared.Font != font) prepared = {font, {}};
   std::shared_ptr<const Program>& program = prepared.Glyphs[character];

@@ -5,9 +5,9 @@
 #include <memory>
 #include <unordered_map>
 
-#include "card/CardFonts.h"
-#include "execution/ListSource.h"
 #include "execution/Program.h"
+#include "surroundings/FontSource.h"
+#include "surroundings/ListSource.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -20,7 +20,7 @@ class Programs {
   // Takes over this state of it.
   std::shared_ptr<const Program> PrepareList(std::int32_t id, ListSnapshot list);
   // Throws std::runtime_error "Font ID has no character CODE.", or as Program does.
-  std::shared_ptr<const Program> FindGlyph(const CardFonts::Snapshot& font, std::int32_t character);
+  std::shared_ptr<const Program> FindGlyph(const FontSnapshot& font, std::int32_t character);
 
  private:
   struct Prepared {
@@ -29,7 +29,7 @@ class Programs {
   };
 
   struct PreparedFont {
-    CardFonts::Snapshot Font;
+    FontSnapshot Font;
     std::unordered_map<std::int32_t, std::shared_ptr<const Program>> Glyphs;
   };
 

@@ -4,31 +4,23 @@
 #include <cstdint>
 #include <optional>
 
-#include "card/CardFonts.h"
-#include "card/CardInputs.h"
-#include "card/CardSystem.h"
-#include "card/CardVariables.h"
-#include "card/Notifier.h"
 #include "execution/CallStack.h"
 #include "execution/Clock.h"
 #include "execution/Motion.h"
 #include "execution/Programs.h"
+#include "surroundings/RunSurroundings.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
 struct Run {
   Clock& Time;
   Motion& Galvos;
-  Notifier& Clients;
-  CardInputs& Inputs;
-  CardVariables& Variables;
-  CardFonts& Fonts;
-  CardSystem& System;
+  const RunSurroundings& Around;
   Programs& Prepared;
   CallStack& Calls;
   std::optional<std::int32_t> StandaloneList;
 
-  std::optional<std::int32_t> Font = {};  // chosen by the run; else the card's active one
+  std::optional<std::int32_t> Font = {};  // chosen by the run; else the active one
 };
 
 }  // namespace VELTRO::KELVO::VirtualCard

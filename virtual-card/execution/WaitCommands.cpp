@@ -21,7 +21,7 @@ void Sleep(Run& run, double duration) {
 // The value goes out when the run is there in real time, too.
 void Progress(Run& run, std::int32_t value) {
   run.Time.CatchUp();
-  if (!run.Time.IsAborted()) run.Clients.NotifyProgress(value);
+  if (!run.Time.IsAborted()) run.Around.TellProgress(value);
 }
 
 // A negative time-out is none.
@@ -39,7 +39,7 @@ std::span<const CommandRow> WaitCommands() {
       {CommandCode::SLEEP, [](Run& run, double duration) { Sleep(run, duration); }},
       {CommandCode::WAIT_START,
        [](Run& run, std::int32_t timeout) {
-         WaitFor(run, timeout, [&run] { return run.Inputs.TakeStart(); });
+         WaitFor(run, timeout, [&run] { return run.Around.Inputs.TakeStart(); });
        }},
       {CommandCode::WAIT_INPUT,
        [](Run& run, InputCondition input, std::int32_t timeout) {
@@ -47,9 +47,10 @@ std::span<const CommandRow> WaitCommands() {
        }},
       {CommandCode2::WAIT_SIGNAL,
        [](Run& run, std::uint32_t name, std::int32_t timeout) {
-         WaitFor(run, timeout, [&run, name] { return run.Variables.IsSignalSet(name); });
+         WaitFor(run, timeout, [&run, name] { return run.Around.Variables.IsSignalSet(name); });
        }},
-      {CommandCode2::SUSPEND, [](Run& run) { WaitFor(run, -1, [&run] { return run.Inputs.TakeResume(); }); }},
+      {CommandCode2::SUSPEND,
+       [](Run& run) { WaitFor(run, -1, [&run] { return run.Around.Inputs.TakeResume(); }); }},
       // Conditions are evaluated when the galvos are there.
       {CommandCode2::EVALUATION_LEADTIME, [](Run&, double) {}},
   };

@@ -6,9 +6,9 @@
 namespace VELTRO::KELVO::VirtualCard {
 
 struct Wobble {
-  ClientLib::Point2D Amplitude;                       // field units
-  ClientLib::Point2D Frequency{{0.0001, 0.0001}};     // per microsecond
-  ClientLib::Point2D Phase{{0, 1.5707963267948966}};  // radians
+  ClientLib::Point2D Amplitude;  // field units
+  ClientLib::Point2D Frequency;  // per microsecond
+  ClientLib::Point2D Phase;      // radians
   bool IsEnabled = false;
 
   // After so much time in a run of marks.

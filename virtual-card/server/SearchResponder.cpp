@@ -15,8 +15,8 @@
 #include <system_error>
 #include <utility>
 
-#include "Log.h"
-#include "TrimmedText.h"
+#include "base/Log.h"
+#include "base/TrimmedText.h"
 #include "client/Ssdp.h"
 #include "common/NetworkInterfaces.h"
 

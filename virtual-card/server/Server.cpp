@@ -4,7 +4,7 @@
 #include <exception>
 #include <utility>
 
-#include "Log.h"
+#include "base/Log.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 

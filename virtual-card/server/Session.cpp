@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "Log.h"
+#include "base/Log.h"
 #include "methods/RequestCost.h"
 #include "methods/Requests.h"
 #include "rpc/InputPacket.h"

@@ -12,8 +12,8 @@
 #include <string_view>
 #include <thread>
 
-#include "MemoryBudget.h"
-#include "WorkMemory.h"
+#include "base/MemoryBudget.h"
+#include "base/WorkMemory.h"
 #include "card/CardClient.h"
 #include "common/Mutex.h"
 #include "rpc/Packet.h"

@@ -1,4 +1,4 @@
-#include "Log.h"
+#include "base/Log.h"
 
 #include <unistd.h>
 
@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <new>
 
-#include "LineWriter.h"
+#include "base/LineWriter.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 

@@ -1,4 +1,4 @@
-#include "WorkMemory.h"
+#include "base/WorkMemory.h"
 
 #include <algorithm>
 #include <utility>

@@ -5,16 +5,15 @@
 #include <memory>
 #include <optional>
 
-#include "MemoryBudget.h"
 #include "lists/CommandList.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
-// A list as it was at one moment. No other list that the card ever held has the same version.
+// A list as it was at one moment. No other list from the same source has the same version.
 struct ListSnapshot {
   std::uint64_t Version;
   ClientLib::CommandList Commands;
-  std::shared_ptr<MemoryCharge> Charge = {};  // what they cost, as long as anybody has them
+  std::shared_ptr<const void> Hold = {};  // the source's own: it lives as long as anybody has the snapshot
 };
 
 class ListSource {

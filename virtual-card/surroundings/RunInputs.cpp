@@ -1,4 +1,4 @@
-#include "card/CardInputs.h"
+#include "surroundings/RunInputs.h"
 
 #include <utility>
 
@@ -6,7 +6,7 @@ namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::MutexLock;
 
-void CardInputs::Set(std::int32_t port, std::uint32_t bits) {
+void RunInputs::Set(std::int32_t port, std::uint32_t bits) {
   {
     const MutexLock lock(mutex_);
     ports_[port] = bits;
@@ -14,13 +14,13 @@ void CardInputs::Set(std::int32_t port, std::uint32_t bits) {
   waits_.Wake();
 }
 
-std::uint32_t CardInputs::Get(std::int32_t port) {
+std::uint32_t RunInputs::Get(std::int32_t port) {
   const MutexLock lock(mutex_);
   const auto found = ports_.find(port);
   return found == ports_.end() ? 0 : found->second;
 }
 
-void CardInputs::Start() {
+void RunInputs::Start() {
   {
     const MutexLock lock(mutex_);
     start_ = true;
@@ -28,7 +28,7 @@ void CardInputs::Start() {
   waits_.Wake();
 }
 
-void CardInputs::Resume() {
+void RunInputs::Resume() {
   {
     const MutexLock lock(mutex_);
     resume_ = true;
@@ -36,17 +36,17 @@ void CardInputs::Resume() {
   waits_.Wake();
 }
 
-bool CardInputs::TakeStart() {
+bool RunInputs::TakeStart() {
   const MutexLock lock(mutex_);
   return std::exchange(start_, false);
 }
 
-bool CardInputs::TakeResume() {
+bool RunInputs::TakeResume() {
   const MutexLock lock(mutex_);
   return std::exchange(resume_, false);
 }
 
-void CardInputs::BeginRun() {
+void RunInputs::BeginRun() {
   const MutexLock lock(mutex_);
   start_ = resume_ = false;
 }

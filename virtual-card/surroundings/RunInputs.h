@@ -5,15 +5,15 @@
 #include <map>
 
 #include "common/Mutex.h"
-#include "execution/AbortSignal.h"
+#include "surroundings/AbortSignal.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
 // Any thread may call anything at any time.
-class CardInputs {
+class RunInputs {
  public:
   // `waits` is woken by every change.
-  explicit CardInputs(AbortSignal& waits) : waits_(waits) {}
+  explicit RunInputs(AbortSignal& waits) : waits_(waits) {}
 
   void Set(std::int32_t port, std::uint32_t bits);
   std::uint32_t Get(std::int32_t port);  // 0 until it is set

@@ -1,4 +1,4 @@
-#include "card/CardVariables.h"
+#include "surroundings/ListVariables.h"
 
 #include <stdexcept>
 
@@ -19,37 +19,37 @@ void CheckRoom(const auto& variables, std::uint32_t name) {
 
 }  // namespace
 
-void CardVariables::SetBoolean(std::uint32_t name, bool value) {
+void ListVariables::SetBoolean(std::uint32_t name, bool value) {
   const MutexLock lock(mutex_);
   CheckRoom(booleans_, name);
   booleans_[name] = value;
 }
 
-bool CardVariables::GetBoolean(std::uint32_t name) {
+bool ListVariables::GetBoolean(std::uint32_t name) {
   const MutexLock lock(mutex_);
   const auto found = booleans_.find(name);
   return found != booleans_.end() && found->second;
 }
 
-void CardVariables::SetInteger(std::uint32_t name, std::int32_t value) {
+void ListVariables::SetInteger(std::uint32_t name, std::int32_t value) {
   const MutexLock lock(mutex_);
   CheckRoom(integers_, name);
   integers_[name] = static_cast<std::uint32_t>(value);
 }
 
-void CardVariables::Increment(std::uint32_t name) {
+void ListVariables::Increment(std::uint32_t name) {
   const MutexLock lock(mutex_);
   CheckRoom(integers_, name);
   ++integers_[name];
 }
 
-std::int32_t CardVariables::GetInteger(std::uint32_t name) {
+std::int32_t ListVariables::GetInteger(std::uint32_t name) {
   const MutexLock lock(mutex_);
   const auto found = integers_.find(name);
   return found == integers_.end() ? 0 : static_cast<std::int32_t>(found->second);
 }
 
-void CardVariables::SetSignal(std::uint32_t name, bool isSet) {
+void ListVariables::SetSignal(std::uint32_t name, bool isSet) {
   {
     const MutexLock lock(mutex_);
     if (isSet) {
@@ -62,12 +62,12 @@ void CardVariables::SetSignal(std::uint32_t name, bool isSet) {
   if (isSet) waits_.Wake();
 }
 
-bool CardVariables::IsSignalSet(std::uint32_t name) {
+bool ListVariables::IsSignalSet(std::uint32_t name) {
   const MutexLock lock(mutex_);
   return signals_.contains(name);
 }
 
-void CardVariables::Clear() {
+void ListVariables::Clear() {
   const MutexLock lock(mutex_);
   booleans_.clear();
   integers_.clear();

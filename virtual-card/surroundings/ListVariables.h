@@ -7,7 +7,7 @@
 #include <unordered_set>
 
 #include "common/Mutex.h"
-#include "execution/AbortSignal.h"
+#include "surroundings/AbortSignal.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -21,10 +21,10 @@ constexpr std::uint32_t NameHash(std::string_view name) {
 // Any thread may call anything at any time. A boolean, an integer and a signal of one name are three things; a
 // counter is an integer. There may be 65536 of each of these; who makes another one gets std::runtime_error "There are too
 // many variables.".
-class CardVariables {
+class ListVariables {
  public:
   // `waits` is woken when a signal is set.
-  explicit CardVariables(AbortSignal& waits) : waits_(waits) {}
+  explicit ListVariables(AbortSignal& waits) : waits_(waits) {}
 
   void SetBoolean(std::uint32_t name, bool value);
   bool GetBoolean(std::uint32_t name);  // false until it is set

@@ -3,43 +3,22 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <thread>
 
-#include "card/CardConfiguration.h"
-#include "card/CardFonts.h"
-#include "card/CardInputs.h"
-#include "card/CardSystem.h"
-#include "card/CardVariables.h"
 #include "card/Notifier.h"
 #include "common/Mutex.h"
 #include "drawing/Plotter.h"
-#include "execution/AbortSignal.h"
 #include "execution/Carets.h"
-#include "execution/Clock.h"
 #include "execution/GalvoPosition.h"
-#include "execution/ListSource.h"
-#include "execution/Motion.h"
+#include "execution/Simulation.h"
 #include "lists/ListExecutionStats.h"
+#include "surroundings/RunSurroundings.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
 struct ExecutorSettings {
-  double Speed = 1;
+  RunSettings Runs;  // the limit is what clients set
   PlotterSettings Plotter;
-  std::optional<std::int32_t> StandaloneList;
-};
-
-// What runs act upon and look at.
-struct RunSurroundings {
-  Notifier& Clients;
-  AbortSignal& Abort;  // of the run that is running; also wakes its waits
-  CardInputs& Inputs;
-  CardVariables& Variables;
-  ListSource& Lists;
-  CardFonts& Fonts;
-  CardConfiguration& Configuration;
-  CardSystem& System;
 };
 
 // Any thread may call anything at any time.
@@ -50,7 +29,7 @@ struct RunSurroundings {
 class Executor {
  public:
   // Throws as Plotter does.
-  Executor(ExecutorSettings settings, const RunSurroundings& surroundings);
+  Executor(ExecutorSettings settings, const RunSurroundings& surroundings, Notifier& clients);
   ~Executor() { Stop(); }
   Executor(const Executor&) = delete;
   Executor& operator=(const Executor&) = delete;
@@ -84,22 +63,15 @@ class Executor {
     ListSnapshot List;
     double Limit;  // microseconds
   };
-  struct Result {
-    ClientLib::ListExecutionStats Stats;
-    std::optional<std::string> Error;
-    bool Aborted;
-  };
 
   void Work();
   std::optional<Job> WaitForJob();
-  Result Execute(Job job);
-  // Runs the list; what fails, for want of memory also, is the run's error.
-  void Interpret(Job job, Clock& clock, Motion& motion);
-  void Conclude(std::int32_t listId, const Result& result);
+  void WritePicture() noexcept;
+  void Conclude(std::int32_t listId, const RunResult& result);
 
-  const double speed_;
-  const std::optional<std::int32_t> standaloneList_;
+  const RunSettings settings_;
   const RunSurroundings surroundings_;  // the abort signal is raised and cleared under the mutex
+  Notifier& clients_;
   Carets carets_;
 
   // The executing thread's own.

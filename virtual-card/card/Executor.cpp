@@ -1,0 +1,132 @@
+#include "card/Executor.h"
+
+#include <chrono>
+#include <stdexcept>
+#include <utility>
+
+#include "base/Log.h"
+#include "execution/ErrorOf.h"
+
+namespace VELTRO::KELVO::VirtualCard {
+
+using ClientLib::ListExecutionStats;
+using ClientLib::MutexLock;
+
+namespace {
+
+// Clients wait to be told: when there is no memory for that, it is tried again for a while.
+template <class F>
+void Tell(F tell) noexcept {
+  constexpr int Tries = 200;
+  constexpr std::chrono::milliseconds Pause{10};
+  std::optional<std::string> error;
+  for (int i = 0; i < Tries; ++i) {
+    error = ErrorOf(tell);
+    if (!error) return;
+    std::this_thread::sleep_for(Pause);
+  }
+  LogLine({"Clients were not told of the end of a run: ", *error});
+}
+
+}  // namespace
+
+Executor::Executor(ExecutorSettings settings, const RunSurroundings& surroundings, Notifier& clients)
+    : settings_(settings.Runs),
+      surroundings_(surroundings),
+      clients_(clients),
+      plotter_(std::move(settings.Plotter)),
+      thread_([this] { Work(); }) {}
+
+void Executor::Start(std::int32_t listId, ListSnapshot list) {
+  const MutexLock lock(mutex_);
+  if (stopping_) throw std::runtime_error("The card is stopping.");
+  if (running_) throw std::runtime_error("A list is already running.");
+  job_ = Job{listId, std::move(list), limit_ == 0 ? Clock::Forever : limit_ * 1e3};
+  running_ = listId;
+  ++started_;
+  surroundings_.Abort.Clear();
+  surroundings_.Inputs.BeginRun();
+  changed_.NotifyAll();
+}
+
+void Executor::Abort() {
+  MutexLock lock(mutex_);
+  if (running_) surroundings_.Abort.Raise();
+  for (const std::uint64_t run = started_; concluded_ < run;) changed_.Wait(lock);
+}
+
+void Executor::Stop() {
+  {
+    const MutexLock lock(mutex_);
+    stopping_ = true;
+    if (running_) surroundings_.Abort.Raise();
+    changed_.NotifyAll();
+  }
+  const MutexLock lock(threadMutex_);
+  if (thread_.joinable()) thread_.join();
+}
+
+void Executor::SetExecutionLimit(std::int32_t milliseconds) {
+  if (milliseconds < 0) throw std::runtime_error("The execution limit must not be negative.");
+  const MutexLock lock(mutex_);
+  limit_ = milliseconds;
+}
+
+std::int32_t Executor::GetExecutionLimit() {
+  const MutexLock lock(mutex_);
+  return limit_;
+}
+
+std::optional<std::int32_t> Executor::GetRunningList() {
+  const MutexLock lock(mutex_);
+  return running_;
+}
+
+ListExecutionStats Executor::GetLastStats() {
+  const MutexLock lock(mutex_);
+  return stats_;
+}
+
+void Executor::Work() {
+  while (auto job = WaitForJob()) {
+    const std::int32_t listId = job->ListId;
+    RunSettings settings = settings_;
+    settings.Limit = job->Limit;
+    const RunResult result =
+        Simulate(settings, surroundings_, {carets_, position_, plotter_}, listId, std::move(job->List));
+    WritePicture();
+    {
+      const MutexLock lock(mutex_);
+      stats_ = result.Stats;
+      running_.reset();
+    }
+    Conclude(listId, result);
+    const MutexLock lock(mutex_);
+    ++concluded_;
+    changed_.NotifyAll();
+  }
+  if (plotter_.IsUnwritten()) WritePicture();
+}
+
+std::optional<Executor::Job> Executor::WaitForJob() {
+  MutexLock lock(mutex_);
+  while (!job_ && !stopping_) changed_.Wait(lock);
+  return std::exchange(job_, std::nullopt);  // one that was started is concluded, stopping or not
+}
+
+void Executor::WritePicture() noexcept {
+  if (const auto error = ErrorOf([this] { plotter_.EndRun(); })) LogLine(*error);
+}
+
+void Executor::Conclude(std::int32_t listId, const RunResult& result) {
+  Tell([&] {
+    if (result.Error) {
+      clients_.NotifyError(*result.Error);
+    } else if (!result.Aborted) {
+      clients_.NotifyListDone(listId);
+    }
+  });
+  Tell([&] { clients_.NotifyListIdle(listId); });
+}
+
+}  // namespace VELTRO::KELVO::VirtualCard

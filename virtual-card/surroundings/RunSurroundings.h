@@ -1,0 +1,29 @@
+// All that a run looks at and acts upon besides the galvos. Who runs lists provides it: a card with its clients, or a
+// program that wants to see what a list draws.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "config/DateTime.h"
+#include "config/ProcessVariables.h"
+#include "surroundings/AbortSignal.h"
+#include "surroundings/FontSource.h"
+#include "surroundings/ListSource.h"
+#include "surroundings/ListVariables.h"
+#include "surroundings/RunInputs.h"
+
+namespace VELTRO::KELVO::VirtualCard {
+
+struct RunSurroundings {
+  AbortSignal& Abort;  // of the run that is running; also wakes its waits
+  RunInputs& Inputs;
+  ListVariables& Variables;
+  ListSource& Lists;
+  FontSource& Fonts;
+  std::function<ClientLib::ProcessVariables()> GetProcessVariables;  // what holds at the start of a run
+  std::function<ClientLib::DateTime()> GetLocalTime;
+  std::function<void(std::int32_t)> TellProgress;
+};
+
+}  // namespace VELTRO::KELVO::VirtualCard
