@@ -275,8 +275,11 @@ TEST_F(Discovery, ConnectsToWhereACardIsByNow) {
       {"400", "0.0.0.0", 0, "Could not re-discover card 400"},  // found, at an address that is none
   };
   GroupSocket socket = (Inside(liar.Space()), GroupSocket(AF_INET, 1900));
-  std::jthread lying([&] {
-    if (!socket.Receive(5000).empty()) socket.Send(Reply("http://card.local:80/", "u-400"));
+  std::jthread lying([&](const std::stop_token& over) {  // to everybody, and of a card that is elsewhere, too
+    while (!over.stop_requested()) {
+      if (socket.Receive(100).empty()) continue;
+      for (const char* usn : {"u-100", "u-400"}) socket.Send(Reply("http://card.local:80/", usn));
+    }
   });
   Together(std::size(rows) + 2, [&](std::uint32_t i) {
     const Inside here(network.Space());
@@ -292,6 +295,19 @@ TEST_F(Discovery, ConnectsToWhereACardIsByNow) {
                               : "vlConnectByCardInfo failed:\n  Could not re-discover card 300\n");
     }
   });
+}
+
+TEST_F(Discovery, CardsTellTheAddressThatIsNearestToTheSearcher) {
+  // 2 has the most leading bits in common with 11, the most trailing ones with 130, and is in no network with 10.1.1.1.
+  Host network("192.168.77.1/24");
+  CardHost card(network, "card", "10.1.1.1/24 192.168.77.130/24 192.168.77.11/24 192.168.77.66/24", {"--ssdp"});
+  Host searcher(network, "searcher", "192.168.77.2/24");
+  const Inside inside(searcher.Space());
+  GroupSocket socket(AF_INET, 2909);
+  socket.Peer = GroupSocket::Group(AF_INET, 1909);
+  socket.Send("M-SEARCH * HTTP/1.1\r\nMAN:\"ssdp:discover\"\r\nST: " + std::string(Target) + "\r\n\r\n");
+  const std::string answer = socket.Receive(5000);
+  EXPECT_NE(answer.find("\r\nLOCATION: http://192.168.77.11:"), std::string::npos) << answer;
 }
 
 TEST_F(Discovery, PingsTheAddressesThatSerialNumbersPredict) {

@@ -39,6 +39,19 @@ TEST(Lists, MayBeReleasedWhileOthersAppend) {
   }
 }
 
+TEST(Lists, AreForgottenByWhoeverUsedThemLast) {
+  FakeCard card(FakeCard::Obliging());
+  const std::int32_t connection = vlConnect("127.0.0.1", card.Port());
+  const std::int64_t released = vlListAllocate(connection);
+  EXPECT_OK(vlListAppendMarkAbs2D(released, 1, 2));
+  EXPECT_OK(vlListReleaseHandle(released));
+  EXPECT_FAILS(vlListAppendMarkAbs2D(released, 1, 2), "List does not exist.");
+  const std::int64_t left = vlListAllocate(connection);
+  EXPECT_OK(vlListAppendMarkAbs2D(left, 1, 2));
+  EXPECT_OK(vlDisconnect(connection));
+  EXPECT_FAILS(vlListAppendMarkAbs2D(left, 1, 2), "There is no connection corresponding to this handle.");
+}
+
 TEST(Lists, KeepTheirLoops) {
   FakeCard card(FakeCard::Obliging());
   Connection connection(card.Port());

@@ -6,6 +6,7 @@
 #include "config/QuadratureDecoderConfig.h"
 #include "config/ScannerConfig.h"
 #include "config/SystemConfig.h"
+#include "int/CardClient.h"
 #include "int/CardProcess.h"
 #include "int/Filler.h"
 #include "int/Helpers.h"
@@ -15,18 +16,20 @@
 namespace VELTRO::KELVO::Test {
 namespace {
 
-// Sets and stores a record of which every field has a value of its own, or fetches the card's. What it has on the
-// wire.
+enum class Way { Set, Store, Fetch };
+
+// Sets, or also stores, a record of which every field has a value of its own, or fetches the card's. What it has on
+// the wire.
 template <class R, class F>
-std::string Pass(bool store, std::int32_t card, std::int32_t (*setter)(std::int32_t, const F*),
+std::string Pass(Way way, std::int32_t card, std::int32_t (*setter)(std::int32_t, const F*),
                  std::int32_t (*storer)(std::int32_t), std::int32_t (*getter)(std::int32_t, F*)) {
   R record;
   F flat{};
-  if (store) {
+  if (way != Way::Fetch) {
     Filler().Fill(record);
     Flat::FromRecord(record, flat);
     EXPECT_OK(setter(card, &flat));
-    EXPECT_OK(storer(card));
+    if (way == Way::Store) EXPECT_OK(storer(card));
   } else {
     EXPECT_OK(getter(card, &flat));
     record = Flat::Taken<R>(&flat);
@@ -34,26 +37,71 @@ std::string Pass(bool store, std::int32_t card, std::int32_t (*setter)(std::int3
   return Hex(Packed(record));
 }
 
+std::vector<std::string> PassAll(Way way, std::int32_t card) {
+#define PASS(Record, area, what) \
+  Pass<Record, vl##Record>(way, card, vl##area##Set##what, vl##area##Store##what, vl##area##Get##what)
+  return {
+      PASS(LaserConfig, Laser, Config),
+      PASS(ScannerConfig, Scanner, Config),
+      PASS(ProcessVariables, Process, Variables),
+      PASS(SystemConfig, System, Config),
+      PASS(MotfConfig, Motf, Config),
+      PASS(QuadratureDecoderConfig, MotfQuadratureDecoder, Config),
+      PASS(EventConfig, Event, Config),
+  };
+#undef PASS
+}
+
 TEST(VirtualCardConfiguration, IsTheSameAfterARestart) {
   const TemporaryDirectory directory;
-  const auto pass = [&](bool store) {
+  const auto pass = [&](Way way) {
     const CardProcess process({"--state", directory.Path});
-    Connection card(process.GetPort());
-#define PASS(Record, area, what) \
-  Pass<Record, vl##Record>(store, card, vl##area##Set##what, vl##area##Store##what, vl##area##Get##what)
-    return std::vector{
-        PASS(LaserConfig, Laser, Config),
-        PASS(ScannerConfig, Scanner, Config),
-        PASS(ProcessVariables, Process, Variables),
-        PASS(SystemConfig, System, Config),
-        PASS(MotfConfig, Motf, Config),
-        PASS(QuadratureDecoderConfig, MotfQuadratureDecoder, Config),
-        PASS(EventConfig, Event, Config),
-    };
-#undef PASS
+    return PassAll(way, Connection(process.GetPort()));
   };
-  const auto stored = pass(true);
-  EXPECT_EQ(pass(false), stored);
+  const auto stored = pass(Way::Store);
+  EXPECT_EQ(pass(Way::Fetch), stored);
+}
+
+TEST(VirtualCardConfiguration, TakesOrDropsAGroupOfSettingsAsAWhole) {
+  const CardProcess process;
+  const Connection card(process.GetPort());
+  const auto before = PassAll(Way::Fetch, card);
+  for (const bool keep : {false, true}) {
+    EXPECT_OK(vlConfigurationBeginUpdate(card));
+    const auto set = PassAll(Way::Set, card);
+    EXPECT_EQ(PassAll(Way::Fetch, card), before);
+    EXPECT_OK(keep ? vlConfigurationEndUpdate(card) : vlConfigurationAbortUpdate(card));
+    EXPECT_EQ(PassAll(Way::Fetch, card), keep ? set : before);
+  }
+}
+
+TEST(VirtualCardConfiguration, RefusesWhatTheCardCannotBe) {
+  const CardProcess process;
+  Client client(process);
+  SystemConfig config;
+  config.TimeZone = "Mars/Olympus";
+  EXPECT_EQ(client.Refusal("SetSystemConfig", config), "There is no time zone 'Mars/Olympus'.");
+  EXPECT_NE(client.Call<SystemConfig>("GetSystemConfig").TimeZone, config.TimeZone);
+}
+
+// With speeds of 0.01 and 0.001, and delays that tell themselves apart.
+TEST(VirtualCardConfiguration, IsWhatARunBeginsWith) {
+  ProcessVariables laser, polygon, sky;
+  laser.JumpSpeed = polygon.JumpSpeed = sky.JumpSpeed = 0.01;
+  laser.MarkSpeed = polygon.MarkSpeed = sky.MarkSpeed = 0.001;
+  laser.LaserOnDelay = -40, laser.LaserOffDelay = 90;
+  polygon.JumpDelay = 200, polygon.PolyDelay = 7, polygon.MarkDelay = 30;
+  sky.SkyWriting.Mode = SkyWritingMode::ForceAtStartFinish;
+  sky.SkyWriting.ExtensionTime = 1, sky.SkyWriting.AccelerationDelay = 20,
+  sky.SkyWriting.DecelerationDelay = 500;
+  const CardProcess process({"--speed", "max"});
+  Client client(process);
+  for (const auto& [variables, microseconds] :
+       {std::pair{laser, 40 + 90}, {polygon, 200 + 7 + 30}, {sky, 21 + 501}}) {
+    client.Call("SetVariables", variables);
+    client.Run("JR 1,0 MR 1,0 MR 1,0");
+    EXPECT_NEAR(client.Lists.GetLastExecutionStats().ExecutionTime, 100 + 2000 + microseconds, 1e-6);
+  }
 }
 
 }  // namespace

@@ -73,6 +73,23 @@ TEST(Inbox, ATicketNobodyWaitedForLeavesTheNextWaitAlone) {
   }
 }
 
+TEST(Inbox, WakesALoneWaiter) {
+  for (const bool isDelivered : {true, false}) {
+    Inbox inbox;
+    const Stopwatch watch;
+    std::jthread waking;
+    const auto wakeSoon = [&] {
+      waking = std::jthread([&] {
+        std::this_thread::sleep_for(milliseconds(50));  // it waits by now; if not, it is not less woken
+        isDelivered ? inbox.Deliver(Received(Response(1, "x"))) : inbox.Close();
+      });
+    };
+    EXPECT_EQ(Ask(inbox, 1, false, DeadlineAfter(milliseconds(5000)), wakeSoon),
+              isDelivered ? "x" : "ConnectionAborted");
+    EXPECT_LT(watch.Milliseconds(), 4000);
+  }
+}
+
 TEST(Inbox, AnAnswerThatRacesWithTheTimeOutIsEitherTakenOrKept) {
   for (unsigned seed = 0; seed < 20; ++seed) {
     Inbox inbox;

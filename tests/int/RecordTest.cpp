@@ -303,5 +303,18 @@ TEST(PlainStructs, GiveEveryKindOfFieldToTheirRecords) {
             "EnableGlobally=true, Exclusions=[ 7, 8 ] } ] }");
 }
 
+// There and back would undo a matrix that is turned about its diagonal.
+TEST(Transforms, HaveTheRowsOfThePlainOnes) {
+  vlProcessVariables variables{};
+  EXPECT_EQ(vlProcessInitVariables(&variables), 0);
+  variables.Transformation = {{{1, 2, 3}, {4, 5, 6}, {7, 8, 9}}, {10, 11, 12}};
+  char text[2000];
+  std::uint32_t length = 0;
+  EXPECT_EQ(vlProcessToStringVariables(&variables, text, sizeof text, &length), 0);
+  EXPECT_NE(std::string(text).find(" Transformation={ ( 1, 2, 3, 4, 5, 6, 7, 8, 9 ), ( 10, 11, 12 ) }"),
+            std::string::npos)
+      << text;
+}
+
 }  // namespace
 }  // namespace VELTRO::KELVO::Test

@@ -1,9 +1,11 @@
 // The connection from the inside: connecting, waiting, reading, ending, each with time-outs of the test's
 // own.
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <unistd.h>
 
 #include <fstream>
+#include <future>
 #include <iterator>
 
 #include "Helpers.h"
@@ -34,6 +36,30 @@ TEST(Adapter, GivesUpConnectingAfterItsTimeout) {
             "Error: Cannot open connection to 127.0.0.1/" + std::to_string(hole.port) + ".");
   EXPECT_GE(watch.Milliseconds(), 199);
   EXPECT_LT(watch.Milliseconds(), 2000);
+}
+
+// On one processor everybody goes ahead of this thread, so a card that speaks first is heard before Connect returns.
+TEST(Adapter, KnowsItsHandleWhenTheFirstNotificationComes) {
+  std::thread([] {
+    cpu_set_t one{};
+    CPU_SET(static_cast<std::size_t>(sched_getcpu()), &one);
+    const sched_param none{};
+    EXPECT_EQ(sched_setaffinity(0, sizeof one, &one), 0);
+    EXPECT_EQ(sched_setscheduler(0, SCHED_IDLE | SCHED_RESET_ON_FORK, &none), 0);
+    FakeCard card([](Peer& peer) {
+      peer.Send(Notification(0x11, 5));
+      peer.WaitForEnd();
+    });
+    ClientAdapter adapter;
+    std::promise<int> told;
+    adapter.GetListEvents().RegisterCallback(ListEventKind::Progress,
+                                             [&](int handle, int) { told.set_value(handle); });
+    adapter.Connect(Loopback, card.Port(), 5000, 7);
+    auto handle = told.get_future();
+    ASSERT_EQ(handle.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    EXPECT_EQ(handle.get(), 7);
+    adapter.Disconnect();
+  }).join();
 }
 
 TEST(Adapter, DisconnectsAtOnceWhileConnecting) {

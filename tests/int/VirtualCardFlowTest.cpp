@@ -5,6 +5,7 @@
 #include "lists/ListStatus.h"
 #include "services/Font.h"
 #include "support/Process.h"
+#include "surroundings/AbortSignal.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -185,6 +186,23 @@ TEST(VirtualCardFlow, MarksCharactersTimesAndCounters) {
   client.Call("SetFontActive", 3);
   const Text time = Way(client, "MT");
   EXPECT_EQ(time.substr(6, 3) + time.substr(15, 3) + time.substr(24), "58 58 done") << time;
+}
+
+TEST(VirtualCardFlow, MissesNoKnock) {
+  using namespace std::chrono_literals;
+  const Stopwatch watch;
+  for (const bool isAsleep : {false, true}) {
+    VirtualCard::AbortSignal signal;
+    const std::uint64_t wakes = signal.GetWakes();  // whatever is looked at is looked at now
+    std::jthread knocking([&] {
+      if (isAsleep) std::this_thread::sleep_for(50ms);
+      signal.Raise();
+    });
+    if (!isAsleep) knocking.join();
+    signal.WaitUntil(std::chrono::steady_clock::now() + 10s, wakes);
+    EXPECT_TRUE(signal.IsRaised());
+  }
+  EXPECT_LT(watch.Milliseconds(), 5000);
 }
 
 }  // namespace

@@ -77,6 +77,30 @@ TEST(VirtualCardMemory, AQueueIsClearedWithoutAny) {
   EXPECT_TRUE(queue.IsEmpty() && queue.GetSize() == 0 && queue.GetNotificationBytes() == 0);
 }
 
+TEST(VirtualCardMemory, AQueueForgetsWhatIsSentAndKeepsTheRestInOrder) {
+  using Bytes = std::vector<unsigned char>;
+  OutputQueue queue;
+  Bytes sent, taken;
+  std::size_t mostMemory = 0;
+  for (int frame = 0; frame < 300; ++frame) {
+    const auto kind = frame % 3 == 0 ? FrameKind::Notification : FrameKind::Answer;
+    const Bytes bytes(frame % 50 == 0 ? 100000 : 10, static_cast<unsigned char>(frame));
+    queue.Append(kind, bytes);
+    EXPECT_EQ(queue.GetNotificationBytes(), kind == FrameKind::Notification ? bytes.size() : 0U) << frame;
+    sent.insert(sent.end(), bytes.begin(), bytes.end());
+    mostMemory = std::max(mostMemory, queue.GetMemory());
+    while (!queue.IsEmpty()) {  // a part, and what is left of the piece
+      const auto part = queue.Front().first((queue.Front().size() + 1) / 2);
+      taken.insert(taken.end(), part.begin(), part.end());
+      queue.Drop(part.size());
+      EXPECT_EQ(queue.GetSize(), sent.size() - taken.size());
+    }
+    EXPECT_EQ(queue.GetMemory() + queue.GetNotificationBytes(), 0U) << frame;
+  }
+  EXPECT_TRUE(taken == sent);
+  EXPECT_LT(mostMemory, 101000U);
+}
+
 TEST(VirtualCardMemory, WantOfItEndsCallsAndConnectionsAndNothingElse) {
   isExempt = true;
   const PictureFile picture;

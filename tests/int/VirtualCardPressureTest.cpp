@@ -186,6 +186,19 @@ TEST(VirtualCardPressure, ListsFontsAndWhatIsNotReadStayWithinTheCardsMemory) {
   EXPECT_LT(Growth(card, before), 600 * MiB);
 }
 
+TEST(VirtualCardPressure, WhoAsksWithoutReadingWaitsAndGetsEverything) {
+  constexpr std::size_t Commands = 250000, Answers = 40;
+  const CardProcess card({"--memory", std::to_string(8 * MiB)});
+  Client client(card);
+  CommandList noops = Noops(Commands);
+  client.Lists.Set(1, noops, false, -1);
+  Peer peer(Connect(card));
+  for (int i = 0; i < static_cast<int>(Answers); ++i)
+    peer.Send(FrameOf(0x00, 1, "GetList", std::make_tuple(1)));
+  usleep(300000);  // in which a card that asks for more would have made more of them than it has room for
+  EXPECT_TRUE(peer.Fill(Answers * Commands * 4)) << "it was disconnected";
+}
+
 TEST(VirtualCardPressure, ConnectionsBeyondTheLimitAreClosed) {
   CardProcess card({"--connections", "6"});
   Client client(card);
