@@ -13,6 +13,7 @@ namespace {
 using ClientLib::ClientAPI;
 using ClientLib::IPAddress;
 using ClientLib::ListEventKind;
+using ClientLib::UncheckedMethod;
 
 // A connection as an application has it: with its handshake, list events and time-out.
 class Client {
@@ -21,10 +22,11 @@ class Client {
 
   // The same call that the reference makes.
   void SmallCall() {
-    if (client_.Call<bool>("GetIsScanning", 0)) throw std::runtime_error("true instead of false");
+    if (client_.Call<bool>(UncheckedMethod{"GetIsScanning"}, 0))
+      throw std::runtime_error("true instead of false");
   }
 
-  void Request(const char* method, int argument) { client_.Call(method, argument); }
+  void Request(const char* method, int argument) { client_.Call(UncheckedMethod{method}, argument); }
 
   // From here on `receiver` gets every progress value, as a registered callback gets it.
   template <class Receiver>

@@ -161,12 +161,13 @@ std::vector<std::string> UploadFrames() {
   std::vector<std::string> frames;
   for (std::size_t start = 0; start < list.GetCommandCount();) {
     const std::size_t end = list.FindChunkEnd(start);
-    list.SetRange(start, end);
     msgpack::sbuffer body;
     msgpack::packer packer(body);
     packer.pack(static_cast<std::uint32_t>(frames.size() + 1));
     packer.pack("SetList");
-    packer.pack_array(3).pack(1).pack(list).pack(start > 0);
+    CommandList piece;
+    for (std::size_t i = start; i < end; ++i) piece.Append(list.At(i));
+    packer.pack_array(3).pack(1).pack(piece).pack(start > 0);
     std::string frame(kHeaderSize, '\0');
     WriteHeader(frame.data(), FrameType::Request, body.size());
     frames.push_back(frame.append(body.data(), body.size()));

@@ -40,10 +40,12 @@ bool HoldsExactly(const CommandList& list, Views commands) {
   return same && i == commands.size() && i == list.GetCommandCount();
 }
 
-void CheckPacked(CommandList list, std::size_t first, std::size_t last, Views commands) {
-  list.SetRange(first, last);
-  msgpack::sbuffer packed;
-  msgpack::pack(packed, list);
+void CheckPacked(const CommandList& list, std::size_t first, std::size_t last, Views commands) {
+  OutputPacket packet = OutputPacket::AllocateNotification();
+  PackArgument(packet, ListPiece{list, first, last});
+  std::string packed;
+  for (const auto piece : packet.CloseInPieces()) packed.append(piece.begin(), piece.end());
+  packed.erase(0, Packet::FullHeaderLen);
   const msgpack::sbuffer plain = PackPlainly(list.GetListField(), commands);
   Require(packed.size() == plain.size() && std::memcmp(packed.data(), plain.data(), plain.size()) == 0,
           "a list travels as the MessagePack library would write it");

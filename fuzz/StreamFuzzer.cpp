@@ -156,7 +156,8 @@ class Client {
     card.EndOfCalls();
     TakeEvents();
     api_.Disconnect();
-    Require(!Succeeds([&] { api_.Call("GetListStatus"); }), "nothing is called without a connection");
+    Require(!Succeeds([&] { api_.Call(UncheckedMethod{"GetListStatus"}); }),
+            "nothing is called without a connection");
     CheckEvents();
   }
 
@@ -211,13 +212,13 @@ class Client {
         static_cast<void>(list_.GetLastExecutionStats().ToString());
         break;
       case 7: {
-        const auto result = api_.Call<msgpack::object>("GetAnything", true, -1, "text");
+        const auto result = api_.Call<msgpack::object>(UncheckedMethod{"GetAnything"}, true, -1, "text");
         Require(!LogText(result.Object.get()).empty(), "every result has a text");
         if (calls_ < expected_.Answers.size()) CheckResult(result, expected_.Answers[calls_]);
         break;
       }
       case 8:
-        api_.Call<double>("GetNumber");
+        api_.Call<double>(UncheckedMethod{"GetNumber"});
         break;
       case 9: {
         CommandList commands;
@@ -227,7 +228,7 @@ class Client {
         break;
       }
       case 10:
-        api_.Call<std::vector<std::string>>("GetNames");
+        api_.Call<std::vector<std::string>>(UncheckedMethod{"GetNames"});
         break;
       default: {
         CommandList nothing;
@@ -256,7 +257,7 @@ class Client {
       case CallbackAction::Nothing:
         break;
       case CallbackAction::CallCard:
-        Require(!Succeeds([&] { api_.Call("GetListStatus"); }),
+        Require(!Succeeds([&] { api_.Call(UncheckedMethod{"GetListStatus"}); }),
                 "a callback does not call its own connection");
         Require(!Succeeds([&] { list_.WaitForProgress(); }), "a callback does not wait for its connection");
         Require(!Succeeds([&] { api_.Disconnect(); }), "a callback does not disconnect");

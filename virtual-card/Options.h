@@ -7,13 +7,14 @@
 #include <string>
 #include <vector>
 
+#include "client/CardInfo.h"
 #include "console/InputSetting.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
 struct Options {
   std::string Address;
-  int Port = 49374;
+  int Port = ClientLib::CardInfo::DefaultPort;
   std::string Firmware = "Virtual 3.10";
   std::string Serial = "12345";
   double Speed = 1;     // simulated time per real time; infinite: no waiting

@@ -188,7 +188,7 @@ void ToRecord(const F& flat, std::map<Key, T>& field) {
 template <HasFields R, class F>
 void FromRecord(const R& record, F& flat) {
   if constexpr (IsRecord<R>) flat.ConfigVersion = record.ConfigVersion;
-  // A record inside another is the one that is named; on the way back (Taken) it is the outermost.
+  // When an inner record does not fit, the error names the inner one. On the way back (Taken) it names the outermost.
   Converting<R>("to", [&] {
     R::ForEachPair(record, flat, [](const auto& field, auto& namesake) { FromRecord(field, namesake); });
   });

@@ -14,7 +14,7 @@ void HandleTable<Kind>::ThrowMissing() {
 template <class Kind>
 void HandleTable<Kind>::Entry::Release() {
   Object gone;  // destroyed after the lock
-  const MomentLock lock(mutex_);
+  const MutexLock lock(mutex_);
   released_ = true;
   std::swap(gone, object_);
 }

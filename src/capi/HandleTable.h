@@ -7,7 +7,6 @@
 #include <unordered_map>
 #include <utility>
 
-#include "common/MomentMutex.h"
 #include "common/Mutex.h"
 #include "lists/CommandList.h"
 #include "services/Font.h"
@@ -42,7 +41,7 @@ class HandleTable {
     // when it was released meanwhile. `f` must neither wait for a card nor call out.
     template <class F>
     auto Use(F&& f) KELVO_EXCLUDES(mutex_) {
-      const MomentLock lock(mutex_);
+      const MutexLock lock(mutex_);
       if (IsReleased()) ThrowMissing();
       return f(object_);
     }
@@ -51,7 +50,7 @@ class HandleTable {
     bool IsReleased() const { return released_.load(std::memory_order_relaxed); }
 
    private:
-    MomentMutex mutex_;
+    Mutex mutex_;
     std::atomic<bool> released_ = false;  // set under the mutex
     Object object_ KELVO_GUARDED_BY(mutex_);
   };

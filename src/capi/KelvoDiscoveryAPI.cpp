@@ -3,6 +3,7 @@
 #include <cstring>
 #include <vector>
 
+#include "capi/CallersArray.h"
 #include "capi/NewConnection.h"
 #include "client/CardAddresses.h"
 #include "kelvo/KelvoClientAPI.h"
@@ -26,21 +27,19 @@ std::string ReadField(const char (&field)[N]) {
   return {field, strnlen(field, N - 1)};
 }
 
+void PutCard(const CardInfo& found, vlCardInfo& card) {
+  CopyField(found.SerialNumber, card.SerialNumber);
+  card.Port = found.Port;
+  CopyField(found.Address.ToString(), card.IPAddress);
+}
+
 // Finds cards into the caller's array. Throws std::runtime_error `tooSmall` when it has not that much room, before
 // anything is written.
 template <class Find>
 int32_t FindCards(vlCardInfo* cards, uint32_t capacity, uint32_t* count, const char* tooSmall, Find&& find) {
   return Guarded([&] {
-    NotNull(count, "count");
-    if (capacity > 0) NotNull(cards, "cards");
-    const std::vector<CardInfo> found = find();
-    if (found.size() > capacity) throw std::runtime_error(tooSmall);
-    for (std::size_t i = 0; i < found.size(); ++i) {
-      CopyField(found[i].SerialNumber, cards[i].SerialNumber);
-      cards[i].Port = found[i].Port;
-      CopyField(found[i].Address.ToString(), cards[i].IPAddress);
-    }
-    *count = static_cast<uint32_t>(found.size());
+    CallersArray array(cards, "cards", capacity, count);
+    array.Fill(find(), tooSmall, &PutCard);
   });
 }
 

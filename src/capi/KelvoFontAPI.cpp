@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "capi/CallersArray.h"
 #include "capi/Frame.h"
 
 using namespace VELTRO::KELVO::ClientLib;
@@ -69,11 +70,9 @@ int32_t vlFontClear(int64_t font) {
 
 int32_t vlFontChars(int64_t font, uint16_t* characters, uint32_t capacity, uint32_t* count) {
   return OnFont(font, [&](const Font& source) {
-    NotNull(count, "count");
-    if (capacity > 0) NotNull(characters, "characters");
-    if (source.CharContainer.size() > capacity) throw std::runtime_error("Buffer is too small.");
-    for (const auto& [character, glyph] : source.CharContainer) *characters++ = character;
-    *count = static_cast<uint32_t>(source.CharContainer.size());
+    CallersArray array(characters, "characters", capacity, count);
+    array.Fill(source.CharContainer, "Buffer is too small.",
+               [](const auto& glyph, uint16_t& character) { character = glyph.first; });
   });
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "capi/CallersArray.h"
 #include "capi/FlatRecord.h"
 #include "config/LaserAPI.h"
 
@@ -96,12 +97,10 @@ int32_t vlLaserStorePowerCalibration(int32_t handle, uint32_t engine) {
 int32_t vlLaserGetPowerCalibration(int32_t handle, uint32_t engine, uint32_t* buffer, uint32_t capacity,
                                    uint32_t* count) {
   return On<LaserAPI>(handle, [&](LaserAPI& laser) {
-    NotNull(count, "count");
-    if (capacity > 0) NotNull(buffer, "buffer");
+    CallersArray array(buffer, "buffer", capacity, count);
     const LaserAPI::Calibration values = laser.GetPowerCalibration(static_cast<int>(engine));
-    *count = static_cast<uint32_t>(values.size());  // also of a buffer that is too small
-    if (values.size() > capacity) throw std::runtime_error("Buffer is too small");
-    std::ranges::copy(values, buffer);
+    array.TellCount(values.size());
+    array.Fill(values, "Buffer is too small");
   });
 }
 

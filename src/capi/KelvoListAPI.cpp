@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "capi/CallersArray.h"
 #include "capi/Frame.h"
 #include "capi/TextBuffer.h"
 #include "lists/CommandTextReader.h"
@@ -129,12 +130,10 @@ int32_t vlListDelete(int32_t handle, int32_t list_id, bool flag) {
 
 int32_t vlListGetStoredListIDs(int32_t handle, int32_t* ids, uint32_t capacity, uint32_t* count) {
   return OnConnection(handle, [&](ConnectionContext& connection) {
-    NotNull(count, "count");
-    if (capacity > 0) NotNull(ids, "ids");
+    CallersArray array(ids, "ids", capacity, count);
     const auto stored = connection.GetListAPI().GetStoredListIDs();
-    *count = static_cast<uint32_t>(stored.size());  // also of a buffer that is too small
-    if (stored.size() > capacity) throw std::runtime_error("Buffer is too small.");
-    std::copy(stored.begin(), stored.end(), ids);
+    array.TellCount(stored.size());
+    array.Fill(stored, "Buffer is too small.");
   });
 }
 

@@ -1,6 +1,7 @@
-// The functions that append commands: a row each, its name, its parameters, and the call that it is.
+// The functions that append commands: each is one call of the list's method.
 #include "kelvo/KelvoListAppendAPI.h"
 
+#include "capi/FlatRecord.h"
 #include "capi/Frame.h"
 
 using namespace VELTRO::KELVO::ClientLib;
@@ -41,23 +42,13 @@ std::span<const double> JumpTargets(const Given* points, uint32_t count) {
   return {reinterpret_cast<const double*>(targets.data()), targets.size_bytes() / sizeof(double)};
 }
 
-struct Shots {
-  std::span<const double> Times;
-  std::span<const uint16_t> Powers;
-};
+constexpr const char* NoShots = "There must be at least one powerValue and one exposureTimeValue";
 
-Shots TakeShots(const double* times, uint32_t timeCount, const uint16_t* powers, uint32_t powerCount) {
-  constexpr const char* Complaint = "There must be at least one powerValue and one exposureTimeValue";
-  return {AtLeastOne<double>(times, timeCount, "times", Complaint),
-          AtLeastOne<uint16_t>(powers, powerCount, "powers", Complaint)};
+std::span<const double> ShotTimes(const double* times, uint32_t count) {
+  return AtLeastOne<double>(times, count, "times", NoShots);
 }
-
-Transform3D Taken(const vlTransform3D* transform) {
-  NotNull(transform, "transform");
-  Transform3D taken;
-  std::copy_n(&transform->A[0][0], taken.A.size(), taken.A.begin());
-  std::copy_n(transform->b, taken.B.size(), taken.B.begin());
-  return taken;
+std::span<const uint16_t> ShotPowers(const uint16_t* powers, uint32_t count) {
+  return AtLeastOne<uint16_t>(powers, count, "powers", NoShots);
 }
 
 TraceBufferConfig Taken(const vltbTraceBufferConfig_Struct* config) {
@@ -77,383 +68,594 @@ const char* Label(const char* label) {
 
 }  // namespace
 
-#define KELVO_APPEND(function, parameters, ...)                                \
-  int32_t function parameters {                                                \
-    return OnList(list, [&](CommandList& commands) { commands.__VA_ARGS__; }); \
-  }
+// Calls a method of the list of a handle, inside the frame.
+#define KELVO_APPEND(list, ...) OnList(list, [&](CommandList& commands) { commands.__VA_ARGS__; })
 
 // Motion
-KELVO_APPEND(vlListAppendJumpAbs2D, (int64_t list, double x, double y), AppendJumpAbs(Point2D{x, y}))
-KELVO_APPEND(vlListAppendJumpRel2D, (int64_t list, double dx, double dy), AppendJumpRel(Point2D{dx, dy}))
-KELVO_APPEND(vlListAppendJumpAbs3D, (int64_t list, double x, double y, double z),
-             AppendJumpAbs(Point3D{x, y, z}))
-KELVO_APPEND(vlListAppendJumpRel3D, (int64_t list, double dx, double dy, double dz),
-             AppendJumpRel(Point3D{dx, dy, dz}))
-KELVO_APPEND(vlListAppendMarkAbs2D, (int64_t list, double x, double y), AppendMarkAbs(Point2D{x, y}))
-KELVO_APPEND(vlListAppendMarkRel2D, (int64_t list, double dx, double dy), AppendMarkRel(Point2D{dx, dy}))
-KELVO_APPEND(vlListAppendMarkAbs3D, (int64_t list, double x, double y, double z),
-             AppendMarkAbs(Point3D{x, y, z}))
-KELVO_APPEND(vlListAppendMarkRel3D, (int64_t list, double dx, double dy, double dz),
-             AppendMarkRel(Point3D{dx, dy, dz}))
-KELVO_APPEND(vlListAppendMagnificationAbs, (int64_t list, double magnification, bool wait),
-             AppendMagnificationAbs(magnification, wait))
-KELVO_APPEND(vlListAppendMagnificationRel, (int64_t list, double difference, bool wait),
-             AppendMagnificationRel(difference, wait))
+int32_t vlListAppendJumpAbs2D(int64_t list, double x, double y) {
+  return KELVO_APPEND(list, AppendJumpAbs(Point2D{x, y}));
+}
+int32_t vlListAppendJumpRel2D(int64_t list, double dx, double dy) {
+  return KELVO_APPEND(list, AppendJumpRel(Point2D{dx, dy}));
+}
+int32_t vlListAppendJumpAbs3D(int64_t list, double x, double y, double z) {
+  return KELVO_APPEND(list, AppendJumpAbs(Point3D{x, y, z}));
+}
+int32_t vlListAppendJumpRel3D(int64_t list, double dx, double dy, double dz) {
+  return KELVO_APPEND(list, AppendJumpRel(Point3D{dx, dy, dz}));
+}
+int32_t vlListAppendMarkAbs2D(int64_t list, double x, double y) {
+  return KELVO_APPEND(list, AppendMarkAbs(Point2D{x, y}));
+}
+int32_t vlListAppendMarkRel2D(int64_t list, double dx, double dy) {
+  return KELVO_APPEND(list, AppendMarkRel(Point2D{dx, dy}));
+}
+int32_t vlListAppendMarkAbs3D(int64_t list, double x, double y, double z) {
+  return KELVO_APPEND(list, AppendMarkAbs(Point3D{x, y, z}));
+}
+int32_t vlListAppendMarkRel3D(int64_t list, double dx, double dy, double dz) {
+  return KELVO_APPEND(list, AppendMarkRel(Point3D{dx, dy, dz}));
+}
+int32_t vlListAppendMagnificationAbs(int64_t list, double magnification, bool wait) {
+  return KELVO_APPEND(list, AppendMagnificationAbs(magnification, wait));
+}
+int32_t vlListAppendMagnificationRel(int64_t list, double difference, bool wait) {
+  return KELVO_APPEND(list, AppendMagnificationRel(difference, wait));
+}
 
 // Curves
-KELVO_APPEND(vlListAppendArcAbs2D, (int64_t list, double cx, double cy, double sweep),
-             AppendArcAbs(Point2D{cx, cy}, sweep))
-KELVO_APPEND(vlListAppendArcAbs3D, (int64_t list, double cx, double cy, double cz, double sweep),
-             AppendArcAbs(Point3D{cx, cy, cz}, sweep))
-KELVO_APPEND(vlListAppendArcRel2D, (int64_t list, double cx, double cy, double sweep),
-             AppendArcRel(Point2D{cx, cy}, sweep))
-KELVO_APPEND(vlListAppendArcRel3D, (int64_t list, double cx, double cy, double cz, double sweep),
-             AppendArcRel(Point3D{cx, cy, cz}, sweep))
-KELVO_APPEND(vlListAppendEllipseAbs2D,
-             (int64_t list, double cx, double cy, double a, double b, double rotation),
-             AppendEllipseAbs(Point2D{cx, cy}, a, b, rotation))
-KELVO_APPEND(vlListAppendEllipseAbs3D,
-             (int64_t list, double cx, double cy, double cz, double a, double b, double rotation),
-             AppendEllipseAbs(Point3D{cx, cy, cz}, a, b, rotation))
-KELVO_APPEND(vlListAppendEllipseRel2D,
-             (int64_t list, double cx, double cy, double a, double b, double rotation),
-             AppendEllipseRel(Point2D{cx, cy}, a, b, rotation))
-KELVO_APPEND(vlListAppendEllipseRel3D,
-             (int64_t list, double cx, double cy, double cz, double a, double b, double rotation),
-             AppendEllipseRel(Point3D{cx, cy, cz}, a, b, rotation))
-KELVO_APPEND(vlListAppendEllipticCurveAbs2D,
-             (int64_t list, double cx, double cy, double ratio, double rotation, double sweep),
-             AppendEllipticCurveAbs(Point2D{cx, cy}, ratio, rotation, sweep))
-KELVO_APPEND(vlListAppendEllipticCurveAbs3D,
-             (int64_t list, double cx, double cy, double cz, double ratio, double rotation, double sweep),
-             AppendEllipticCurveAbs(Point3D{cx, cy, cz}, ratio, rotation, sweep))
-KELVO_APPEND(vlListAppendEllipticCurveRel2D,
-             (int64_t list, double cx, double cy, double ratio, double rotation, double sweep),
-             AppendEllipticCurveRel(Point2D{cx, cy}, ratio, rotation, sweep))
-KELVO_APPEND(vlListAppendEllipticCurveRel3D,
-             (int64_t list, double cx, double cy, double cz, double ratio, double rotation, double sweep),
-             AppendEllipticCurveRel(Point3D{cx, cy, cz}, ratio, rotation, sweep))
-KELVO_APPEND(vlListAppendGeneralEllipse,
-             (int64_t list, double cx, double cy, double cz, double ax, double ay, double az, double bx,
-              double by, double bz, double sweep),
-             AppendGeneralEllipse(Point3D{cx, cy, cz}, Point3D{ax, ay, az}, Point3D{bx, by, bz}, sweep))
-KELVO_APPEND(vlListAppendQuadraticBezierAbs2D, (int64_t list, double cx, double cy, double x, double y),
-             AppendBezierAbs(Point2D{cx, cy}, Point2D{x, y}))
-KELVO_APPEND(vlListAppendQuadraticBezierAbs3D,
-             (int64_t list, double cx, double cy, double cz, double x, double y, double z),
-             AppendBezierAbs(Point3D{cx, cy, cz}, Point3D{x, y, z}))
-KELVO_APPEND(vlListAppendQuadraticBezierRel2D, (int64_t list, double cx, double cy, double dx, double dy),
-             AppendBezierRel(Point2D{cx, cy}, Point2D{dx, dy}))
-KELVO_APPEND(vlListAppendQuadraticBezierRel3D,
-             (int64_t list, double cx, double cy, double cz, double dx, double dy, double dz),
-             AppendBezierRel(Point3D{cx, cy, cz}, Point3D{dx, dy, dz}))
-KELVO_APPEND(vlListAppendCubicBezierAbs2D,
-             (int64_t list, double c1x, double c1y, double c2x, double c2y, double x, double y),
-             AppendBezierAbs(Point2D{c1x, c1y}, Point2D{c2x, c2y}, Point2D{x, y}))
-KELVO_APPEND(vlListAppendCubicBezierAbs3D,
-             (int64_t list, double c1x, double c1y, double c1z, double c2x, double c2y, double c2z, double x,
-              double y, double z),
-             AppendBezierAbs(Point3D{c1x, c1y, c1z}, Point3D{c2x, c2y, c2z}, Point3D{x, y, z}))
-KELVO_APPEND(vlListAppendCubicBezierRel2D,
-             (int64_t list, double c1x, double c1y, double c2x, double c2y, double dx, double dy),
-             AppendBezierRel(Point2D{c1x, c1y}, Point2D{c2x, c2y}, Point2D{dx, dy}))
-KELVO_APPEND(vlListAppendCubicBezierRel3D,
-             (int64_t list, double c1x, double c1y, double c1z, double c2x, double c2y, double c2z, double dx,
-              double dy, double dz),
-             AppendBezierRel(Point3D{c1x, c1y, c1z}, Point3D{c2x, c2y, c2z}, Point3D{dx, dy, dz}))
+int32_t vlListAppendArcAbs2D(int64_t list, double cx, double cy, double sweep) {
+  return KELVO_APPEND(list, AppendArcAbs(Point2D{cx, cy}, sweep));
+}
+int32_t vlListAppendArcAbs3D(int64_t list, double cx, double cy, double cz, double sweep) {
+  return KELVO_APPEND(list, AppendArcAbs(Point3D{cx, cy, cz}, sweep));
+}
+int32_t vlListAppendArcRel2D(int64_t list, double cx, double cy, double sweep) {
+  return KELVO_APPEND(list, AppendArcRel(Point2D{cx, cy}, sweep));
+}
+int32_t vlListAppendArcRel3D(int64_t list, double cx, double cy, double cz, double sweep) {
+  return KELVO_APPEND(list, AppendArcRel(Point3D{cx, cy, cz}, sweep));
+}
+int32_t vlListAppendEllipseAbs2D(int64_t list, double cx, double cy, double a, double b, double rotation) {
+  return KELVO_APPEND(list, AppendEllipseAbs(Point2D{cx, cy}, a, b, rotation));
+}
+int32_t vlListAppendEllipseAbs3D(int64_t list, double cx, double cy, double cz, double a, double b,
+                                 double rotation) {
+  return KELVO_APPEND(list, AppendEllipseAbs(Point3D{cx, cy, cz}, a, b, rotation));
+}
+int32_t vlListAppendEllipseRel2D(int64_t list, double cx, double cy, double a, double b, double rotation) {
+  return KELVO_APPEND(list, AppendEllipseRel(Point2D{cx, cy}, a, b, rotation));
+}
+int32_t vlListAppendEllipseRel3D(int64_t list, double cx, double cy, double cz, double a, double b,
+                                 double rotation) {
+  return KELVO_APPEND(list, AppendEllipseRel(Point3D{cx, cy, cz}, a, b, rotation));
+}
+int32_t vlListAppendEllipticCurveAbs2D(int64_t list, double cx, double cy, double ratio, double rotation,
+                                       double sweep) {
+  return KELVO_APPEND(list, AppendEllipticCurveAbs(Point2D{cx, cy}, ratio, rotation, sweep));
+}
+int32_t vlListAppendEllipticCurveAbs3D(int64_t list, double cx, double cy, double cz, double ratio,
+                                       double rotation, double sweep) {
+  return KELVO_APPEND(list, AppendEllipticCurveAbs(Point3D{cx, cy, cz}, ratio, rotation, sweep));
+}
+int32_t vlListAppendEllipticCurveRel2D(int64_t list, double cx, double cy, double ratio, double rotation,
+                                       double sweep) {
+  return KELVO_APPEND(list, AppendEllipticCurveRel(Point2D{cx, cy}, ratio, rotation, sweep));
+}
+int32_t vlListAppendEllipticCurveRel3D(int64_t list, double cx, double cy, double cz, double ratio,
+                                       double rotation, double sweep) {
+  return KELVO_APPEND(list, AppendEllipticCurveRel(Point3D{cx, cy, cz}, ratio, rotation, sweep));
+}
+int32_t vlListAppendGeneralEllipse(int64_t list, double cx, double cy, double cz, double ax, double ay,
+                                   double az, double bx, double by, double bz, double sweep) {
+  return KELVO_APPEND(
+      list, AppendGeneralEllipse(Point3D{cx, cy, cz}, Point3D{ax, ay, az}, Point3D{bx, by, bz}, sweep));
+}
+int32_t vlListAppendQuadraticBezierAbs2D(int64_t list, double cx, double cy, double x, double y) {
+  return KELVO_APPEND(list, AppendBezierAbs(Point2D{cx, cy}, Point2D{x, y}));
+}
+int32_t vlListAppendQuadraticBezierAbs3D(int64_t list, double cx, double cy, double cz, double x, double y,
+                                         double z) {
+  return KELVO_APPEND(list, AppendBezierAbs(Point3D{cx, cy, cz}, Point3D{x, y, z}));
+}
+int32_t vlListAppendQuadraticBezierRel2D(int64_t list, double cx, double cy, double dx, double dy) {
+  return KELVO_APPEND(list, AppendBezierRel(Point2D{cx, cy}, Point2D{dx, dy}));
+}
+int32_t vlListAppendQuadraticBezierRel3D(int64_t list, double cx, double cy, double cz, double dx, double dy,
+                                         double dz) {
+  return KELVO_APPEND(list, AppendBezierRel(Point3D{cx, cy, cz}, Point3D{dx, dy, dz}));
+}
+int32_t vlListAppendCubicBezierAbs2D(int64_t list, double c1x, double c1y, double c2x, double c2y, double x,
+                                     double y) {
+  return KELVO_APPEND(list, AppendBezierAbs(Point2D{c1x, c1y}, Point2D{c2x, c2y}, Point2D{x, y}));
+}
+int32_t vlListAppendCubicBezierAbs3D(int64_t list, double c1x, double c1y, double c1z, double c2x, double c2y,
+                                     double c2z, double x, double y, double z) {
+  return KELVO_APPEND(list,
+                      AppendBezierAbs(Point3D{c1x, c1y, c1z}, Point3D{c2x, c2y, c2z}, Point3D{x, y, z}));
+}
+int32_t vlListAppendCubicBezierRel2D(int64_t list, double c1x, double c1y, double c2x, double c2y, double dx,
+                                     double dy) {
+  return KELVO_APPEND(list, AppendBezierRel(Point2D{c1x, c1y}, Point2D{c2x, c2y}, Point2D{dx, dy}));
+}
+int32_t vlListAppendCubicBezierRel3D(int64_t list, double c1x, double c1y, double c1z, double c2x, double c2y,
+                                     double c2z, double dx, double dy, double dz) {
+  return KELVO_APPEND(list,
+                      AppendBezierRel(Point3D{c1x, c1y, c1z}, Point3D{c2x, c2y, c2z}, Point3D{dx, dy, dz}));
+}
 
 // Lines of pixels and dots
-KELVO_APPEND(vlListAppendBitmapLineAbs2D,
-             (int64_t list, double x0, double y0, double x1, double y1, const uint16_t* powers,
-              uint32_t count, int32_t channel),
-             AppendBitmapLineAbs(Point2D{x0, y0}, Point2D{x1, y1}, Powers(powers, count), channel))
-KELVO_APPEND(vlListAppendBitmapLineAbs3D,
-             (int64_t list, double x0, double y0, double z0, double x1, double y1, double z1,
-              const uint16_t* powers, uint32_t count, int32_t channel),
-             AppendBitmapLineAbs(Point3D{x0, y0, z0}, Point3D{x1, y1, z1}, Powers(powers, count), channel))
-KELVO_APPEND(vlListAppendBitmapLineRel2D,
-             (int64_t list, double x0, double y0, double x1, double y1, const uint16_t* powers,
-              uint32_t count, int32_t channel),
-             AppendBitmapLineRel(Point2D{x0, y0}, Point2D{x1, y1}, Powers(powers, count), channel))
-KELVO_APPEND(vlListAppendBitmapLineRel3D,
-             (int64_t list, double x0, double y0, double z0, double x1, double y1, double z1,
-              const uint16_t* powers, uint32_t count, int32_t channel),
-             AppendBitmapLineRel(Point3D{x0, y0, z0}, Point3D{x1, y1, z1}, Powers(powers, count), channel))
-
-#define KELVO_SHOTS \
-  const double *times, uint32_t time_count, const uint16_t *powers, uint32_t power_count, int32_t channel
-#define KELVO_APPEND_SHOTS(function, method, coordinates, from, to)          \
-  int32_t function coordinates {                                             \
-    return OnList(list, [&](CommandList& commands) {                         \
-      const Shots shots = TakeShots(times, time_count, powers, power_count); \
-      commands.method(from, to, shots.Times, shots.Powers, channel);         \
-    });                                                                      \
-  }
-KELVO_APPEND_SHOTS(vlListAppendPointAndShootLineAbs2D, AppendPointAndShootLineAbs,
-                   (int64_t list, double x0, double y0, double x1, double y1, KELVO_SHOTS), (Point2D{x0, y0}),
-                   (Point2D{x1, y1}))
-KELVO_APPEND_SHOTS(vlListAppendPointAndShootLineAbs3D, AppendPointAndShootLineAbs,
-                   (int64_t list, double x0, double y0, double z0, double x1, double y1, double z1,
-                    KELVO_SHOTS),
-                   (Point3D{x0, y0, z0}), (Point3D{x1, y1, z1}))
-KELVO_APPEND_SHOTS(vlListAppendPointAndShootLineRel2D, AppendPointAndShootLineRel,
-                   (int64_t list, double x0, double y0, double x1, double y1, KELVO_SHOTS), (Point2D{x0, y0}),
-                   (Point2D{x1, y1}))
-KELVO_APPEND_SHOTS(vlListAppendPointAndShootLineRel3D, AppendPointAndShootLineRel,
-                   (int64_t list, double x0, double y0, double z0, double x1, double y1, double z1,
-                    KELVO_SHOTS),
-                   (Point3D{x0, y0, z0}), (Point3D{x1, y1, z1}))
-#undef KELVO_APPEND_SHOTS
-#undef KELVO_SHOTS
-KELVO_APPEND(vlListAppendJumpAndShoot2D,
-             (int64_t list, const vlPoint2D* points, uint32_t count, int32_t pulses),
-             AppendJumpAndShoot(JumpTargets(points, count), false, pulses))
-KELVO_APPEND(vlListAppendJumpAndShoot3D,
-             (int64_t list, const vlPoint3D* points, uint32_t count, int32_t pulses),
-             AppendJumpAndShoot(JumpTargets(points, count), true, pulses))
-KELVO_APPEND(vlListAppendMicroVectors2D, (int64_t list, const vlPoint2DInt* vectors, uint32_t count),
-             AppendMicroVectors(MicroVectors<Point2DInt>(vectors, count)))
-KELVO_APPEND(vlListAppendMicroVectors3D, (int64_t list, const vlPoint3DInt* vectors, uint32_t count),
-             AppendMicroVectors(MicroVectors<Point3DInt>(vectors, count)))
-KELVO_APPEND(vlListAppendPositions2D, (int64_t list, const vlPoint2D* positions, uint32_t count),
-             AppendPositions(Elements<Point2D>(positions, count, "positions")))
-KELVO_APPEND(vlListAppendPositions3D, (int64_t list, const vlPoint3D* positions, uint32_t count),
-             AppendPositions(Elements<Point3D>(positions, count, "positions")))
+int32_t vlListAppendBitmapLineAbs2D(int64_t list, double x0, double y0, double x1, double y1,
+                                    const uint16_t* powers, uint32_t count, int32_t channel) {
+  return KELVO_APPEND(list,
+                      AppendBitmapLineAbs(Point2D{x0, y0}, Point2D{x1, y1}, Powers(powers, count), channel));
+}
+int32_t vlListAppendBitmapLineAbs3D(int64_t list, double x0, double y0, double z0, double x1, double y1,
+                                    double z1, const uint16_t* powers, uint32_t count, int32_t channel) {
+  return KELVO_APPEND(
+      list, AppendBitmapLineAbs(Point3D{x0, y0, z0}, Point3D{x1, y1, z1}, Powers(powers, count), channel));
+}
+int32_t vlListAppendBitmapLineRel2D(int64_t list, double x0, double y0, double x1, double y1,
+                                    const uint16_t* powers, uint32_t count, int32_t channel) {
+  return KELVO_APPEND(list,
+                      AppendBitmapLineRel(Point2D{x0, y0}, Point2D{x1, y1}, Powers(powers, count), channel));
+}
+int32_t vlListAppendBitmapLineRel3D(int64_t list, double x0, double y0, double z0, double x1, double y1,
+                                    double z1, const uint16_t* powers, uint32_t count, int32_t channel) {
+  return KELVO_APPEND(
+      list, AppendBitmapLineRel(Point3D{x0, y0, z0}, Point3D{x1, y1, z1}, Powers(powers, count), channel));
+}
+int32_t vlListAppendPointAndShootLineAbs2D(int64_t list, double x0, double y0, double x1, double y1,
+                                           const double* times, uint32_t time_count, const uint16_t* powers,
+                                           uint32_t power_count, int32_t channel) {
+  return KELVO_APPEND(
+      list, AppendPointAndShootLineAbs(Point2D{x0, y0}, Point2D{x1, y1}, ShotTimes(times, time_count),
+                                       ShotPowers(powers, power_count), channel));
+}
+int32_t vlListAppendPointAndShootLineAbs3D(int64_t list, double x0, double y0, double z0, double x1,
+                                           double y1, double z1, const double* times, uint32_t time_count,
+                                           const uint16_t* powers, uint32_t power_count, int32_t channel) {
+  return KELVO_APPEND(
+      list, AppendPointAndShootLineAbs(Point3D{x0, y0, z0}, Point3D{x1, y1, z1}, ShotTimes(times, time_count),
+                                       ShotPowers(powers, power_count), channel));
+}
+int32_t vlListAppendPointAndShootLineRel2D(int64_t list, double x0, double y0, double x1, double y1,
+                                           const double* times, uint32_t time_count, const uint16_t* powers,
+                                           uint32_t power_count, int32_t channel) {
+  return KELVO_APPEND(
+      list, AppendPointAndShootLineRel(Point2D{x0, y0}, Point2D{x1, y1}, ShotTimes(times, time_count),
+                                       ShotPowers(powers, power_count), channel));
+}
+int32_t vlListAppendPointAndShootLineRel3D(int64_t list, double x0, double y0, double z0, double x1,
+                                           double y1, double z1, const double* times, uint32_t time_count,
+                                           const uint16_t* powers, uint32_t power_count, int32_t channel) {
+  return KELVO_APPEND(
+      list, AppendPointAndShootLineRel(Point3D{x0, y0, z0}, Point3D{x1, y1, z1}, ShotTimes(times, time_count),
+                                       ShotPowers(powers, power_count), channel));
+}
+int32_t vlListAppendJumpAndShoot2D(int64_t list, const vlPoint2D* points, uint32_t count, int32_t pulses) {
+  return KELVO_APPEND(list, AppendJumpAndShoot(JumpTargets(points, count), false, pulses));
+}
+int32_t vlListAppendJumpAndShoot3D(int64_t list, const vlPoint3D* points, uint32_t count, int32_t pulses) {
+  return KELVO_APPEND(list, AppendJumpAndShoot(JumpTargets(points, count), true, pulses));
+}
+int32_t vlListAppendMicroVectors2D(int64_t list, const vlPoint2DInt* vectors, uint32_t count) {
+  return KELVO_APPEND(list, AppendMicroVectors(MicroVectors<Point2DInt>(vectors, count)));
+}
+int32_t vlListAppendMicroVectors3D(int64_t list, const vlPoint3DInt* vectors, uint32_t count) {
+  return KELVO_APPEND(list, AppendMicroVectors(MicroVectors<Point3DInt>(vectors, count)));
+}
+int32_t vlListAppendPositions2D(int64_t list, const vlPoint2D* positions, uint32_t count) {
+  return KELVO_APPEND(list, AppendPositions(Elements<Point2D>(positions, count, "positions")));
+}
+int32_t vlListAppendPositions3D(int64_t list, const vlPoint3D* positions, uint32_t count) {
+  return KELVO_APPEND(list, AppendPositions(Elements<Point3D>(positions, count, "positions")));
+}
 
 // Where things are
-KELVO_APPEND(vlListAppendScalingFactor, (int64_t list, double x, double y),
-             AppendScalingFactor(Point2D{x, y}))
-KELVO_APPEND(vlListAppendHeadingScale, (int64_t list, double x, double y, double z),
-             AppendHeadingTransformation(Point3D{x, y, z}))
-KELVO_APPEND(vlListAppendTransformation, (int64_t list, const vlTransform3D* transform),
-             AppendTransformation(Taken(transform)))
-KELVO_APPEND(vlListAppendHeadBias,
-             (int64_t list, int32_t head, int32_t axes, const double* biases, uint32_t count),
-             AppendHeadBias(head, static_cast<Axes::_enumerated>(axes),
-                            Elements<double>(biases, count, "biases")))
-KELVO_APPEND(vlListAppendSelectHeadCorrection, (int64_t list, int32_t head, int32_t correction),
-             AppendSelectHeadCorrection(head, correction))
+int32_t vlListAppendScalingFactor(int64_t list, double x, double y) {
+  return KELVO_APPEND(list, AppendScalingFactor(Point2D{x, y}));
+}
+int32_t vlListAppendHeadingScale(int64_t list, double x, double y, double z) {
+  return KELVO_APPEND(list, AppendHeadingTransformation(Point3D{x, y, z}));
+}
+int32_t vlListAppendTransformation(int64_t list, const vlTransform3D* transform) {
+  return KELVO_APPEND(list, AppendTransformation(Flat::Taken<Transform3D>(transform, "transform")));
+}
+int32_t vlListAppendHeadBias(int64_t list, int32_t head, int32_t axes, const double* biases, uint32_t count) {
+  return KELVO_APPEND(list, AppendHeadBias(head, static_cast<Axes::_enumerated>(axes),
+                                           Elements<double>(biases, count, "biases")));
+}
+int32_t vlListAppendSelectHeadCorrection(int64_t list, int32_t head, int32_t correction) {
+  return KELVO_APPEND(list, AppendSelectHeadCorrection(head, correction));
+}
 
 // Speeds and delays
-KELVO_APPEND(vlListAppendJumpSpeed, (int64_t list, double speed), AppendJumpSpeed(speed))
-KELVO_APPEND(vlListAppendMarkSpeed, (int64_t list, double speed), AppendMarkSpeed(speed))
-KELVO_APPEND(vlListAppendMagnificationSpeed, (int64_t list, double speed), AppendMagnificationSpeed(speed))
-KELVO_APPEND(vlListAppendSpeedScale, (int64_t list, double factor), AppendSpeedScale(factor))
-KELVO_APPEND(vlListAppendJumpDelay, (int64_t list, double delay_us), AppendJumpDelay(delay_us))
-KELVO_APPEND(vlListAppendMinJumpDelay, (int64_t list, double delay_us), AppendMinimumJumpDelay(delay_us))
-KELVO_APPEND(vlListAppendJumpLengthLimit, (int64_t list, double length), AppendJumpLengthLimit(length))
-KELVO_APPEND(vlListAppendEnableVariableJumpDelay, (int64_t list, bool on), AppendEnableVariableJumpDelay(on))
-KELVO_APPEND(vlListAppendMarkDelay, (int64_t list, double delay_us), AppendMarkDelay(delay_us))
-KELVO_APPEND(vlListAppendPolyDelay, (int64_t list, double delay_us), AppendPolyDelay(delay_us))
-KELVO_APPEND(vlListAppendEnableVariablePolyDelay, (int64_t list, bool on), AppendEnableVariablePolyDelay(on))
-KELVO_APPEND(vlListAppendLaserOnDelay, (int64_t list, double delay_us), AppendLaserOnDelay(delay_us))
-KELVO_APPEND(vlListAppendLaserOffDelay, (int64_t list, double delay_us), AppendLaserOffDelay(delay_us))
-KELVO_APPEND(vlListAppendEvaluationLeadTime, (int64_t list, double time_us),
-             AppendEvaluationLeadTime(time_us))
-KELVO_APPEND(vlListAppendSleep, (int64_t list, double duration_us), AppendSleep(duration_us))
+int32_t vlListAppendJumpSpeed(int64_t list, double speed) {
+  return KELVO_APPEND(list, AppendJumpSpeed(speed));
+}
+int32_t vlListAppendMarkSpeed(int64_t list, double speed) {
+  return KELVO_APPEND(list, AppendMarkSpeed(speed));
+}
+int32_t vlListAppendMagnificationSpeed(int64_t list, double speed) {
+  return KELVO_APPEND(list, AppendMagnificationSpeed(speed));
+}
+int32_t vlListAppendSpeedScale(int64_t list, double factor) {
+  return KELVO_APPEND(list, AppendSpeedScale(factor));
+}
+int32_t vlListAppendJumpDelay(int64_t list, double delay_us) {
+  return KELVO_APPEND(list, AppendJumpDelay(delay_us));
+}
+int32_t vlListAppendMinJumpDelay(int64_t list, double delay_us) {
+  return KELVO_APPEND(list, AppendMinimumJumpDelay(delay_us));
+}
+int32_t vlListAppendJumpLengthLimit(int64_t list, double length) {
+  return KELVO_APPEND(list, AppendJumpLengthLimit(length));
+}
+int32_t vlListAppendEnableVariableJumpDelay(int64_t list, bool on) {
+  return KELVO_APPEND(list, AppendEnableVariableJumpDelay(on));
+}
+int32_t vlListAppendMarkDelay(int64_t list, double delay_us) {
+  return KELVO_APPEND(list, AppendMarkDelay(delay_us));
+}
+int32_t vlListAppendPolyDelay(int64_t list, double delay_us) {
+  return KELVO_APPEND(list, AppendPolyDelay(delay_us));
+}
+int32_t vlListAppendEnableVariablePolyDelay(int64_t list, bool on) {
+  return KELVO_APPEND(list, AppendEnableVariablePolyDelay(on));
+}
+int32_t vlListAppendLaserOnDelay(int64_t list, double delay_us) {
+  return KELVO_APPEND(list, AppendLaserOnDelay(delay_us));
+}
+int32_t vlListAppendLaserOffDelay(int64_t list, double delay_us) {
+  return KELVO_APPEND(list, AppendLaserOffDelay(delay_us));
+}
+int32_t vlListAppendEvaluationLeadTime(int64_t list, double time_us) {
+  return KELVO_APPEND(list, AppendEvaluationLeadTime(time_us));
+}
+int32_t vlListAppendSleep(int64_t list, double duration_us) {
+  return KELVO_APPEND(list, AppendSleep(duration_us));
+}
 
 // Sky-writing, wobble, dashes
-KELVO_APPEND(vlListAppendSkyWritingMode, (int64_t list, int32_t mode),
-             AppendSkyWritingMode(SkyWritingMode::_from_integral(mode)))
-KELVO_APPEND(vlListAppendSkyWritingMinCoH, (int64_t list, double limit), AppendSkyWritingMinCoH(limit))
-KELVO_APPEND(vlListAppendSkyWritingMergedExtensionsMaxCoH, (int64_t list, double limit),
-             AppendSkyWritingMergedExtensionsMaxCoH(limit))
-KELVO_APPEND(vlListAppendSkyWritingAccelerationDelay, (int64_t list, double delay_us),
-             AppendSkyWritingAccelerationDelay(delay_us))
-KELVO_APPEND(vlListAppendSkyWritingDecelerationDelay, (int64_t list, double delay_us),
-             AppendSkyWritingDecelerationDelay(delay_us))
-KELVO_APPEND(vlListAppendSkyWritingExtensionTime, (int64_t list, double time_us),
-             AppendSkyWritingExtensionTime(time_us))
-KELVO_APPEND(vlListAppendSkyWritingLaserOnDelay, (int64_t list, double delay_us),
-             AppendSkyWritingLaserOnDelay(delay_us))
-KELVO_APPEND(vlListAppendSkyWritingLaserOffDelay, (int64_t list, double delay_us),
-             AppendSkyWritingLaserOffDelay(delay_us))
-KELVO_APPEND(vlListAppendEnableWobble, (int64_t list, bool on), AppendEnableWobble(on))
-KELVO_APPEND(vlListAppendWobbleAmplitude, (int64_t list, double x, double y),
-             AppendWobbleAmplitude(Point2D{x, y}))
-KELVO_APPEND(vlListAppendWobbleFrequency, (int64_t list, double x, double y),
-             AppendWobbleFrequency(Point2D{x, y}))
-KELVO_APPEND(vlListAppendWobblePhase, (int64_t list, double x, double y), AppendWobblePhase(Point2D{x, y}))
-KELVO_APPEND(vlListAppendWobbleCircle, (int64_t list, double amplitude, double frequency),
-             AppendWobbleCircle(amplitude, frequency))
-KELVO_APPEND(vlListAppendWobbleEight,
-             (int64_t list, double amplitude_x, double amplitude_y, double frequency),
-             AppendWobbleEight(Point2D{amplitude_x, amplitude_y}, frequency))
-KELVO_APPEND(vlListAppendEnableDashedLine, (int64_t list, bool on, double offset),
-             AppendEnableDashedLine(on, offset))
-KELVO_APPEND(vlListAppendDashedLinePattern, (int64_t list, const double* lengths, uint32_t count),
-             AppendDashedLinePattern(Elements<double>(lengths, count, "lengths")))
+int32_t vlListAppendSkyWritingMode(int64_t list, int32_t mode) {
+  return KELVO_APPEND(list, AppendSkyWritingMode(SkyWritingMode::_from_integral(mode)));
+}
+int32_t vlListAppendSkyWritingMinCoH(int64_t list, double limit) {
+  return KELVO_APPEND(list, AppendSkyWritingMinCoH(limit));
+}
+int32_t vlListAppendSkyWritingMergedExtensionsMaxCoH(int64_t list, double limit) {
+  return KELVO_APPEND(list, AppendSkyWritingMergedExtensionsMaxCoH(limit));
+}
+int32_t vlListAppendSkyWritingAccelerationDelay(int64_t list, double delay_us) {
+  return KELVO_APPEND(list, AppendSkyWritingAccelerationDelay(delay_us));
+}
+int32_t vlListAppendSkyWritingDecelerationDelay(int64_t list, double delay_us) {
+  return KELVO_APPEND(list, AppendSkyWritingDecelerationDelay(delay_us));
+}
+int32_t vlListAppendSkyWritingExtensionTime(int64_t list, double time_us) {
+  return KELVO_APPEND(list, AppendSkyWritingExtensionTime(time_us));
+}
+int32_t vlListAppendSkyWritingLaserOnDelay(int64_t list, double delay_us) {
+  return KELVO_APPEND(list, AppendSkyWritingLaserOnDelay(delay_us));
+}
+int32_t vlListAppendSkyWritingLaserOffDelay(int64_t list, double delay_us) {
+  return KELVO_APPEND(list, AppendSkyWritingLaserOffDelay(delay_us));
+}
+int32_t vlListAppendEnableWobble(int64_t list, bool on) {
+  return KELVO_APPEND(list, AppendEnableWobble(on));
+}
+int32_t vlListAppendWobbleAmplitude(int64_t list, double x, double y) {
+  return KELVO_APPEND(list, AppendWobbleAmplitude(Point2D{x, y}));
+}
+int32_t vlListAppendWobbleFrequency(int64_t list, double x, double y) {
+  return KELVO_APPEND(list, AppendWobbleFrequency(Point2D{x, y}));
+}
+int32_t vlListAppendWobblePhase(int64_t list, double x, double y) {
+  return KELVO_APPEND(list, AppendWobblePhase(Point2D{x, y}));
+}
+int32_t vlListAppendWobbleCircle(int64_t list, double amplitude, double frequency) {
+  return KELVO_APPEND(list, AppendWobbleCircle(amplitude, frequency));
+}
+int32_t vlListAppendWobbleEight(int64_t list, double amplitude_x, double amplitude_y, double frequency) {
+  return KELVO_APPEND(list, AppendWobbleEight(Point2D{amplitude_x, amplitude_y}, frequency));
+}
+int32_t vlListAppendEnableDashedLine(int64_t list, bool on, double offset) {
+  return KELVO_APPEND(list, AppendEnableDashedLine(on, offset));
+}
+int32_t vlListAppendDashedLinePattern(int64_t list, const double* lengths, uint32_t count) {
+  return KELVO_APPEND(list, AppendDashedLinePattern(Elements<double>(lengths, count, "lengths")));
+}
 
 // Laser
-KELVO_APPEND(vlListAppendLaserOn, (int64_t list), AppendLaserOn())
-KELVO_APPEND(vlListAppendLaserOn2, (int64_t list, int32_t pulses, bool wait), AppendLaserOn(pulses, wait))
-KELVO_APPEND(vlListAppendLaserOff, (int64_t list), AppendLaserOff())
-KELVO_APPEND(vlListAppendPower, (int64_t list, uint16_t power, int32_t channel), AppendPower(power, channel))
-KELVO_APPEND(vlListAppendPower2, (int64_t list, uint16_t power, double ramp, int32_t channel),
-             AppendPower(power, ramp, channel))
-KELVO_APPEND(vlListAppendPowerScale, (int64_t list, double factor, int32_t channel),
-             AppendPowerScale(factor, channel))
-KELVO_APPEND(vlListAppendSimmerPower, (int64_t list, uint16_t power), AppendSimmerPower(power))
-KELVO_APPEND(vlListAppendLmFrequency, (int64_t list, double frequency), AppendLmFrequency(frequency))
-KELVO_APPEND(vlListAppendLmWidth, (int64_t list, double width_us), AppendLmWidth(width_us))
-KELVO_APPEND(vlListAppendEnablePilot, (int64_t list, bool on), AppendEnablePilot(on))
-KELVO_APPEND(vlListAppendArmLaser, (int64_t list, bool on), AppendArmLaser(on))
-KELVO_APPEND(vlListAppendEnableVelocityCorrection, (int64_t list, bool on, int32_t channel),
-             AppendEnableVelocityCorrection(on, channel))
-KELVO_APPEND(vlListAppendEnablePowerCorrection, (int64_t list, bool on, int32_t channel),
-             AppendEnablePowerCorrection(on, channel))
-KELVO_APPEND(vlListAppendEnablePowerCalibration, (int64_t list, bool on, int32_t channel),
-             AppendEnablePowerCalibration(on, channel))
+int32_t vlListAppendLaserOn(int64_t list) {
+  return KELVO_APPEND(list, AppendLaserOn());
+}
+int32_t vlListAppendLaserOn2(int64_t list, int32_t pulses, bool wait) {
+  return KELVO_APPEND(list, AppendLaserOn(pulses, wait));
+}
+int32_t vlListAppendLaserOff(int64_t list) {
+  return KELVO_APPEND(list, AppendLaserOff());
+}
+int32_t vlListAppendPower(int64_t list, uint16_t power, int32_t channel) {
+  return KELVO_APPEND(list, AppendPower(power, channel));
+}
+int32_t vlListAppendPower2(int64_t list, uint16_t power, double ramp, int32_t channel) {
+  return KELVO_APPEND(list, AppendPower(power, ramp, channel));
+}
+int32_t vlListAppendPowerScale(int64_t list, double factor, int32_t channel) {
+  return KELVO_APPEND(list, AppendPowerScale(factor, channel));
+}
+int32_t vlListAppendSimmerPower(int64_t list, uint16_t power) {
+  return KELVO_APPEND(list, AppendSimmerPower(power));
+}
+int32_t vlListAppendLmFrequency(int64_t list, double frequency) {
+  return KELVO_APPEND(list, AppendLmFrequency(frequency));
+}
+int32_t vlListAppendLmWidth(int64_t list, double width_us) {
+  return KELVO_APPEND(list, AppendLmWidth(width_us));
+}
+int32_t vlListAppendEnablePilot(int64_t list, bool on) {
+  return KELVO_APPEND(list, AppendEnablePilot(on));
+}
+int32_t vlListAppendArmLaser(int64_t list, bool on) {
+  return KELVO_APPEND(list, AppendArmLaser(on));
+}
+int32_t vlListAppendEnableVelocityCorrection(int64_t list, bool on, int32_t channel) {
+  return KELVO_APPEND(list, AppendEnableVelocityCorrection(on, channel));
+}
+int32_t vlListAppendEnablePowerCorrection(int64_t list, bool on, int32_t channel) {
+  return KELVO_APPEND(list, AppendEnablePowerCorrection(on, channel));
+}
+int32_t vlListAppendEnablePowerCalibration(int64_t list, bool on, int32_t channel) {
+  return KELVO_APPEND(list, AppendEnablePowerCalibration(on, channel));
+}
 
 // Progress, variables, signals
-KELVO_APPEND(vlListAppendProgress, (int64_t list, int32_t value), AppendProgress(value))
-KELVO_APPEND(vlListAppendIncrementCounter, (int64_t list, const char* name),
-             AppendIncrementCounter(Name(name)))
-KELVO_APPEND(vlListAppendBooleanSet, (int64_t list, const char* name, bool value),
-             AppendBooleanSet(Name(name), value))
-KELVO_APPEND(vlListAppendIntegerSet, (int64_t list, const char* name, int32_t value),
-             AppendIntegerSet(Name(name), value))
-KELVO_APPEND(vlListAppendSignalSet, (int64_t list, const char* name), AppendSignalSet(Name(name)))
-KELVO_APPEND(vlListAppendSignalReset, (int64_t list, const char* name), AppendSignalReset(Name(name)))
+int32_t vlListAppendProgress(int64_t list, int32_t value) {
+  return KELVO_APPEND(list, AppendProgress(value));
+}
+int32_t vlListAppendIncrementCounter(int64_t list, const char* name) {
+  return KELVO_APPEND(list, AppendIncrementCounter(Name(name)));
+}
+int32_t vlListAppendBooleanSet(int64_t list, const char* name, bool value) {
+  return KELVO_APPEND(list, AppendBooleanSet(Name(name), value));
+}
+int32_t vlListAppendIntegerSet(int64_t list, const char* name, int32_t value) {
+  return KELVO_APPEND(list, AppendIntegerSet(Name(name), value));
+}
+int32_t vlListAppendSignalSet(int64_t list, const char* name) {
+  return KELVO_APPEND(list, AppendSignalSet(Name(name)));
+}
+int32_t vlListAppendSignalReset(int64_t list, const char* name) {
+  return KELVO_APPEND(list, AppendSignalReset(Name(name)));
+}
 
 // Waits
-KELVO_APPEND(vlListAppendWaitStart, (int64_t list, int32_t timeout_us), AppendWaitStart(timeout_us))
-KELVO_APPEND(vlListAppendWaitForInput,
-             (int64_t list, uint32_t mask, int32_t port, bool expected, bool all, uint32_t value,
-              int32_t timeout_us),
-             AppendWaitForInput(mask, port, expected, all, value, timeout_us))
-KELVO_APPEND(vlListAppendWaitForSignal, (int64_t list, const char* name, int32_t timeout_us),
-             AppendWaitForSignal(Name(name), timeout_us))
-KELVO_APPEND(vlListAppendSuspend, (int64_t list), AppendSuspend())
+int32_t vlListAppendWaitStart(int64_t list, int32_t timeout_us) {
+  return KELVO_APPEND(list, AppendWaitStart(timeout_us));
+}
+int32_t vlListAppendWaitForInput(int64_t list, uint32_t mask, int32_t port, bool expected, bool all,
+                                 uint32_t value, int32_t timeout_us) {
+  return KELVO_APPEND(list, AppendWaitForInput(mask, port, expected, all, value, timeout_us));
+}
+int32_t vlListAppendWaitForSignal(int64_t list, const char* name, int32_t timeout_us) {
+  return KELVO_APPEND(list, AppendWaitForSignal(Name(name), timeout_us));
+}
+int32_t vlListAppendSuspend(int64_t list) {
+  return KELVO_APPEND(list, AppendSuspend());
+}
 
 // Marking on the fly
-KELVO_APPEND(vlListAppendStartMotf, (int64_t list), AppendStartMotf())
-KELVO_APPEND(vlListAppendStopMotf2D, (int64_t list, double x, double y), AppendStopMotf(Point2D{x, y}))
-KELVO_APPEND(vlListAppendStopMotf3D, (int64_t list, double x, double y, double z),
-             AppendStopMotf(Point3D{x, y, z}))
-KELVO_APPEND(vlListAppendMotfWaitPart, (int64_t list, int32_t part), AppendMotfWaitPart(part))
-KELVO_APPEND(vlListAppendMotfWaitDistance, (int64_t list, double distance, int32_t mode, int32_t source),
-             AppendMotfWaitDistance(distance, MotfDistanceMode::_from_integral(mode), source))
-KELVO_APPEND(vlListAppendMotfTileOffset, (int64_t list, double offset), AppendMotfTileOffset(offset))
+int32_t vlListAppendStartMotf(int64_t list) {
+  return KELVO_APPEND(list, AppendStartMotf());
+}
+int32_t vlListAppendStopMotf2D(int64_t list, double x, double y) {
+  return KELVO_APPEND(list, AppendStopMotf(Point2D{x, y}));
+}
+int32_t vlListAppendStopMotf3D(int64_t list, double x, double y, double z) {
+  return KELVO_APPEND(list, AppendStopMotf(Point3D{x, y, z}));
+}
+int32_t vlListAppendMotfWaitPart(int64_t list, int32_t part) {
+  return KELVO_APPEND(list, AppendMotfWaitPart(part));
+}
+int32_t vlListAppendMotfWaitDistance(int64_t list, double distance, int32_t mode, int32_t source) {
+  return KELVO_APPEND(list, AppendMotfWaitDistance(distance, MotfDistanceMode::_from_integral(mode), source));
+}
+int32_t vlListAppendMotfTileOffset(int64_t list, double offset) {
+  return KELVO_APPEND(list, AppendMotfTileOffset(offset));
+}
 
 // Labels and branches
-KELVO_APPEND(vlListAppendLabel, (int64_t list, const char* label), AppendLabel(Label(label)))
-KELVO_APPEND(vlListAppendBranchAbs, (int64_t list, int32_t position), AppendBranchAbs(position))
-KELVO_APPEND(vlListAppendBranchRel, (int64_t list, int32_t distance), AppendBranchRel(distance))
-KELVO_APPEND(vlListAppendBranchToLabel, (int64_t list, const char* label), AppendBranchToLabel(Label(label)))
-KELVO_APPEND(vlListAppendBranchAbsCondPort,
-             (int64_t list, int32_t position, uint32_t mask, int32_t port, bool expected, bool all,
-              uint32_t value),
-             AppendBranchAbs(position, mask, port, expected, all, value))
-KELVO_APPEND(vlListAppendBranchRelCondPort,
-             (int64_t list, int32_t distance, uint32_t mask, int32_t port, bool expected, bool all,
-              uint32_t value),
-             AppendBranchRel(distance, mask, port, expected, all, value))
-KELVO_APPEND(vlListAppendBranchToLabelCondPort,
-             (int64_t list, const char* label, uint32_t mask, int32_t port, bool expected, bool all,
-              uint32_t value),
-             AppendBranchToLabel(Label(label), mask, port, expected, all, value))
-KELVO_APPEND(vlListAppendBranchAbsCondFlag, (int64_t list, int32_t position, const char* name, bool value),
-             AppendBranchAbs(position, Name(name), value))
-KELVO_APPEND(vlListAppendBranchRelCondFlag, (int64_t list, int32_t distance, const char* name, bool value),
-             AppendBranchRel(distance, Name(name), value))
-KELVO_APPEND(vlListAppendBranchToLabelCondFlag,
-             (int64_t list, const char* label, const char* name, bool value),
-             AppendBranchToLabel(Label(label), Name(name), value))
+int32_t vlListAppendLabel(int64_t list, const char* label) {
+  return KELVO_APPEND(list, AppendLabel(Label(label)));
+}
+int32_t vlListAppendBranchAbs(int64_t list, int32_t position) {
+  return KELVO_APPEND(list, AppendBranchAbs(position));
+}
+int32_t vlListAppendBranchRel(int64_t list, int32_t distance) {
+  return KELVO_APPEND(list, AppendBranchRel(distance));
+}
+int32_t vlListAppendBranchToLabel(int64_t list, const char* label) {
+  return KELVO_APPEND(list, AppendBranchToLabel(Label(label)));
+}
+int32_t vlListAppendBranchAbsCondPort(int64_t list, int32_t position, uint32_t mask, int32_t port,
+                                      bool expected, bool all, uint32_t value) {
+  return KELVO_APPEND(list, AppendBranchAbs(position, mask, port, expected, all, value));
+}
+int32_t vlListAppendBranchRelCondPort(int64_t list, int32_t distance, uint32_t mask, int32_t port,
+                                      bool expected, bool all, uint32_t value) {
+  return KELVO_APPEND(list, AppendBranchRel(distance, mask, port, expected, all, value));
+}
+int32_t vlListAppendBranchToLabelCondPort(int64_t list, const char* label, uint32_t mask, int32_t port,
+                                          bool expected, bool all, uint32_t value) {
+  return KELVO_APPEND(list, AppendBranchToLabel(Label(label), mask, port, expected, all, value));
+}
+int32_t vlListAppendBranchAbsCondFlag(int64_t list, int32_t position, const char* name, bool value) {
+  return KELVO_APPEND(list, AppendBranchAbs(position, Name(name), value));
+}
+int32_t vlListAppendBranchRelCondFlag(int64_t list, int32_t distance, const char* name, bool value) {
+  return KELVO_APPEND(list, AppendBranchRel(distance, Name(name), value));
+}
+int32_t vlListAppendBranchToLabelCondFlag(int64_t list, const char* label, const char* name, bool value) {
+  return KELVO_APPEND(list, AppendBranchToLabel(Label(label), Name(name), value));
+}
 
 // Loops
-KELVO_APPEND(vlListAppendLoopStart, (int64_t list, int32_t count), AppendLoopStart(count))
-KELVO_APPEND(vlListAppendLoopEnd, (int64_t list), AppendLoopEnd())
-KELVO_APPEND(vlListAppendLoopBreak, (int64_t list), AppendLoopBreak())
+int32_t vlListAppendLoopStart(int64_t list, int32_t count) {
+  return KELVO_APPEND(list, AppendLoopStart(count));
+}
+int32_t vlListAppendLoopEnd(int64_t list) {
+  return KELVO_APPEND(list, AppendLoopEnd());
+}
+int32_t vlListAppendLoopBreak(int64_t list) {
+  return KELVO_APPEND(list, AppendLoopBreak());
+}
 
 // Switch
-KELVO_APPEND(vlListAppendSwitchPort, (int64_t list, int32_t port, bool shifted, uint32_t mask),
-             AppendSwitch(port, shifted, mask))
-KELVO_APPEND(vlListAppendSwitchValue, (int64_t list, const char* name), AppendSwitch(Name(name)))
-KELVO_APPEND(vlListAppendCaseAbsPort, (int64_t list, int32_t position, uint32_t value),
-             AppendCaseAbs(position, value))
-KELVO_APPEND(vlListAppendCaseAbsValue, (int64_t list, int32_t position, int32_t value),
-             AppendCaseAbs(position, value))
-KELVO_APPEND(vlListAppendCaseRelPort, (int64_t list, int32_t distance, uint32_t value),
-             AppendCaseRel(distance, value))
-KELVO_APPEND(vlListAppendCaseRelValue, (int64_t list, int32_t distance, int32_t value),
-             AppendCaseRel(distance, value))
-KELVO_APPEND(vlListAppendCaseToLabelPort, (int64_t list, const char* label, uint32_t value),
-             AppendCaseToLabel(Label(label), value))
-KELVO_APPEND(vlListAppendCaseToLabelValue, (int64_t list, const char* label, int32_t value),
-             AppendCaseToLabel(Label(label), value))
-KELVO_APPEND(vlListAppendCaseBranchListPort, (int64_t list, int32_t list_id, uint32_t value),
-             AppendCaseBranchList(list_id, value))
-KELVO_APPEND(vlListAppendCaseBranchListValue, (int64_t list, int32_t list_id, int32_t value),
-             AppendCaseBranchList(list_id, value))
-KELVO_APPEND(vlListAppendCaseCallListPort, (int64_t list, int32_t list_id, uint32_t value),
-             AppendCaseCallList(list_id, value))
-KELVO_APPEND(vlListAppendCaseCallListValue, (int64_t list, int32_t list_id, int32_t value),
-             AppendCaseCallList(list_id, value))
-KELVO_APPEND(vlListAppendDefaultAbs, (int64_t list, int32_t position), AppendDefaultAbs(position))
-KELVO_APPEND(vlListAppendDefaultRel, (int64_t list, int32_t distance), AppendDefaultRel(distance))
-KELVO_APPEND(vlListAppendDefaultToLabel, (int64_t list, const char* label),
-             AppendDefaultToLabel(Label(label)))
-KELVO_APPEND(vlListAppendDefaultBranchList, (int64_t list, int32_t list_id), AppendDefaultBranchList(list_id))
-KELVO_APPEND(vlListAppendDefaultCallList, (int64_t list, int32_t list_id), AppendDefaultCallList(list_id))
+int32_t vlListAppendSwitchPort(int64_t list, int32_t port, bool shifted, uint32_t mask) {
+  return KELVO_APPEND(list, AppendSwitch(port, shifted, mask));
+}
+int32_t vlListAppendSwitchValue(int64_t list, const char* name) {
+  return KELVO_APPEND(list, AppendSwitch(Name(name)));
+}
+int32_t vlListAppendCaseAbsPort(int64_t list, int32_t position, uint32_t value) {
+  return KELVO_APPEND(list, AppendCaseAbs(position, value));
+}
+int32_t vlListAppendCaseAbsValue(int64_t list, int32_t position, int32_t value) {
+  return KELVO_APPEND(list, AppendCaseAbs(position, value));
+}
+int32_t vlListAppendCaseRelPort(int64_t list, int32_t distance, uint32_t value) {
+  return KELVO_APPEND(list, AppendCaseRel(distance, value));
+}
+int32_t vlListAppendCaseRelValue(int64_t list, int32_t distance, int32_t value) {
+  return KELVO_APPEND(list, AppendCaseRel(distance, value));
+}
+int32_t vlListAppendCaseToLabelPort(int64_t list, const char* label, uint32_t value) {
+  return KELVO_APPEND(list, AppendCaseToLabel(Label(label), value));
+}
+int32_t vlListAppendCaseToLabelValue(int64_t list, const char* label, int32_t value) {
+  return KELVO_APPEND(list, AppendCaseToLabel(Label(label), value));
+}
+int32_t vlListAppendCaseBranchListPort(int64_t list, int32_t list_id, uint32_t value) {
+  return KELVO_APPEND(list, AppendCaseBranchList(list_id, value));
+}
+int32_t vlListAppendCaseBranchListValue(int64_t list, int32_t list_id, int32_t value) {
+  return KELVO_APPEND(list, AppendCaseBranchList(list_id, value));
+}
+int32_t vlListAppendCaseCallListPort(int64_t list, int32_t list_id, uint32_t value) {
+  return KELVO_APPEND(list, AppendCaseCallList(list_id, value));
+}
+int32_t vlListAppendCaseCallListValue(int64_t list, int32_t list_id, int32_t value) {
+  return KELVO_APPEND(list, AppendCaseCallList(list_id, value));
+}
+int32_t vlListAppendDefaultAbs(int64_t list, int32_t position) {
+  return KELVO_APPEND(list, AppendDefaultAbs(position));
+}
+int32_t vlListAppendDefaultRel(int64_t list, int32_t distance) {
+  return KELVO_APPEND(list, AppendDefaultRel(distance));
+}
+int32_t vlListAppendDefaultToLabel(int64_t list, const char* label) {
+  return KELVO_APPEND(list, AppendDefaultToLabel(Label(label)));
+}
+int32_t vlListAppendDefaultBranchList(int64_t list, int32_t list_id) {
+  return KELVO_APPEND(list, AppendDefaultBranchList(list_id));
+}
+int32_t vlListAppendDefaultCallList(int64_t list, int32_t list_id) {
+  return KELVO_APPEND(list, AppendDefaultCallList(list_id));
+}
 
 // Other lists
-KELVO_APPEND(vlListAppendBranchList, (int64_t list, int32_t list_id), AppendBranchList(list_id))
-KELVO_APPEND(vlListAppendBranchListCondPort,
-             (int64_t list, int32_t list_id, uint32_t mask, int32_t port, bool expected, bool all,
-              uint32_t value),
-             AppendBranchList(list_id, mask, port, expected, all, value))
-KELVO_APPEND(vlListAppendBranchListCondFlag, (int64_t list, int32_t list_id, const char* name, bool value),
-             AppendBranchList(list_id, Name(name), value))
-KELVO_APPEND(vlListAppendCallList, (int64_t list, int32_t list_id), AppendCallList(list_id))
-KELVO_APPEND(vlListAppendCallListCondPort,
-             (int64_t list, int32_t list_id, uint32_t mask, int32_t port, bool expected, bool all,
-              uint32_t value),
-             AppendCallList(list_id, mask, port, expected, all, value))
-KELVO_APPEND(vlListAppendCallListCondFlag, (int64_t list, int32_t list_id, const char* name, bool value),
-             AppendCallList(list_id, Name(name), value))
-KELVO_APPEND(vlListAppendExitList, (int64_t list), AppendExitList())
-KELVO_APPEND(vlListAppendExitListCondPort,
-             (int64_t list, uint32_t mask, int32_t port, bool expected, bool all, uint32_t value),
-             AppendExitList(mask, port, expected, all, value))
-KELVO_APPEND(vlListAppendExitListCondFlag, (int64_t list, const char* name, bool value),
-             AppendExitList(Name(name), value))
-KELVO_APPEND(vlListAppendBranchStandAloneList, (int64_t list), AppendBranchStandAloneList())
+int32_t vlListAppendBranchList(int64_t list, int32_t list_id) {
+  return KELVO_APPEND(list, AppendBranchList(list_id));
+}
+int32_t vlListAppendBranchListCondPort(int64_t list, int32_t list_id, uint32_t mask, int32_t port,
+                                       bool expected, bool all, uint32_t value) {
+  return KELVO_APPEND(list, AppendBranchList(list_id, mask, port, expected, all, value));
+}
+int32_t vlListAppendBranchListCondFlag(int64_t list, int32_t list_id, const char* name, bool value) {
+  return KELVO_APPEND(list, AppendBranchList(list_id, Name(name), value));
+}
+int32_t vlListAppendCallList(int64_t list, int32_t list_id) {
+  return KELVO_APPEND(list, AppendCallList(list_id));
+}
+int32_t vlListAppendCallListCondPort(int64_t list, int32_t list_id, uint32_t mask, int32_t port,
+                                     bool expected, bool all, uint32_t value) {
+  return KELVO_APPEND(list, AppendCallList(list_id, mask, port, expected, all, value));
+}
+int32_t vlListAppendCallListCondFlag(int64_t list, int32_t list_id, const char* name, bool value) {
+  return KELVO_APPEND(list, AppendCallList(list_id, Name(name), value));
+}
+int32_t vlListAppendExitList(int64_t list) {
+  return KELVO_APPEND(list, AppendExitList());
+}
+int32_t vlListAppendExitListCondPort(int64_t list, uint32_t mask, int32_t port, bool expected, bool all,
+                                     uint32_t value) {
+  return KELVO_APPEND(list, AppendExitList(mask, port, expected, all, value));
+}
+int32_t vlListAppendExitListCondFlag(int64_t list, const char* name, bool value) {
+  return KELVO_APPEND(list, AppendExitList(Name(name), value));
+}
+int32_t vlListAppendBranchStandAloneList(int64_t list) {
+  return KELVO_APPEND(list, AppendBranchStandAloneList());
+}
 
 // Text
-KELVO_APPEND(vlListAppendSelectFont, (int64_t list, int32_t font_id), AppendSelectFont(font_id))
-KELVO_APPEND(vlListAppendMarkChar, (int64_t list, char character), AppendMarkChar(character))
-KELVO_APPEND(vlListAppendMarkText, (int64_t list, const char* text), AppendMarkText(Text(text)))
-KELVO_APPEND(vlListAppendMarkTime, (int64_t list), AppendMarkTime())
-KELVO_APPEND(vlListAppendMarkCounter, (int64_t list, const char* name, int32_t digits),
-             AppendMarkCounter(Name(name), digits))
+int32_t vlListAppendSelectFont(int64_t list, int32_t font_id) {
+  return KELVO_APPEND(list, AppendSelectFont(font_id));
+}
+int32_t vlListAppendMarkChar(int64_t list, char character) {
+  return KELVO_APPEND(list, AppendMarkChar(character));
+}
+int32_t vlListAppendMarkText(int64_t list, const char* text) {
+  return KELVO_APPEND(list, AppendMarkText(Text(text)));
+}
+int32_t vlListAppendMarkTime(int64_t list) {
+  return KELVO_APPEND(list, AppendMarkTime());
+}
+int32_t vlListAppendMarkCounter(int64_t list, const char* name, int32_t digits) {
+  return KELVO_APPEND(list, AppendMarkCounter(Name(name), digits));
+}
 
 // Peripherals
-KELVO_APPEND(vlListAppendEnhancedCommand, (int64_t list, int32_t head, int32_t axis, uint32_t command),
-             AppendEnhancedCommand(head, Axis::_from_integral(axis), command))
-KELVO_APPEND(vlListAppendGpioValue, (int64_t list, int32_t port, int32_t action, uint32_t value),
-             AppendGpioValue(port, action, value))
-KELVO_APPEND(vlListAppendDacValue, (int64_t list, int32_t target, uint32_t value),
-             AppendDacValue(PowerTarget::_from_integral(target), value))
-KELVO_APPEND(vlListAppendTraceConfig, (int64_t list, const vltbTraceBufferConfig_Struct* config),
-             AppendTraceConfig(Taken(config)))
-KELVO_APPEND(vlListAppendTraceLabel, (int64_t list, int32_t label), AppendTraceLabel(label))
-KELVO_APPEND(vlListAppendSpiWrite, (int64_t list, int32_t module, uint32_t value),
-             AppendSpiWrite(module, value))
-KELVO_APPEND(vlListAppendSerialPortTransmitString, (int64_t list, const char* text),
-             AppendSerialPortTransmitString(Text(text)))
-KELVO_APPEND(vlListAppendSerialPortTransmitLine, (int64_t list, const char* text),
-             AppendSerialPortTransmitLine(Text(text)))
-KELVO_APPEND(vlListAppendSerialPortTransmitBytes, (int64_t list, const uint8_t* bytes, uint32_t count),
-             AppendSerialPortTransmitBytes(Bytes(bytes, count)))
-KELVO_APPEND(vlListAppendSerialPortVerifyResponseString,
-             (int64_t list, const char* request, const char* response),
-             AppendSerialPortVerifyResponseString(Text(request, "request"), Text(response, "response")))
-KELVO_APPEND(vlListAppendSerialPortVerifyResponseLine,
-             (int64_t list, const char* request, const char* response),
-             AppendSerialPortVerifyResponseLine(Text(request, "request"), Text(response, "response")))
-KELVO_APPEND(vlListAppendSerialPortVerifyResponseBytes,
-             (int64_t list, const uint8_t* request, uint32_t request_count, const uint8_t* response,
-              uint32_t response_count),
-             AppendSerialPortVerifyResponseBytes(Bytes(request, request_count, "request"),
-                                                 Bytes(response, response_count, "response")))
+int32_t vlListAppendEnhancedCommand(int64_t list, int32_t head, int32_t axis, uint32_t command) {
+  return KELVO_APPEND(list, AppendEnhancedCommand(head, Axis::_from_integral(axis), command));
+}
+int32_t vlListAppendGpioValue(int64_t list, int32_t port, int32_t action, uint32_t value) {
+  return KELVO_APPEND(list, AppendGpioValue(port, action, value));
+}
+int32_t vlListAppendDacValue(int64_t list, int32_t target, uint32_t value) {
+  return KELVO_APPEND(list, AppendDacValue(PowerTarget::_from_integral(target), value));
+}
+int32_t vlListAppendTraceConfig(int64_t list, const vltbTraceBufferConfig_Struct* config) {
+  return KELVO_APPEND(list, AppendTraceConfig(Taken(config)));
+}
+int32_t vlListAppendTraceLabel(int64_t list, int32_t label) {
+  return KELVO_APPEND(list, AppendTraceLabel(label));
+}
+int32_t vlListAppendSpiWrite(int64_t list, int32_t module, uint32_t value) {
+  return KELVO_APPEND(list, AppendSpiWrite(module, value));
+}
+int32_t vlListAppendSerialPortTransmitString(int64_t list, const char* text) {
+  return KELVO_APPEND(list, AppendSerialPortTransmitString(Text(text)));
+}
+int32_t vlListAppendSerialPortTransmitLine(int64_t list, const char* text) {
+  return KELVO_APPEND(list, AppendSerialPortTransmitLine(Text(text)));
+}
+int32_t vlListAppendSerialPortTransmitBytes(int64_t list, const uint8_t* bytes, uint32_t count) {
+  return KELVO_APPEND(list, AppendSerialPortTransmitBytes(Bytes(bytes, count)));
+}
+int32_t vlListAppendSerialPortVerifyResponseString(int64_t list, const char* request, const char* response) {
+  return KELVO_APPEND(
+      list, AppendSerialPortVerifyResponseString(Text(request, "request"), Text(response, "response")));
+}
+int32_t vlListAppendSerialPortVerifyResponseLine(int64_t list, const char* request, const char* response) {
+  return KELVO_APPEND(
+      list, AppendSerialPortVerifyResponseLine(Text(request, "request"), Text(response, "response")));
+}
+int32_t vlListAppendSerialPortVerifyResponseBytes(int64_t list, const uint8_t* request,
+                                                  uint32_t request_count, const uint8_t* response,
+                                                  uint32_t response_count) {
+  return KELVO_APPEND(list, AppendSerialPortVerifyResponseBytes(Bytes(request, request_count, "request"),
+                                                                Bytes(response, response_count, "response")));
+}

@@ -61,9 +61,7 @@ int32_t vlProcessGetTransformation(int32_t handle, vlTransform3D* transformation
 
 int32_t vlProcessSetTransformation(int32_t handle, const vlTransform3D* transformation) {
   return On<ProcessAPI>(handle, [&](ProcessAPI& process) {
-    Transform3D transform;
-    Flat::ToRecord(*NotNull(transformation, "transformation"), transform);
-    process.SetTransformation(transform);
+    process.SetTransformation(Flat::Taken<Transform3D>(transformation, "transformation"));
   });
 }
 

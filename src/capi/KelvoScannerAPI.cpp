@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "capi/CallersArray.h"
 #include "capi/FlatRecord.h"
 #include "config/ScannerAPI.h"
 #include "services/ScannerCommunicationAPI.h"
@@ -44,12 +45,8 @@ std::vector<T> Given(const T* values, uint32_t count, const char* name) {
 template <class T, class Call>
 int32_t Answer(int32_t handle, T* answer, uint32_t capacity, uint32_t* count, Call&& call) {
   return On<ScannerCommunicationAPI>(handle, [&](ScannerCommunicationAPI& heads) {
-    NotNull(count, "count");
-    if (capacity > 0) NotNull(answer, "answer");
-    const std::vector<T> received = call(heads);
-    if (received.size() > capacity) throw std::runtime_error("Buffer is too small");
-    std::ranges::copy(received, answer);
-    *count = static_cast<uint32_t>(received.size());
+    CallersArray array(answer, "answer", capacity, count);
+    array.Fill(call(heads), "Buffer is too small");
   });
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "rpc/MsgPack.h"
 
@@ -13,6 +14,7 @@ namespace VELTRO::KELVO::ClientLib {
 // above them say what kind of time it is. The kind is taken as it comes and never sent.
 class DateTime {
  public:
+  static constexpr std::string_view WireName = "time";
   static constexpr std::uint64_t TicksMask = (std::uint64_t{1} << 62) - 1;
   static constexpr std::int64_t TicksPerSecond = 10000000;
   static constexpr std::int64_t Epoch = 621355968000000000;      // 1 January 1970

@@ -7,10 +7,10 @@
 namespace VELTRO::KELVO::ClientLib {
 
 // The fields that end in 1 are those of the second power channel. The defaults are deliberately uneven.
-class LaserConfig : public Record<LaserConfig, 8> {
+class LaserConfig : public Record<LaserConfig> {
  public:
-  static constexpr const char* Name = "LaserConfig";
-
+  static constexpr std::int32_t CurrentConfigVersion = 8;
+  static constexpr std::string_view WireName = "LaserConfig";
   // clang-format off
   KELVO_FIELDS(
       (Polarity, FpsPolarity, Polarity::ActiveHigh),
@@ -45,6 +45,6 @@ class LaserConfig : public Record<LaserConfig, 8> {
   // clang-format on
 };
 
-extern template class Record<LaserConfig, LaserConfig::CurrentConfigVersion>;
+extern template class Record<LaserConfig>;
 
 }  // namespace VELTRO::KELVO::ClientLib

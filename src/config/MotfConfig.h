@@ -8,8 +8,9 @@
 namespace VELTRO::KELVO::ClientLib {
 
 // What tells the way of the part.
-class MotfSource : public Record<MotfSource, 2> {
+class MotfSource : public Record<MotfSource> {
  public:
+  static constexpr std::int32_t CurrentConfigVersion = 2;
   // clang-format off
   KELVO_FIELDS(
       (MotfSourceType, SourceType, MotfSourceType::QuadratureDecoder),
@@ -20,10 +21,10 @@ class MotfSource : public Record<MotfSource, 2> {
   explicit MotfSource(std::int32_t moduleId) : ModuleID(moduleId) {}
 };
 
-class MotfConfig : public Record<MotfConfig, 9> {
+class MotfConfig : public Record<MotfConfig> {
  public:
-  static constexpr const char* Name = "MotfConfig";
-
+  static constexpr std::int32_t CurrentConfigVersion = 9;
+  static constexpr std::string_view WireName = "MotfConfig";
   // clang-format off
   KELVO_FIELDS(
       (MotfOperatingMode, OperatingMode, MotfOperatingMode::Standard),
@@ -46,7 +47,7 @@ class MotfConfig : public Record<MotfConfig, 9> {
   void SetDirectionFromAngle(double angle);
 };
 
-extern template class Record<MotfSource, MotfSource::CurrentConfigVersion>;
-extern template class Record<MotfConfig, MotfConfig::CurrentConfigVersion>;
+extern template class Record<MotfSource>;
+extern template class Record<MotfConfig>;
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -13,8 +13,9 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-class SkyWritingSettings : public Record<SkyWritingSettings, 4> {
+class SkyWritingSettings : public Record<SkyWritingSettings> {
  public:
+  static constexpr std::int32_t CurrentConfigVersion = 4;
   static constexpr double Unset = std::numeric_limits<double>::quiet_NaN();
 
   // clang-format off
@@ -30,8 +31,9 @@ class SkyWritingSettings : public Record<SkyWritingSettings, 4> {
   // clang-format on
 };
 
-class WobbleSettings : public Record<WobbleSettings, 1> {
+class WobbleSettings : public Record<WobbleSettings> {
  public:
+  static constexpr std::int32_t CurrentConfigVersion = 1;
   // Of x and y. Unlike a point's, their text has no names.
   using Pair = std::array<double, 2>;
 
@@ -49,9 +51,11 @@ class WobbleSettings : public Record<WobbleSettings, 1> {
         Phase(shape.Phase.Coordinates) {}
 };
 
-class ProcessVariables : public Record<ProcessVariables, 18> {
+class ProcessVariables : public Record<ProcessVariables> {
  public:
-  static constexpr const char* Name = "Variables";
+  static constexpr std::int32_t CurrentConfigVersion = 18;
+  static constexpr std::string_view WireName = "ProcessVariables";
+  static constexpr std::string_view RemoteName = "Variables";  // of its methods
   static constexpr const char* TooMany = "Too much OnOffPattern values";
   static constexpr const char* IllegalNumber = "Illegal number of OnOffPattern values";
 
@@ -90,8 +94,8 @@ class RecordText;
 // The text has another order than the wire: MaxDwellTime stands behind PolyDelay.
 void WriteFields(const ProcessVariables& variables, RecordText& text);
 
-extern template class Record<SkyWritingSettings, SkyWritingSettings::CurrentConfigVersion>;
-extern template class Record<WobbleSettings, WobbleSettings::CurrentConfigVersion>;
-extern template class Record<ProcessVariables, ProcessVariables::CurrentConfigVersion>;
+extern template class Record<SkyWritingSettings>;
+extern template class Record<WobbleSettings>;
+extern template class Record<ProcessVariables>;
 
 }  // namespace VELTRO::KELVO::ClientLib

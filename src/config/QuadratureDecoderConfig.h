@@ -7,8 +7,9 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-class QuadratureDecoderModule : public Record<QuadratureDecoderModule, 4> {
+class QuadratureDecoderModule : public Record<QuadratureDecoderModule> {
  public:
+  static constexpr std::int32_t CurrentConfigVersion = 4;
   // clang-format off
   KELVO_FIELDS(
       (bool, SimulateEncoder, false),
@@ -20,14 +21,16 @@ class QuadratureDecoderModule : public Record<QuadratureDecoderModule, 4> {
   // clang-format on
 };
 
-class QuadratureDecoderConfig : public Record<QuadratureDecoderConfig, 4> {
+class QuadratureDecoderConfig : public Record<QuadratureDecoderConfig> {
  public:
-  static constexpr const char* Name = "QuadratureDecoderConfig";
+  static constexpr std::int32_t CurrentConfigVersion = 4;
+  static constexpr std::string_view WireName = "QuadratureDecoderConfig";
+  static constexpr std::string_view Name = WireName;
 
   KELVO_FIELDS((std::vector<QuadratureDecoderModule>, Modules, std::vector<QuadratureDecoderModule>(2)))
 };
 
-extern template class Record<QuadratureDecoderModule, QuadratureDecoderModule::CurrentConfigVersion>;
-extern template class Record<QuadratureDecoderConfig, QuadratureDecoderConfig::CurrentConfigVersion>;
+extern template class Record<QuadratureDecoderModule>;
+extern template class Record<QuadratureDecoderConfig>;
 
 }  // namespace VELTRO::KELVO::ClientLib

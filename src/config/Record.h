@@ -1,7 +1,8 @@
 // Configuration records: what is common to all of them, written once over the list of their fields.
 //
-//   class MotfSource : public Record<MotfSource, 2> {
+//   class MotfSource : public Record<MotfSource> {
 //    public:
+//     static constexpr std::int32_t CurrentConfigVersion = 2;
 //     KELVO_FIELDS((MotfSourceType, SourceType, MotfSourceType::QuadratureDecoder), (std::int32_t, ModuleID, 0))
 //   };
 //
@@ -9,8 +10,8 @@
 // travel. Without the base class it is a group of fields that has no version, as a part of records. Its text, its way
 // over the wire (RecordWire.h) and its copy from and to the plain struct of the flat interface (capi/FlatRecord.h)
 // follow from that line. A field that has no namesake in the plain struct does not compile. Each record has a line in
-// Records.cpp. One that has remote methods of its own tells its Name, which they end with; so does one whose lists the
-// plain struct may have no room for, or the texts TooMany and IllegalNumber, for the errors.
+// Records.cpp. One whose lists the plain struct may have no room for tells its Name, or the texts TooMany and
+// IllegalNumber, for the errors.
 #pragma once
 
 #include <cstddef>
@@ -45,14 +46,13 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-template <class Derived, std::int32_t Version>
+template <class Derived>
 class Record : public IConfigI {
  public:
-  static constexpr std::int32_t CurrentConfigVersion = Version;
   // Where the version stands among the elements on the wire.
   static constexpr std::size_t VersionPlace = 0;
 
-  std::int32_t ConfigVersion = CurrentConfigVersion;
+  std::int32_t ConfigVersion = Derived::CurrentConfigVersion;
 
   void init() override {
     Derived defaults;

@@ -13,12 +13,12 @@ class RecordAPI {
  public:
   explicit RecordAPI(RpcCaller& caller) : caller_(caller) {}
 
-  R GetConfig() { return caller_.Call<R>(methods_.Get); }
-  void SetConfig(const R& record) { caller_.Call(methods_.Set, record); }
+  R GetConfig() { return caller_.Call<R>(Methods::Get); }
+  void SetConfig(const R& record) { caller_.Call(Methods::Set, record); }
   // The card's stored record becomes the active one.
-  void LoadConfig() { caller_.Call(methods_.Load); }
+  void LoadConfig() { caller_.Call(Methods::Load); }
   // The card's active record is stored.
-  void StoreConfig() { caller_.Call(methods_.Store); }
+  void StoreConfig() { caller_.Call(Methods::Store); }
   // The defaults; the version stays.
   void init(R& record) const { record.init(); }
 
@@ -26,7 +26,7 @@ class RecordAPI {
   RpcCaller& caller_;
 
  private:
-  const RecordMethods methods_{R::Name};
+  using Methods = RecordMethods<R>;
 };
 
 }  // namespace VELTRO::KELVO::ClientLib

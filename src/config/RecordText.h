@@ -114,8 +114,8 @@ requires((HasFields<T> && !IsRecord<T>) || std::is_same_v<T, Point3D>) std::stri
   return RecordText::Of(value);
 }
 
-template <class Derived, std::int32_t Version>
-std::string Record<Derived, Version>::ToString() const {
+template <class Derived>
+std::string Record<Derived>::ToString() const {
   RecordText text;
   WriteFields(static_cast<const Derived&>(*this), text);
   text.Field("ConfigVersion", ConfigVersion);

@@ -13,6 +13,7 @@
 #include "common/Transform3D.h"
 #include "config/Record.h"
 #include "rpc/PackDouble.h"
+#include "rpc/SignatureCheck.h"
 
 namespace VELTRO::KELVO::ClientLib::RecordWire {
 
@@ -171,6 +172,15 @@ struct Element<T> {
 };
 
 }  // namespace VELTRO::KELVO::ClientLib::RecordWire
+
+namespace VELTRO::KELVO::ClientLib {
+
+template <>
+inline constexpr std::string_view WireName<Point3D> = "point";
+template <>
+inline constexpr std::string_view WireName<Transform3D> = "transform";
+
+}  // namespace VELTRO::KELVO::ClientLib
 
 // So that records are arguments and results of calls like anything else.
 namespace msgpack {

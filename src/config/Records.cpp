@@ -10,17 +10,17 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-template class Record<LaserConfig, LaserConfig::CurrentConfigVersion>;
-template class Record<SkyWritingSettings, SkyWritingSettings::CurrentConfigVersion>;
-template class Record<WobbleSettings, WobbleSettings::CurrentConfigVersion>;
-template class Record<ProcessVariables, ProcessVariables::CurrentConfigVersion>;
-template class Record<MotfSource, MotfSource::CurrentConfigVersion>;
-template class Record<MotfConfig, MotfConfig::CurrentConfigVersion>;
-template class Record<QuadratureDecoderModule, QuadratureDecoderModule::CurrentConfigVersion>;
-template class Record<QuadratureDecoderConfig, QuadratureDecoderConfig::CurrentConfigVersion>;
-template class Record<ScanHeadConfig, ScanHeadConfig::CurrentConfigVersion>;
-template class Record<ScannerConfig, ScannerConfig::CurrentConfigVersion>;
-template class Record<ScannerMonitoringConfig, ScannerMonitoringConfig::CurrentConfigVersion>;
-template class Record<SystemConfig, SystemConfig::CurrentConfigVersion>;
+template class Record<LaserConfig>;
+template class Record<SkyWritingSettings>;
+template class Record<WobbleSettings>;
+template class Record<ProcessVariables>;
+template class Record<MotfSource>;
+template class Record<MotfConfig>;
+template class Record<QuadratureDecoderModule>;
+template class Record<QuadratureDecoderConfig>;
+template class Record<ScanHeadConfig>;
+template class Record<ScannerConfig>;
+template class Record<ScannerMonitoringConfig>;
+template class Record<SystemConfig>;
 
 }  // namespace VELTRO::KELVO::ClientLib

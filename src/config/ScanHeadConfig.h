@@ -16,8 +16,9 @@ struct ScanHeadAxis {
 
 // AxisCount is how many axes the head has; Axes has an entry for each of them. Deliberate oddities: on the wire the
 // version stands behind AxisCount, and AxisCount is not in the text.
-class ScanHeadConfig : public Record<ScanHeadConfig, 10> {
+class ScanHeadConfig : public Record<ScanHeadConfig> {
  public:
+  static constexpr std::int32_t CurrentConfigVersion = 10;
   static constexpr const char* Name = "ScanHeadConfig";
   static constexpr std::size_t VersionPlace = 1;
   static constexpr std::int32_t DefaultAxisCount = 3;
@@ -33,6 +34,6 @@ class ScanHeadConfig : public Record<ScanHeadConfig, 10> {
 
 void WriteFields(const ScanHeadConfig& head, RecordText& text);
 
-extern template class Record<ScanHeadConfig, ScanHeadConfig::CurrentConfigVersion>;
+extern template class Record<ScanHeadConfig>;
 
 }  // namespace VELTRO::KELVO::ClientLib

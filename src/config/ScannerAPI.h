@@ -14,6 +14,7 @@ namespace VELTRO::KELVO::ClientLib {
 // Of each head the positions of its axes, in the order of their indices in the head format.
 struct ScannerPositions {
   static constexpr const char* Name = "ScannerPositions";
+  static constexpr std::string_view WireName = "positions";
 
   KELVO_FIELDS((std::vector<std::vector<double>>, Heads, {}))
 };

@@ -9,9 +9,11 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-class ScannerConfig : public Record<ScannerConfig, 12> {
+class ScannerConfig : public Record<ScannerConfig> {
  public:
-  static constexpr const char* Name = "ScannerConfig";
+  static constexpr std::int32_t CurrentConfigVersion = 12;
+  static constexpr std::string_view WireName = "ScannerConfig";
+  static constexpr std::string_view Name = WireName;
 
   // clang-format off
   KELVO_FIELDS(
@@ -28,6 +30,6 @@ class ScannerConfig : public Record<ScannerConfig, 12> {
   void SetHeadFormat(ScanHeadFormat format);
 };
 
-extern template class Record<ScannerConfig, ScannerConfig::CurrentConfigVersion>;
+extern template class Record<ScannerConfig>;
 
 }  // namespace VELTRO::KELVO::ClientLib

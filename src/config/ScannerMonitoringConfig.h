@@ -9,8 +9,9 @@
 namespace VELTRO::KELVO::ClientLib {
 
 // ScanHeadAxes has an entry for each head.
-class ScannerMonitoringConfig : public Record<ScannerMonitoringConfig, 2> {
+class ScannerMonitoringConfig : public Record<ScannerMonitoringConfig> {
  public:
+  static constexpr std::int32_t CurrentConfigVersion = 2;
   static constexpr const char* Name = "ScannerMonitoringConfig";
 
   // clang-format off
@@ -30,6 +31,6 @@ class ScannerMonitoringConfig : public Record<ScannerMonitoringConfig, 2> {
   // clang-format on
 };
 
-extern template class Record<ScannerMonitoringConfig, ScannerMonitoringConfig::CurrentConfigVersion>;
+extern template class Record<ScannerMonitoringConfig>;
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -8,9 +8,11 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-class SystemConfig : public Record<SystemConfig, 5> {
+class SystemConfig : public Record<SystemConfig> {
  public:
-  static constexpr const char* Name = "SystemConfig";
+  static constexpr std::int32_t CurrentConfigVersion = 5;
+  static constexpr std::string_view WireName = "SystemConfig";
+  static constexpr std::string_view Name = WireName;
 
   // clang-format off
   KELVO_FIELDS(
@@ -22,6 +24,6 @@ class SystemConfig : public Record<SystemConfig, 5> {
   // clang-format on
 };
 
-extern template class Record<SystemConfig, SystemConfig::CurrentConfigVersion>;
+extern template class Record<SystemConfig>;
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -3,12 +3,15 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "rpc/WireFields.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
 struct TimeZone {
+  static constexpr std::string_view WireName = "timeZone";
+
   std::string Name;            // what SystemConfig's TimeZone takes
   std::string DisplayName;     // for people
   std::int32_t UtcOffset = 0;  // minutes that its clocks are ahead of UTC

@@ -53,10 +53,11 @@ void CommandList::AppendWobble(const WobbleShape& shape) {
   Append(wobble);
 }
 
-void PackArgument(OutputPacket& packet, const CommandList& list) {
+void PackArgument(OutputPacket& packet, const ListPiece& piece) {
   msgpack::packer packer(packet);
-  list.PackHead(packer);
-  packet.WriteByReference(list.RangeBytes());
+  packer.pack_array(static_cast<std::uint32_t>(piece.Last - piece.First + 1));
+  packer.pack_int32(piece.List.GetListField());
+  packet.WriteByReference(piece.List.Bytes(piece.First, piece.Last));
 }
 
 void CommandList::msgpack_unpack(const msgpack::object& object) {

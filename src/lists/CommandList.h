@@ -29,6 +29,8 @@ class CommandList : public PackedCommands {
   using Array = std::span<const T>;
 
  public:
+  static constexpr std::string_view WireName = "list";
+
   CommandList() = default;
   explicit CommandList(std::span<const Command> commands);
 
@@ -359,29 +361,26 @@ class CommandList : public PackedCommands {
   void AppendSerialPortTransmitBytes(Array<std::uint8_t> bytes) {
     Append(Code2::SERIAL_PORT_TRANSMIT, bytes);
   }
-  void AppendSerialPortTransmitString(Text text) { Append(Code2::SERIAL_PORT_TRANSMIT, Bytes(text)); }
-  void AppendSerialPortTransmitLine(Text text) { Append(Code2::SERIAL_PORT_TRANSMIT_LINE, Bytes(text)); }
+  void AppendSerialPortTransmitString(Text text) { Append(Code2::SERIAL_PORT_TRANSMIT, BytesOf(text)); }
+  void AppendSerialPortTransmitLine(Text text) { Append(Code2::SERIAL_PORT_TRANSMIT_LINE, BytesOf(text)); }
   void AppendSerialPortVerifyResponseBytes(Array<std::uint8_t> request, Array<std::uint8_t> response) {
     Append(Code2::SERIAL_PORT_VERIFY_RESPONSE, request, response);
   }
   void AppendSerialPortVerifyResponseString(Text request, Text response) {
-    Append(Code2::SERIAL_PORT_VERIFY_RESPONSE, Bytes(request), Bytes(response));
+    Append(Code2::SERIAL_PORT_VERIFY_RESPONSE, BytesOf(request), BytesOf(response));
   }
   void AppendSerialPortVerifyResponseLine(Text request, Text response) {
-    Append(Code2::SERIAL_PORT_VERIFY_RESPONSE_LINE, Bytes(request), Bytes(response));
+    Append(Code2::SERIAL_PORT_VERIFY_RESPONSE_LINE, BytesOf(request), BytesOf(response));
   }
 
   void msgpack_pack(auto& packer) const;
   void msgpack_unpack(const msgpack::object& object);
   // The same, however long the list is. What it was before is lost if that throws.
   void TakeFrom(Body::Reader& reader);
-  // Packs the list as the argument of a call: its commands are sent from where they lie.
-  friend void PackArgument(OutputPacket& packet, const CommandList& list);
 
  private:
-  void PackHead(auto& packer) const;
   static constexpr Int Bits(UInt value) { return static_cast<Int>(value); }
-  static Array<std::uint8_t> Bytes(Text text) {
+  static Array<std::uint8_t> BytesOf(Text text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
   }
   // The index of the next command, as labels and branches count it.
@@ -396,9 +395,21 @@ class CommandList : public PackedCommands {
   Int loopDepth_ = 0;
 };
 
-// A list in the command log: what of it travels, or all of a list that was received.
+// A list in the command log.
 inline std::string LogText(const CommandList& list) {
-  return list.RangeToString();
+  return list.ToString();
+}
+
+// Commands [First, Last) of a list, which travel as a list: one piece of an upload. They are sent from where they lie.
+struct ListPiece {
+  static constexpr std::string_view WireName = CommandList::WireName;
+
+  const CommandList& List;
+  std::size_t First, Last;
+};
+void PackArgument(OutputPacket& packet, const ListPiece& piece);
+inline std::string LogText(const ListPiece& piece) {
+  return piece.List.ToString(piece.First, piece.Last);
 }
 
 template <class... Values>
@@ -413,14 +424,10 @@ void CommandList::AppendReferring(Text label, Int code, const Values&... values)
   }
 }
 
-void CommandList::PackHead(auto& packer) const {
-  packer.pack_array(static_cast<std::uint32_t>(RangeCount() + 1));
-  packer.pack_int32(listField_);
-}
-
 void CommandList::msgpack_pack(auto& packer) const {
-  PackHead(packer);
-  PackBytes(packer, RangeBytes());
+  packer.pack_array(static_cast<std::uint32_t>(GetCommandCount() + 1));
+  packer.pack_int32(listField_);
+  PackBytes(packer, Bytes());
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

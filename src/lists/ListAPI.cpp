@@ -12,17 +12,11 @@ void ListAPI::Prepare(CommandList& list, std::int32_t listField) {
   list.CheckEachFits();
 }
 
-void ListAPI::Send(std::int32_t listId, CommandList& list, bool append) {
-  // Back to "nothing to send" whatever happens.
-  struct RangeReset {
-    CommandList& list;
-    ~RangeReset() { list.SetRange(0, 0); }
-  } const reset{list};
+void ListAPI::Send(std::int32_t listId, const CommandList& list, bool append) {
   std::size_t start = 0;
   do {  // an empty list is sent, too: as one call without commands
     const std::size_t end = list.FindChunkEnd(start);
-    list.SetRange(start, end);
-    caller_.Call("SetList", listId, list, append);
+    caller_.Call("SetList", listId, ListPiece{list, start, end}, append);
     append = true;  // what follows extends the list
     start = end;
   } while (start < list.GetCommandCount());

@@ -27,8 +27,8 @@ class ListAPI {
   // std::runtime_error "There are open loops inside the list!" or, for a command that fits no upload,
   // "Command INDEX is too large to be uploaded.".
   static void Prepare(CommandList& list, std::int32_t listField);
-  // Sends a list that is ready; which of its commands travel changes meanwhile.
-  void Send(std::int32_t listId, CommandList& list, bool append);
+  // Sends a list that is ready.
+  void Send(std::int32_t listId, const CommandList& list, bool append);
   CommandList Get(std::int32_t listId) { return caller_.Call<CommandList>("GetList", listId); }
   CommandList GetList(std::int32_t listId) { return Get(listId); }
   std::vector<std::int32_t> GetStoredListIDs() {

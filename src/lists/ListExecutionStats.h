@@ -3,12 +3,15 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "rpc/WireFields.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
 struct ListExecutionStats {
+  static constexpr std::string_view WireName = "statistics";
+
   std::int32_t MacroVectors = 0;
   std::int32_t MicroVectors = 0;
   double ComputationTime = 0;

@@ -90,14 +90,9 @@ void PackedCommands::UnpackCommand(const msgpack::object& pair) {
                      {reinterpret_cast<const unsigned char*>(payload.via.bin.ptr), payload.via.bin.size}});
 }
 
-void PackedCommands::SetRange(std::size_t first, std::size_t last) {
-  first_ = first;
-  last_ = last;
-}
-
-std::span<const unsigned char> PackedCommands::RangeBytes() const {
-  const std::size_t begin = PlaceOf(first_);
-  return packed_.Bytes().subspan(begin, PlaceOf(last_) - begin);
+std::span<const unsigned char> PackedCommands::Bytes(std::size_t first, std::size_t last) const {
+  const std::size_t begin = PlaceOf(first);
+  return packed_.Bytes().subspan(begin, PlaceOf(last) - begin);
 }
 
 void PackedCommands::CheckEachFits() const {
@@ -133,15 +128,9 @@ std::size_t PackedCommands::FindChunkEnd(std::size_t first) const {
   return end;
 }
 
-std::string PackedCommands::ToString() const {
-  return TextOf(0, packed_.Size());
-}
-
-std::string PackedCommands::RangeToString() const {
-  return last_ == 0 ? ToString() : TextOf(PlaceOf(first_), PlaceOf(last_));
-}
-
-std::string PackedCommands::TextOf(std::size_t place, std::size_t end) const {
+std::string PackedCommands::ToString(std::size_t first, std::size_t last) const {
+  std::size_t place = PlaceOf(first);
+  const std::size_t end = PlaceOf(last);
   std::string text;
   CommandTextWriter writer(text, end - place);
   writer.Put("[ ");

@@ -41,11 +41,9 @@ class PackedCommands {
   template <class... Values>
   void Append(std::int32_t code, const Values&... values);
 
-  // Commands [first, last) are what travels, up to the number of commands.
-  void SetRange(std::size_t first, std::size_t last);
-  // They as they travel. Throws std::out_of_range.
-  std::span<const unsigned char> RangeBytes() const;
-  std::size_t RangeCount() const { return last_ - first_; }
+  // All commands as they travel; commands [first, last), too. Throws std::out_of_range.
+  std::span<const unsigned char> Bytes() const { return packed_.Bytes(); }
+  std::span<const unsigned char> Bytes(std::size_t first, std::size_t last) const;
   // Throws std::runtime_error when a command alone is too large for an upload.
   void CheckEachFits() const;
   // The end of the longest run of commands from `first` on that fits one upload: each counts its payload and
@@ -59,9 +57,9 @@ class PackedCommands {
   // The same with the next `count` objects.
   void TakeCommands(Body::Reader& reader, std::uint32_t count);
 
-  std::string ToString() const;
-  // The text of the commands that travel: of one piece of an upload, not of the whole for each piece.
-  std::string RangeToString() const;
+  std::string ToString() const { return ToString(0, count_); }
+  // Of commands [first, last). Throws std::out_of_range.
+  std::string ToString(std::size_t first, std::size_t last) const;
 
  protected:
   void ClearCommands();
@@ -94,7 +92,6 @@ class PackedCommands {
   unsigned char* AppendEnvelope(std::int32_t code, std::size_t payloadSize);
   // The place of command `i`, or of the end.
   std::size_t PlaceOf(std::size_t i) const;
-  std::string TextOf(std::size_t place, std::size_t end) const;
   // The command at `place` in the block; moves `place` behind it.
   CommandView ReadAt(std::size_t& place) const;
 
@@ -103,8 +100,6 @@ class PackedCommands {
   std::size_t count_ = 0;
   std::size_t counted_ = 0;
   std::optional<std::size_t> tooLarge_;  // the first command that fits no upload
-  std::size_t first_ = 0;
-  std::size_t last_ = 0;
 };
 
 inline unsigned char* PackedCommands::AppendEnvelope(std::int32_t code, std::size_t payloadSize) {

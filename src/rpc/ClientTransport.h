@@ -81,7 +81,7 @@ class ClientTransport : private Context, public Transport {
 
   Mutex finishedMutex_;
   CondVar finishedChanged_;
-  // Nobody connects, no receive thread runs, or it is just leaving.
+  // False from the beginning of a connect until its receive thread has nothing left to do.
   bool finished_ KELVO_GUARDED_BY(finishedMutex_) = true;
 };
 

@@ -13,6 +13,7 @@
 #include "rpc/OutputPacket.h"
 #include "rpc/PackDouble.h"
 #include "rpc/RpcLogger.h"
+#include "rpc/SignatureCheck.h"
 
 namespace VELTRO::KELVO::ClientLib {
 
@@ -72,11 +73,11 @@ class RpcCaller {
   // themselves. Throws RpcRemoteException for an error that the card reports, msgpack::type_error for a
   // result of another kind, std::runtime_error for what can happen to the connection.
   template <class Result = void, class... Args>
-  auto Call(std::string_view method, const Args&... args);
+  auto Call(Checked<Result, Args...> method, const Args&... args);
   // For what a destructor tells a card that may be dead: sends the call if that is possible at once, and waits for
   // nothing. Whether the card does it stays unknown. Throws nothing.
   template <class... Args>
-  void Tell(std::string_view method, const Args&... args) noexcept;
+  void Tell(Checked<void, Args...> method, const Args&... args) noexcept;
 
   // How long a call waits for its answer.
   virtual std::uint32_t GetTimeout() const = 0;
@@ -139,20 +140,21 @@ class RpcCaller::TypedCall : public RemoteCall {
 };
 
 template <class Result, class... Args>
-auto RpcCaller::Call(std::string_view method, const Args&... args) {
-  TypedCall<Result, Args...> call(method, args...);
+auto RpcCaller::Call(Checked<Result, Args...> method, const Args&... args) {
+  TypedCall<Result, Args...> call(method.GetName(), args...);
   Perform(call);
   if constexpr (!std::is_void_v<Result>) return call.GetResult();
 }
 
 template <class... Args>
-void RpcCaller::Tell(std::string_view method, const Args&... args) noexcept {
+void RpcCaller::Tell(Checked<void, Args...> method, const Args&... args) noexcept {
   try {
-    TypedCall<void, Args...> call(method, args...);
+    TypedCall<void, Args...> call(method.GetName(), args...);
     call.DoNotAwait();
     Perform(call);
-  } catch (...) {  // as a rule for the answer that did not come in no time
-    static_cast<void>(0);
+  } catch (...) {
+    static_cast<void>(
+        0);  // Nobody is there to be told. A call that nobody awaits always ends so: as timed out.
   }
 }
 

@@ -4,7 +4,7 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-template class Record<EventConfig, EventConfig::CurrentConfigVersion>;
+template class Record<EventConfig>;
 
 std::string EventStatus::ToString() const {
   RecordText fields;

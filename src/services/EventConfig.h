@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "config/Record.h"
 
@@ -17,11 +18,13 @@ class EventStatus {
   std::string ToString() const;
 };
 
-class EventConfig : public Record<EventConfig, 1> {
+class EventConfig : public Record<EventConfig> {
  public:
+  static constexpr std::int32_t CurrentConfigVersion = 1;
+  static constexpr std::string_view WireName = "EventConfig";
   using Settings = std::map<std::int32_t, EventStatus>;
 
-  static constexpr const char* Name = "EventConfig";
+  static constexpr std::string_view Name = WireName;
 
   KELVO_FIELDS((Settings, EventSettings, {}))
 
@@ -29,6 +32,6 @@ class EventConfig : public Record<EventConfig, 1> {
   std::string ToString() const override;
 };
 
-extern template class Record<EventConfig, EventConfig::CurrentConfigVersion>;
+extern template class Record<EventConfig>;
 
 }  // namespace VELTRO::KELVO::ClientLib

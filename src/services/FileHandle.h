@@ -43,7 +43,7 @@ class FileHandle {
  private:
   void Send(const Bytes& bytes, std::int32_t count) { Call("FileWrite", bytes, count); }
   template <class Result = void, class... Args>
-  Result Call(std::string_view method, const Args&... args) {
+  Result Call(Checked<Result, std::int32_t, Args...> method, const Args&... args) {
     try {
       return caller_.Call<Result>(method, number_, args...);
     } catch (const RpcRemoteException&) {

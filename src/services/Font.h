@@ -11,6 +11,8 @@
 namespace VELTRO::KELVO::ClientLib {
 
 struct Font {
+  static constexpr std::string_view WireName = "font";
+
   Font() = default;
   explicit Font(int id) : Id(id) {}
 

@@ -15,7 +15,7 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-template class Record<OpticalParameters, OpticalParameters::CurrentConfigVersion>;
+template class Record<OpticalParameters>;
 
 namespace {
 

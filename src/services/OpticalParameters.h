@@ -12,8 +12,10 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-class OpticalParameters : public Record<OpticalParameters, 7> {
+class OpticalParameters : public Record<OpticalParameters> {
  public:
+  static constexpr std::int32_t CurrentConfigVersion = 7;
+  static constexpr std::string_view WireName = "OpticalParameters";
   // For a hash that the plain struct has no room for.
   static constexpr const char* TooMany = "Illegal hash!";
   static constexpr const char* IllegalNumber = "Illegal hash!";
@@ -78,6 +80,6 @@ std::uint32_t hashDouble(double value);
 // ...and a number of its own for what is no number, and for what is infinite.
 std::uint32_t doubleHash(double value);
 
-extern template class Record<OpticalParameters, OpticalParameters::CurrentConfigVersion>;
+extern template class Record<OpticalParameters>;
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -76,6 +76,12 @@ inline CommandList List(const Text& text) {
 // Keeps every notification in the order of arrival, as "progress 5", "done 7", "idle 7", "error TEXT".
 class Client : public ClientAPI {
  public:
+  // Calls also what no card has, with whatever arguments.
+  template <class Result = void, class... Args>
+  auto Call(std::string_view method, const Args&... args) {
+    return ClientAPI::Call<Result>(UncheckedMethod{method}, args...);
+  }
+
   explicit Client(const CardProcess& card, const char* address = "127.0.0.1") {
     using Kind = ListEventKind;
     ListEvents& events = GetListEvents();

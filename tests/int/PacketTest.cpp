@@ -41,8 +41,8 @@ TEST(Packet, FramesBeginWithTheirKindAndIdInItsShortestForm) {
   packet.write(std::string(300, 'o').data(), 300);
   EXPECT_EQ(Hex(packet.Close().first(7)), "94 02 2C 01 00 00 6F");  // the length of the body only
   CallRecorder caller;
-  caller.Call("Ping");
-  caller.Call("Move", std::int32_t{-1}, true, 1.5, std::string("ab"));
+  caller.Call(UncheckedMethod{"Ping"});
+  caller.Call(UncheckedMethod{"Move"}, std::int32_t{-1}, true, 1.5, std::string("ab"));
   EXPECT_EQ(Hex(caller.Calls.at(0)), "90");
   EXPECT_EQ(Hex(caller.Calls.at(1)), "94 FF C3 CB 3F F8 00 00 00 00 00 00 A2 61 62");
 }

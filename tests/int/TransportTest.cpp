@@ -79,18 +79,19 @@ TEST(Adapter, RefusesToConnectTwiceAndGoesOn) {
   EXPECT_EQ(client.GetConnectionId(), 7);
   EXPECT_EQ(Failure([&] { client.Connect(Loopback, card.Port(), 8); }),
             "Cannot connect to 127.0.0.1/" + std::to_string(card.Port()) + ": Already connected.");
-  EXPECT_FALSE(client.Call<bool>("IsExecutionInProgress"));
+  EXPECT_FALSE(client.Call<bool>(UncheckedMethod{"IsExecutionInProgress"}));
   EXPECT_EQ(client.GetConnectionId(), 7);
   client.Disconnect();
-  EXPECT_EQ(Failure([&] { client.Call("Anything"); }), "Connection not active!");
+  EXPECT_EQ(Failure([&] { client.Call(UncheckedMethod{"Anything"}); }), "Connection not active!");
   client.Connect(Loopback, card.Port(), 9);
-  EXPECT_FALSE(client.Call<bool>("IsExecutionInProgress")) << "a new connection of the same adapter";
+  EXPECT_FALSE(client.Call<bool>(UncheckedMethod{"IsExecutionInProgress"}))
+      << "a new connection of the same adapter";
 }
 
 TEST(Client, SaysWhatIsWrong) {
   FakeCard card(FakeCard::Obliging());
   RpcClient client(Configuration(card.Port()));
-  EXPECT_EQ(Failure([&] { client.Call("Anything"); }), "Connection not active!");
+  EXPECT_EQ(Failure([&] { client.Call(UncheckedMethod{"Anything"}); }), "Connection not active!");
   EXPECT_EQ(Failure([&] { client.EnableLogging("/tmp/never", false, true, 0); }),
             "Connection must be enabled to start logging!");
   client.Start();
@@ -113,12 +114,12 @@ TEST(Client, NumbersItsRequestsAlsoThoseThatFail) {
     }
   });
   RpcClient client(Configuration(card.Port()));
-  EXPECT_NE(Failure([&] { client.Call("Refused"); }), "no failure");
+  EXPECT_NE(Failure([&] { client.Call(UncheckedMethod{"Refused"}); }), "no failure");
   client.Start();
-  client.Call("A");
-  EXPECT_EQ(Failure([&] { client.Call<int>("B"); }), "std::bad_cast");
-  EXPECT_EQ(client.Call<std::string>("C"), "text");
-  const auto raw = client.Call<msgpack::object>("D");
+  client.Call(UncheckedMethod{"A"});
+  EXPECT_EQ(Failure([&] { client.Call<int>(UncheckedMethod{"B"}); }), "std::bad_cast");
+  EXPECT_EQ(client.Call<std::string>(UncheckedMethod{"C"}), "text");
+  const auto raw = client.Call<msgpack::object>(UncheckedMethod{"D"});
   EXPECT_EQ(raw.Object.get().as<std::string>(), "text");
   client.Stop();
   EXPECT_EQ(ids, (std::vector<std::uint32_t>{1, 2, 3, 4}));
@@ -147,9 +148,9 @@ TEST(Client, ReadsFramesHoweverTheyArrive) {
     };
     RpcClient client(configuration);
     client.Start();
-    const auto text = client.Call<std::string>("Text");
+    const auto text = client.Call<std::string>(UncheckedMethod{"Text"});
     EXPECT_EQ(text.find_first_not_of('x'), std::string::npos);
-    EXPECT_TRUE(client.Call<bool>("Last"));
+    EXPECT_TRUE(client.Call<bool>(UncheckedMethod{"Last"}));
     EXPECT_EQ(next, Frames + 1) << "in pieces of " << piece;
   }
 }
@@ -165,7 +166,7 @@ TEST(Client, WithoutACallbackDropsNotificationsAndLogsSo) {
   configuration.LogFile = testing::TempDir() + "kelvo-transport.log";
   RpcClient client(configuration);
   client.Start();
-  EXPECT_FALSE(client.Call<bool>("Anything"));
+  EXPECT_FALSE(client.Call<bool>(UncheckedMethod{"Anything"}));
   // What is logged, and where, stands in the configuration.
   const auto logging = [&] {
     return client.GetConfig().LogFile + (client.GetConfig().LoggingEnabled ? " on" : " off");

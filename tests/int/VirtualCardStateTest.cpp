@@ -131,8 +131,7 @@ Text Sealed(const Text& bytes) {
 }
 
 template <class T>
-Text Packed(T value) {
-  if constexpr (std::is_same_v<T, CommandList>) value.SetRange(0, value.GetCommandCount());
+Text Packed(const T& value) {
   msgpack::sbuffer bytes;
   msgpack::pack(bytes, value);
   return {bytes.data(), bytes.size()};

@@ -71,13 +71,8 @@ void CardLists::Set(std::int32_t id, CommandList list, bool append) {
 }
 
 CommandList CardLists::Get(std::int32_t id) {
-  CommandList list;
-  {
-    const MutexLock lock(mutex_);
-    list = Find(id).Commands;
-  }
-  list.SetRange(0, list.GetCommandCount());  // all of it is what travels
-  return list;
+  const MutexLock lock(mutex_);
+  return Find(id).Commands;
 }
 
 void CardLists::Store(std::int32_t id) {
@@ -87,10 +82,7 @@ void CardLists::Store(std::int32_t id) {
     const MutexLock lock(mutex_);
     list = Find(id);
   }
-  files_.Write(id, [commands = list.Commands]() mutable {
-    commands.SetRange(0, commands.GetCommandCount());
-    return ToStored(commands);
-  });
+  files_.Write(id, [&] { return ToStored(list.Commands); });
   const MutexLock lock(mutex_);
   stored_.insert_or_assign(id, std::move(list));
 }

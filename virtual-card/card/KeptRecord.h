@@ -5,12 +5,15 @@
 #include <exception>
 #include <optional>
 #include <stdexcept>
+#include <string>
+#include <string_view>
 #include <utility>
 
 #include "base/Log.h"
 #include "card/StateDirectory.h"
 #include "card/StoredForm.h"
 #include "common/Mutex.h"
+#include "config/RecordMethods.h"
 #include "config/RecordWire.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -32,7 +35,7 @@ class UpdateParticipant {
 template <class R>
 class KeptRecord : public UpdateParticipant {
  public:
-  using Content = R;
+  using Type = R;
 
   // Throws what a client is told that sets a record which the card cannot take.
   using Check = void (*)(const R&);
@@ -46,7 +49,7 @@ class KeptRecord : public UpdateParticipant {
       Load();
     } catch (const std::exception& error) {
       sound_ = false;
-      LogLine({"Taking the defaults for the stored ", R::Name, ": ", error.what()});
+      LogLine({"Taking the defaults for the stored ", Name, ": ", error.what()});
     }
   }
 
@@ -75,7 +78,7 @@ class KeptRecord : public UpdateParticipant {
   // Throws as StateDirectory::Write.
   void Store() {
     const ClientLib::MutexLock storing(storing_);  // so that the latest is what stays
-    directory_.Write(R::Name, ToStored(Get()));
+    directory_.Write(std::string(Name), ToStored(Get()));
   }
 
   void BeginUpdate() override {
@@ -91,8 +94,10 @@ class KeptRecord : public UpdateParticipant {
   bool IsSound() const override { return sound_; }
 
  private:
+  static constexpr std::string_view Name = ClientLib::RecordMethods<R>::Name;
+
   R Stored() {
-    const auto bytes = directory_.Read(R::Name);
+    const auto bytes = directory_.Read(std::string(Name));
     return bytes ? FromStored<R>(*bytes) : R();
   }
 

@@ -8,10 +8,9 @@
 
 namespace VELTRO::KELVO::VirtualCard {
 
-inline std::size_t MemoryOf(ClientLib::CommandList list) {  // a copy shares the commands
+inline std::size_t MemoryOf(const ClientLib::CommandList& list) {
   constexpr std::size_t BesideCommands = 512;
-  list.SetRange(0, list.GetCommandCount());
-  return BesideCommands + list.RangeBytes().size();
+  return BesideCommands + list.Bytes().size();
 }
 
 inline std::size_t MemoryOf(const ClientLib::Font& font) {

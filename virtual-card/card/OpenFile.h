@@ -10,6 +10,7 @@
 
 #include "card/CardFiles.h"
 #include "card/FileContent.h"
+#include "lists/Command.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -20,7 +21,7 @@ class OpenFile {
   using Bytes = std::vector<std::uint8_t>;
 
   // What is read at once at most.
-  static constexpr std::int32_t MostBytes = 921600;
+  static constexpr std::int32_t MostBytes = ClientLib::MaxPacketSize;
 
   // From CardFiles, which then tells that the file is in use.
   OpenFile(CardFiles& files, CardFiles::Key key, std::shared_ptr<FileContent> file, ClientLib::FileMode mode);

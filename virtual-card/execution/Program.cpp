@@ -40,8 +40,7 @@ std::int32_t DepthOf(const CommandView& command, bool isStart) {
 Program::Program(std::string name, ClientLib::CommandList list, std::optional<std::int32_t> listId,
                  std::shared_ptr<const void> hold)
     : name_(std::move(name)), listId_(listId), hold_(std::move(hold)), list_(std::move(list)) {
-  list_.SetRange(0, list_.GetCommandCount());
-  bytes_ = list_.RangeBytes();
+  bytes_ = list_.Bytes();
   if (bytes_.size() > std::numeric_limits<std::uint32_t>::max()) {
     throw std::runtime_error(name_ + " is too long.");
   }

@@ -1,7 +1,20 @@
 #include "card/TimeZones.h"
-#include "methods/MethodTable.h"
+#include "methods/RecordMethods.h"
 
 namespace VELTRO::KELVO::VirtualCard {
+
+namespace {
+
+// With the bits above the ticks that say its kind, which DateTime never sends.
+struct TimeOfAKind {
+  static constexpr std::string_view WireName = ClientLib::DateTime::WireName;
+
+  std::uint64_t Value;
+
+  void msgpack_pack(auto& packer) const { packer.pack(Value); }
+};
+
+}  // namespace
 
 std::span<const Method> CardMethods() {
   static constexpr Method Rows[] = {
@@ -15,9 +28,10 @@ std::span<const Method> CardMethods() {
       {"GetConnectionLimit", [](Card& card) { return card.Identity.ConnectionLimit; }},
       {"GetOperatingState", [](Card& card) { return card.System.GetOperatingState(); }},
       {"ResetOperatingState", [](Card& card) { card.System.ResetOperatingState(); }},
+      KELVO_RECORD_METHODS(System),
       {"ResetToDefaults", [](Card& card) { card.Configuration.Reset(); }},
-      {"GetTime", [](Card& card) { return card.System.GetTime(); }},
-      {"GetUniversalTime", [](Card& card) { return card.System.GetUniversalTime(); }},
+      {"GetTime", [](Card& card) { return TimeOfAKind{card.System.GetTime()}; }},
+      {"GetUniversalTime", [](Card& card) { return TimeOfAKind{card.System.GetUniversalTime()}; }},
       {"SetSystemTime", [](Card& card, const ClientLib::DateTime& time) { card.System.SetTime(time); }},
       {"GetSupportedTimeZones", [](Card&) { return SupportedTimeZones(); }},
   };

@@ -1,9 +1,10 @@
-#include "methods/MethodTable.h"
+#include "methods/RecordMethods.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
 std::span<const Method> LaserMethods() {
   static constexpr Method Rows[] = {
+      KELVO_RECORD_METHODS(Laser),
       // Outside of runs the virtual laser shines on nothing.
       {"LaserOn", [](Card&) {}},
       {"LaserOff", [](Card&) {}},

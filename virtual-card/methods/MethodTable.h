@@ -1,4 +1,5 @@
-// The card's remote methods: a row each, its name and what it does.
+// The card's remote methods: a row each, its name and what it does. It compiles when the table of remote methods
+// (rpc/RemoteMethods.h) has a method of that name with such arguments and such a result.
 //
 // A row's function takes the card and the method's arguments as C++ values, in their order:
 //   Method("DeleteList", [](Card& card, std::int32_t id, bool) { card.Lists.Delete(id); })
@@ -17,6 +18,7 @@
 #include "card/CardClient.h"
 #include "rpc/MsgPack.h"
 #include "rpc/OutputPacket.h"
+#include "rpc/SignatureCheck.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -24,8 +26,10 @@ using Arguments = std::span<const msgpack::object>;
 
 class Method {
  public:
-  template <class F>
-  constexpr Method(std::string_view name, F) : name_(name), function_(&Invoke<F>) {}
+  template <std::convertible_to<std::string_view> Text, class F>
+  constexpr Method(const Text& name, F) : name_(name), function_(&Invoke<F>) {
+    Check(name_, &F::operator());
+  }
 
   std::string_view GetName() const { return name_; }
   // Calls the method and packs its result into `answer`. Throws std::runtime_error "Method 'NAME' takes N
@@ -36,6 +40,11 @@ class Method {
   }
 
  private:
+  template <class F, class Result, class On, class... Values>
+  static constexpr void Check(std::string_view name, Result (F::*)(On&, Values...) const) {
+    ClientLib::Signature::Check(name, ClientLib::WireTypeOf<Result>,
+                                {ClientLib::WireTypeOf<std::remove_cvref_t<Values>>...});
+  }
   static void CheckCount(std::string_view name, std::size_t wanted, std::size_t given);
   [[noreturn]] static void RefuseType(std::string_view name, std::size_t index);
 
@@ -91,7 +100,7 @@ std::span<const Method> ScannerMethods();
 std::span<const Method> FontMethods();
 std::span<const Method> ProcessMethods();
 std::span<const Method> MotfMethods();
-std::span<const Method> RecordMethods();
+std::span<const Method> EventMethods();
 std::span<const Method> FileMethods();
 std::span<const Method> HeadCorrectionMethods();
 std::span<const Method> PowerCorrectionMethods();
