@@ -35,7 +35,9 @@ class UpdateParticipant {
 template <class R>
 class KeptRecord : public UpdateParticipant {
  public:
-  using Type = R;
+  using Content = R;
+  // What its methods have in common, and the file in which it is stored.
+  static constexpr std::string_view Name = ClientLib::RecordMethods<R>::CommonName;
 
   // Throws what a client is told that sets a record which the card cannot take.
   using Check = void (*)(const R&);
@@ -94,8 +96,6 @@ class KeptRecord : public UpdateParticipant {
   bool IsSound() const override { return sound_; }
 
  private:
-  static constexpr std::string_view Name = ClientLib::RecordMethods<R>::Name;
-
   R Stored() {
     const auto bytes = directory_.Read(std::string(Name));
     return bytes ? FromStored<R>(*bytes) : R();

@@ -1,5 +1,5 @@
 #include "card/TimeZones.h"
-#include "methods/RecordMethods.h"
+#include "methods/MethodTable.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -28,7 +28,6 @@ std::span<const Method> CardMethods() {
       {"GetConnectionLimit", [](Card& card) { return card.Identity.ConnectionLimit; }},
       {"GetOperatingState", [](Card& card) { return card.System.GetOperatingState(); }},
       {"ResetOperatingState", [](Card& card) { card.System.ResetOperatingState(); }},
-      KELVO_RECORD_METHODS(System),
       {"ResetToDefaults", [](Card& card) { card.Configuration.Reset(); }},
       {"GetTime", [](Card& card) { return TimeOfAKind{card.System.GetTime()}; }},
       {"GetUniversalTime", [](Card& card) { return TimeOfAKind{card.System.GetUniversalTime()}; }},

@@ -1,10 +1,9 @@
-#include "methods/RecordMethods.h"
+#include "methods/MethodTable.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
 std::span<const Method> LaserMethods() {
   static constexpr Method Rows[] = {
-      KELVO_RECORD_METHODS(Laser),
       // Outside of runs the virtual laser shines on nothing.
       {"LaserOn", [](Card&) {}},
       {"LaserOff", [](Card&) {}},

@@ -13,7 +13,7 @@ const Table& AllMethods() {
     Table all;
     for (const auto area :
          {CardMethods(), ListMethods(), FontMethods(), LaserMethods(), ConfigurationMethods(),
-          ScannerMethods(), ProcessMethods(), MotfMethods(), EventMethods(), FileMethods(),
+          ScannerMethods(), ProcessMethods(), MotfMethods(), RecordMethods(), FileMethods(),
           HeadCorrectionMethods(), PowerCorrectionMethods()}) {
       for (const Method& method : area) all.emplace(method.GetName(), &method);
     }

@@ -100,7 +100,7 @@ std::span<const Method> ScannerMethods();
 std::span<const Method> FontMethods();
 std::span<const Method> ProcessMethods();
 std::span<const Method> MotfMethods();
-std::span<const Method> EventMethods();
+std::span<const Method> RecordMethods();
 std::span<const Method> FileMethods();
 std::span<const Method> HeadCorrectionMethods();
 std::span<const Method> PowerCorrectionMethods();

@@ -1,4 +1,4 @@
-#include "methods/RecordMethods.h"
+#include "methods/MethodTable.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -7,7 +7,6 @@ using ClientLib::Transform3D;
 
 std::span<const Method> ProcessMethods() {
   static constexpr Method Rows[] = {
-      KELVO_RECORD_METHODS(Variables),
       {"GetSpeedScale", [](Card& card) { return card.Configuration.Variables.Get().SpeedScale; }},
       {"SetSpeedScale",
        [](Card& card, double scale) {
@@ -26,8 +25,6 @@ std::span<const Method> ProcessMethods() {
 
 std::span<const Method> MotfMethods() {
   static constexpr Method Rows[] = {
-      KELVO_RECORD_METHODS(Motf),
-      KELVO_RECORD_METHODS(QuadratureDecoder),
       {"ResetMotfState", [](Card& card) { card.Motf.ResetState(); }},
       {"GetPendingParts", [](Card& card) { return card.Motf.GetPendingParts(); }},
       {"GetFactor1xSpeed", [](Card& card) { return card.Motf.Factor1xSpeed.load(); }},
@@ -36,13 +33,6 @@ std::span<const Method> MotfMethods() {
        [](Card& card, std::int32_t module) { return card.Motf.ReadEncoderPosition(module); }},
       {"ResetEncoderPosition",
        [](Card& card, std::int32_t module) { card.Motf.ResetEncoderPosition(module); }},
-  };
-  return Rows;
-}
-
-std::span<const Method> EventMethods() {
-  static constexpr Method Rows[] = {
-      KELVO_RECORD_METHODS(Events),
   };
   return Rows;
 }

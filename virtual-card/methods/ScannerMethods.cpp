@@ -1,4 +1,4 @@
-#include "methods/RecordMethods.h"
+#include "methods/MethodTable.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -11,7 +11,6 @@ using Words = CardScanner::Words;
 
 std::span<const Method> ScannerMethods() {
   static constexpr Method Rows[] = {
-      KELVO_RECORD_METHODS(Scanner),
       {"GetNominalPosition", [](Card& card) { return card.Scanner.GetNominalPosition(); }},
       {"ReadPositions", [](Card& card) { return card.Scanner.ReadPositions(); }},
       {"ReadLastPositions", [](Card& card) { return card.Scanner.ReadLastPositions(); }},
