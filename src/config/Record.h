@@ -10,8 +10,9 @@
 // travel. Without the base class it is a group of fields that has no version, as a part of records. Its text, its way
 // over the wire (RecordWire.h) and its copy from and to the plain struct of the flat interface (capi/FlatRecord.h)
 // follow from that line. A field that has no namesake in the plain struct does not compile. Each record has a line in
-// Records.cpp. One that has remote methods of its own tells its Name, which they end with; so does one whose lists the
-// plain struct may have no room for, or the texts TooMany and IllegalNumber, for the errors.
+// Records.cpp. One that travels by itself tells its WireName, from which its remote methods have their names
+// (RecordMethods.h). One whose lists the plain struct may have no room for tells its Name, or the texts TooMany and
+// IllegalNumber, for the errors.
 #pragma once
 
 #include <cstddef>

@@ -149,6 +149,7 @@ TEST(VirtualCardShapes, AreDrawnInTheTimeThatTheyTake) {
       {"LONP 10 false JR 5,0", 500, 1, "0,0 1,0", " "},
       {"LONP 10 true LONP 10 false SL 50.0", 150, 0, "", "0|0 0|0"},
       {"LONP 10 false LOF JR 5,0", 500, 1, "", "0 0"},
+      {"LONP 10 false LON JR 5,0", 500, 1, "0,0 5,0", " "},
       {"LN 400.0 LF -300.0 MA 1,0 LON JR 1,0", 1000 + 100, 2, "0,0 1,0 2,0", " "},
       {"JR 1,0", 100, 1, "", " "},
       {"LON UV2 P2I[1000,0;1500,500] LOF PV3 P3D[3,3,1]", 30, 2, "0,0 1,0 1.5,0.5", " "},

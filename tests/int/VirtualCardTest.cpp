@@ -51,7 +51,8 @@ TEST(VirtualCardRun, TakesTheTimeThatItsCommandsTake) {
   for (const auto& [name, microseconds, macroVectors, microVectors, list] : cases) {
     SCOPED_TRACE(name);
     client.Run("J3A 0,0,0");  // the galvos stay where a run leaves them
-    EXPECT_EQ(client.Run(list).back(), "idle 7");
+    const Events events = client.Run(list);
+    EXPECT_EQ(events.at(events.size() - 2), "done 7") << events[0];
     const ListExecutionStats stats = client.Lists.GetLastExecutionStats();
     EXPECT_NEAR(stats.ExecutionTime, microseconds, 1e-6);
     EXPECT_EQ(stats.MacroVectors, macroVectors);
