@@ -119,6 +119,61 @@ void SharedWaitClient::Receive() {
   arrived_.notify_all();
 }
 
+SemaphoreClient::SemaphoreClient(std::uint16_t port) : socket_(port), receiver_([this] { Receive(); }) {}
+
+SemaphoreClient::~SemaphoreClient() {
+  socket_.Shutdown();
+  receiver_.join();
+}
+
+msgpack::object_handle SemaphoreClient::Call(std::string_view method, int argument) {
+  // Shared with the receive thread, because that one may still be leaving release() when the caller is gone.
+  thread_local const auto waiter = std::make_shared<Waiter>();
+  const std::uint32_t id = lastId_.fetch_add(1) + 1;
+  const StackFrame request(id, method, argument);
+  {
+    const std::lock_guard lock(pendingMutex_);
+    if (isClosed_) throw std::runtime_error("connection closed");
+    pending_.emplace(id, waiter);
+  }
+  {
+    const std::lock_guard lock(sendMutex_);
+    socket_.Send(request);
+  }
+  waiter->answered.acquire();
+  if (waiter->isFailed) throw std::runtime_error("connection closed");
+  return std::move(waiter->result);
+}
+
+void SemaphoreClient::Receive() {
+  try {
+    FrameReader reader(socket_.Fd(), kReceiveCapacity);
+    Frame frame{};
+    while (reader.Next(frame)) {
+      RawAnswer answer = ParseAnswer(frame);
+      std::shared_ptr<Waiter> waiter;
+      {
+        const std::lock_guard lock(pendingMutex_);
+        const auto found = pending_.find(answer.id);
+        if (found == pending_.end()) throw std::runtime_error("answer to no request");
+        waiter = std::move(found->second);
+        pending_.erase(found);
+      }
+      waiter->result = std::move(answer.result);
+      waiter->answered.release();
+    }
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "raw client: %s\n", error.what());
+  }
+  const std::lock_guard lock(pendingMutex_);
+  isClosed_ = true;
+  for (const auto& [id, waiter] : pending_) {
+    waiter->isFailed = true;
+    waiter->answered.release();
+  }
+  pending_.clear();
+}
+
 SlotWaitClient::SlotWaitClient(std::uint16_t port) : socket_(port), receiver_([this] { Receive(); }) {}
 
 SlotWaitClient::~SlotWaitClient() {

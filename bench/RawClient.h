@@ -6,6 +6,7 @@
 #include <memory>
 #include <msgpack.hpp>
 #include <mutex>
+#include <semaphore>
 #include <string_view>
 #include <thread>
 #include <unordered_map>
@@ -69,6 +70,32 @@ class SharedWaitClient {
   std::mutex mutex_;
   std::condition_variable arrived_;
   std::unordered_map<std::uint32_t, msgpack::object_handle> answers_;
+  bool isClosed_ = false;
+  std::atomic<std::uint32_t> lastId_{0};
+  std::thread receiver_;
+};
+
+// Hands each answer to its caller by a semaphore, which is a futex: one atomic exchange when nobody sleeps.
+class SemaphoreClient {
+ public:
+  explicit SemaphoreClient(std::uint16_t port);
+  ~SemaphoreClient();
+
+  msgpack::object_handle Call(std::string_view method, int argument);
+
+ private:
+  struct Waiter {
+    std::binary_semaphore answered{0};
+    bool isFailed = false;
+    msgpack::object_handle result;
+  };
+
+  void Receive();
+
+  RawSocket socket_;
+  std::mutex sendMutex_;
+  std::mutex pendingMutex_;
+  std::unordered_map<std::uint32_t, std::shared_ptr<Waiter>> pending_;
   bool isClosed_ = false;
   std::atomic<std::uint32_t> lastId_{0};
   std::thread receiver_;

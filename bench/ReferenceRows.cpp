@@ -76,6 +76,11 @@ double RunRawCallLatency(RowContext& context) {
   return MeasureCallLatency([&] { CallOnce(client); });
 }
 
+double RunRawFutexCallLatency(RowContext& context) {
+  SemaphoreClient client(context.Port());
+  return MeasureCallLatency([&] { CallOnce(client); });
+}
+
 double RunRawPingPong(RowContext& context) {
   PingPongClient client(context.Port());
   return MeasureCallLatency([&] { CallOnce(client); });
@@ -109,6 +114,7 @@ double RunRawNotificationLatency(RowContext& context) {
 
 void RegisterReferenceRows(Harness& harness) {
   harness.AddReference(kCallLatency, "us", RunRawCallLatency);
+  harness.AddReference(kFutexCallLatency, "us", RunRawFutexCallLatency);
   harness.AddReference(kPingPong, "us", RunRawPingPong);
   harness.AddReference(kParallelCalls, "calls/s", RunRawParallelCalls);
   harness.AddReference(kNotificationRate, "1/s", RunRawNotificationRate);

@@ -5,43 +5,9 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
-// Wakes one thread. Every thread has one for all its waits; shared, so that the receive thread may still be
-// leaving Post when the thread that it woke has ended.
-class Inbox::Ticket::Signal {
- public:
-  void Post() {
-    {
-      const MutexLock lock(mutex_);
-      posted_ = true;
-    }
-    // Not under the lock: the thread that wakes would run straight into it.
-    condition_.NotifyOne();
-  }
-
-  // Whether it was posted before `deadline`; takes the post.
-  bool WaitUntil(Deadline deadline) {
-    MutexLock lock(mutex_);
-    while (!posted_) {
-      if (std::chrono::steady_clock::now() >= deadline) return false;
-      condition_.WaitUntil(lock, deadline);
-    }
-    posted_ = false;
-    return true;
-  }
-
-  void Wait() {
-    MutexLock lock(mutex_);
-    while (!posted_) condition_.Wait(lock);
-    posted_ = false;
-  }
-
- private:
-  Mutex mutex_;
-  CondVar condition_;
-  bool posted_ KELVO_GUARDED_BY(mutex_) = false;
-};
-
-std::shared_ptr<Inbox::Ticket::Signal> Inbox::Ticket::SignalOfThisThread() {
+// Every thread has one for all its waits; shared, so that the receive thread may still be leaving Post when the thread
+// that it woke has ended.
+std::shared_ptr<Signal> Inbox::Ticket::SignalOfThisThread() {
   // Destructors of an application's static and thread-local objects make calls, too, and may run when the
   // thread's own is gone.
   thread_local bool gone = false;
@@ -120,7 +86,7 @@ void Inbox::Close() {
 }
 
 void Inbox::Deliver(InputPacket packet) {
-  std::shared_ptr<Ticket::Signal> signal;
+  std::shared_ptr<Signal> signal;
   {
     const MutexLock lock(mutex_);
     const auto found = std::find_if(tickets_.begin(), tickets_.end(), [&](const Ticket* ticket) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "common/Deadline.h"
+#include "common/Futex.h"
 #include "common/Mutex.h"
 #include "rpc/InputPacket.h"
 
@@ -38,7 +39,6 @@ class Inbox {
 
    private:
     friend class Inbox;
-    class Signal;
     enum class State { Waiting, Delivered, Aborted };
 
     static std::shared_ptr<Signal> SignalOfThisThread();

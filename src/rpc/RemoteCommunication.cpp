@@ -149,21 +149,9 @@ void RemoteCommunication::Shutdown() {
 // The turn to send, taken before `deadline` or not at all.
 class RemoteCommunication::SendTurn {
  public:
-  SendTurn(RemoteCommunication& owner, Deadline deadline) : owner_(owner) {
-    MutexLock lock(owner_.sendMutex_);
-    while (owner_.sending_ && std::chrono::steady_clock::now() < deadline) {
-      owner_.sendEnded_.WaitUntil(lock, deadline);
-    }
-    taken_ = !owner_.sending_;
-    owner_.sending_ = true;
-  }
+  SendTurn(TimedLock& lock, Deadline deadline) : lock_(lock), taken_(lock.LockUntil(deadline)) {}
   ~SendTurn() {
-    if (!taken_) return;
-    {
-      const MutexLock lock(owner_.sendMutex_);
-      owner_.sending_ = false;
-    }
-    owner_.sendEnded_.NotifyOne();
+    if (taken_) lock_.Unlock();
   }
   SendTurn(const SendTurn&) = delete;
   SendTurn& operator=(const SendTurn&) = delete;
@@ -171,20 +159,20 @@ class RemoteCommunication::SendTurn {
   bool IsTaken() const { return taken_; }
 
  private:
-  RemoteCommunication& owner_;
-  bool taken_ = false;
+  TimedLock& lock_;
+  const bool taken_;
 };
 
 void RemoteCommunication::Disconnect() {
   Shutdown();  // whoever sends stops, so the turn comes soon
-  const SendTurn turn(*this, Deadline::max());
+  const SendTurn turn(sendLock_, Deadline::max());
   const MutexLock lock(lifeMutex_);
   if (socket_ >= 0) close(socket_);
   socket_ = -1;
 }
 
 void RemoteCommunication::Write(const FramePieces& frame, Deadline deadline) {
-  const SendTurn turn(*this, deadline);
+  const SendTurn turn(sendLock_, deadline);
   UnsentPieces unsent(frame);
   bool sound = turn.IsTaken() && IsConnected();
   while (sound && !unsent.IsEmpty()) {

@@ -8,6 +8,7 @@
 #include <span>
 
 #include "common/Deadline.h"
+#include "common/Futex.h"
 #include "common/Mutex.h"
 #include "rpc/Context.h"
 #include "rpc/Packet.h"
@@ -67,9 +68,7 @@ class RemoteCommunication {
 
   // One frame at a time: who sends has the turn, also while it waits for room in the socket.
   class SendTurn;
-  Mutex sendMutex_;
-  CondVar sendEnded_;
-  bool sending_ KELVO_GUARDED_BY(sendMutex_) = false;
+  TimedLock sendLock_;
 
   // Guards the life of the descriptor, and is never held while anything is waited for. The number itself changes
   // with the turn to send and under this mutex, so either is enough to use it; the reading thread may use it until
