@@ -104,6 +104,7 @@ TEST(Calls, AskTheCardInItsWords) {
       {CALL(vlLaserStorePowerCalibration(c, 1)), "StorePowerCalibrationByEngine[1]"},
       {CALL(vlLaserSetPowerCalibration(c, 1, two, 2)), "SetPowerCalibrationByEngine[[1,4294967295],1]"},
       {CALL(vlLaserSetPowerCalibration(c, 1, two, -1)), "", -1, "", "The count must not be negative."},
+      {CALL(vlLaserSetPowerCalibration(c, 1, nullptr, 0)), "SetPowerCalibrationByEngine[[],1]"},
       {CALL(vlLaserGetPowerCalibration(c, 1, two, 2, &n), n + two[1]), "GetPowerCalibrationByEngine[1]", 11, "\x92\x08\x09"},
       {CALL(vlLaserGetPowerCalibration(c, 1, two, 2, &n), n), "GetPowerCalibrationByEngine[1]", -1 + 3, "\x93\7\7\7", "Buffer is too small"},
       {CALL(vlLaserGetPowerCalibration(c, 1, nullptr, 0, &n), n), "GetPowerCalibrationByEngine[1]", -1 + 4, "\x94\7\7\7\7", "Buffer is too small"},
