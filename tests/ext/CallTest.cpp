@@ -64,6 +64,7 @@ TEST(Calls, OfTheLaser) {
       {ASK(vlLaserStorePowerCalibration(c, 1)), "StorePowerCalibrationByEngine[1]"},
       {ASK(vlLaserSetPowerCalibration(c, 1, two, 2)), "SetPowerCalibrationByEngine[[1,4294967295],1]"},
       {ASK(vlLaserSetPowerCalibration(c, 1, two, -1)), "", "The count must not be negative."},
+      {ASK(vlLaserSetPowerCalibration(c, 1, nullptr, 0)), "SetPowerCalibrationByEngine[[],1]"},
       {ASK(vlLaserGetPowerCalibration(c, 1, two, 2, &n), n, two[0], two[1]), get, "0 2 8 9", "\x92\x08\x09"},
       {ASK(vlLaserGetPowerCalibration(c, 1, two, 2, &n), n), get, "Buffer is too small 3", "\x93\7\7\7"},
       {ASK(vlLaserGetPowerCalibration(c, 1, nullptr, 0, &n), n), get, "Buffer is too small 4",

@@ -2,6 +2,7 @@
 #include "capi/FlatRecord.h"
 #include "config/LaserConfig.h"
 #include "config/MotfConfig.h"
+#include "config/ProcessAPI.h"
 #include "config/ProcessVariables.h"
 #include "config/QuadratureDecoderConfig.h"
 #include "config/ScannerConfig.h"
@@ -82,6 +83,16 @@ TEST(VirtualCardConfiguration, RefusesWhatTheCardCannotBe) {
   config.TimeZone = "Mars/Olympus";
   EXPECT_EQ(client.Refusal("SetSystemConfig", config), "There is no time zone 'Mars/Olympus'.");
   EXPECT_NE(client.Call<SystemConfig>("GetSystemConfig").TimeZone, config.TimeZone);
+}
+
+TEST(VirtualCardConfiguration, HasTheProcessVariablesUnderTheirOwnName) {
+  const CardProcess process;
+  Client client(process);
+  ProcessAPI api(client);
+  ProcessVariables variables;
+  variables.MarkDelay = 7;
+  api.SetVariables(variables), api.StoreVariables(), api.SetVariables({}), api.LoadVariables();
+  EXPECT_EQ(api.GetVariables().ToString(), variables.ToString());
 }
 
 // With speeds of 0.01 and 0.001, and delays that tell themselves apart.
