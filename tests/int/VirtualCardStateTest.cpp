@@ -148,13 +148,6 @@ Text Sealed(const Text& bytes) {
   return bytes + digits;
 }
 
-template <class T>
-Text Packed(const T& value) {
-  msgpack::sbuffer bytes;
-  msgpack::pack(bytes, value);
-  return {bytes.data(), bytes.size()};
-}
-
 // Lists of every kind, and a font of two glyphs.
 struct Stored {
   CommandList Small = List("JA 1.5,-2.5 NO DLP F64[1.0;2.0] PI -7"), Large;
