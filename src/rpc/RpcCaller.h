@@ -153,8 +153,7 @@ void RpcCaller::Tell(Checked<void, Args...> method, const Args&... args) noexcep
     call.DoNotAwait();
     Perform(call);
   } catch (...) {
-    static_cast<void>(
-        0);  // Nobody is there to be told. A call that nobody awaits always ends so: as timed out.
+    static_cast<void>(0);  // A call that is not awaited always throws: at the latest because no answer has come yet.
   }
 }
 

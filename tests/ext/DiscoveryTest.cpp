@@ -300,7 +300,8 @@ TEST_F(Discovery, ConnectsToWhereACardIsByNow) {
 TEST_F(Discovery, CardsTellTheAddressThatIsNearestToTheSearcher) {
   // 2 has the most leading bits in common with 11, the most trailing ones with 130, and is in no network with 10.1.1.1.
   Host network("192.168.77.1/24");
-  CardHost card(network, "card", "10.1.1.1/24 192.168.77.130/24 192.168.77.11/24 192.168.77.66/24", {"--ssdp"});
+  CardHost card(network, "card", "10.1.1.1/24 192.168.77.130/24 192.168.77.11/24 192.168.77.66/24",
+                {"--ssdp"});
   Host searcher(network, "searcher", "192.168.77.2/24");
   const Inside inside(searcher.Space());
   GroupSocket socket(AF_INET, 2909);
