@@ -30,7 +30,9 @@ std::string Pass(Way way, std::int32_t card, std::int32_t (*setter)(std::int32_t
     Filler().Fill(record);
     Flat::FromRecord(record, flat);
     EXPECT_OK(setter(card, &flat));
-    if (way == Way::Store) EXPECT_OK(storer(card));
+    if (way == Way::Store) {
+      EXPECT_OK(storer(card));
+    }
   } else {
     EXPECT_OK(getter(card, &flat));
     record = Flat::Taken<R>(&flat);
