@@ -131,7 +131,8 @@ void HostDirectory::Remove(const std::string& name) const {
 }
 
 void HostDirectory::Rename(const std::string& from, const std::string& to) const {
-  if (renameat(directory_.Get(), from.c_str(), directory_.Get(), to.c_str()) != 0) ThrowCannot("rename", from);
+  if (renameat(directory_.Get(), from.c_str(), directory_.Get(), to.c_str()) != 0)
+    ThrowCannot("rename", from);
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard
