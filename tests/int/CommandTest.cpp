@@ -5,6 +5,7 @@
 #include "lists/CommandList.h"
 #include "lists/CommandValueReader.h"
 #include "lists/ListAPI.h"
+#include "support/FailingMemory.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -357,6 +358,18 @@ TEST(CommandList, LoopsAreCountedAndHardlyChecked) {
   EXPECT_EQ(list.ToString(),
             "[ { LOS, I32[ 5 ], I32[ 1 ] }, { LOS, I32[ 6 ], I32[ 2 ] }, { LOB }, { LOE, I32[ 2 ] }, "
             "{ LOE, I32[ 1 ] }, { LOE, I32[ 0 ] }, { LOS, I32[ 7 ], I32[ 0 ] } ]");
+}
+
+TEST(CommandList, AReferenceToALabelThatFoundNoMemoryIsNone) {
+  bool hasFailed = true;
+  for (int allocations = 0; hasFailed; ++allocations) {
+    CommandList list;
+    {
+      const FailingMemory memory(allocations);
+      hasFailed = Failure([&] { list.AppendBranchToLabel("a name that takes memory"); }) != "no failure";
+    }
+    EXPECT_EQ(Failure([&] { list.ResolveBranchesAndLabels(); }) == "no failure", hasFailed) << allocations;
+  }
 }
 
 TEST(ListAPI, AnUploadIsCutWhereItsBytesAreFull) {  // 921600, with 4 for each command
