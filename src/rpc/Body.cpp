@@ -1,13 +1,16 @@
 #include "rpc/Body.h"
 
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace VELTRO::KELVO::ClientLib::Body {
 
 namespace {
 
+constexpr const char* Empty = "The body holds no object.";
 constexpr const char* Malformed =
     "The body is cut short, malformed, too deeply nested, or claims more than it holds.";
 
@@ -101,13 +104,19 @@ bool Refer(msgpack::type::object_type, std::size_t, void*) {
 }
 
 // A body this short is not walked first: whatever it claims within the limits below is a matter of kilobytes, and
-// most notifications are shorter than the walk is long.
+// most answers and notifications are shorter than the walk is long.
 constexpr std::size_t SmallBytes = 64;
+constexpr std::size_t SmallZoneBytes = 512;  // the system has such pieces of memory at hand
 
-msgpack::object UnpackSmall(std::span<const char> bytes, msgpack::zone& zone) {
+bool IsSmall(std::span<const char> bytes, std::uint32_t depth) {
+  return bytes.size() <= SmallBytes && depth >= SmallBytes;
+}
+
+msgpack::object UnpackSmall(std::span<const char> bytes, std::size_t& used, msgpack::zone& zone) {
   const std::size_t most = bytes.size();  // a byte, at least, each
   try {
-    return msgpack::unpack(zone, bytes.data(), most, &Refer, nullptr, {most, most, most, most, most, most});
+    return msgpack::unpack(zone, bytes.data(), most, used, &Refer, nullptr,
+                           {most, most, most, most, most, most});
   } catch (const msgpack::unpack_error&) {
     Refuse(Malformed);
   }
@@ -126,7 +135,7 @@ std::uint32_t TakeRequestId(std::span<const char> bytes, std::size_t& position) 
 }
 
 std::size_t Check(std::span<const char> bytes, std::uint32_t depth, std::size_t mostValues) {
-  if (bytes.empty()) Refuse("The body holds no object.");
+  if (bytes.empty()) Refuse(Empty);
   Walk walk(depth, mostValues);
   std::size_t offset = 0;
   if (!msgpack::parse(bytes.data(), bytes.size(), offset, walk)) {
@@ -137,13 +146,21 @@ std::size_t Check(std::span<const char> bytes, std::uint32_t depth, std::size_t 
 
 msgpack::object_handle Unpack(std::span<const char> bytes, std::size_t& used, std::uint32_t depth,
                               std::size_t mostValues) {
+  used = 0;
+  if (bytes.empty()) Refuse(Empty);
+  if (IsSmall(bytes, depth)) {
+    auto zone = std::make_unique<msgpack::zone>(SmallZoneBytes);
+    const msgpack::object object = UnpackSmall(bytes, used, *zone);
+    return {object, std::move(zone)};
+  }
   used = Check(bytes, depth, mostValues);
   return msgpack::unpack(bytes.data(), used, &Refer);
 }
 
 msgpack::object Unpack(std::span<const char> bytes, msgpack::zone& zone, std::uint32_t depth) {
-  if (bytes.size() <= SmallBytes && depth >= SmallBytes) return UnpackSmall(bytes, zone);
-  const std::size_t used = Check(bytes, depth);
+  std::size_t used = 0;
+  if (IsSmall(bytes, depth)) return UnpackSmall(bytes, used, zone);
+  used = Check(bytes, depth);
   return msgpack::unpack(zone, bytes.data(), used, &Refer);
 }
 

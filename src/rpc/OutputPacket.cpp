@@ -11,7 +11,7 @@ namespace VELTRO::KELVO::ClientLib {
 
 namespace {
 
-constexpr std::size_t FirstCapacity = 8192;
+constexpr std::size_t FirstCapacity = 512;  // most calls are shorter, and memory of this size is quick to get
 constexpr int MostDoublings = 50;
 // Fewer bytes are copied faster than they are sent as a piece of their own.
 constexpr std::size_t LeastReferenced = 16384;
