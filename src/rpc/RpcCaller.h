@@ -153,7 +153,8 @@ void RpcCaller::Tell(Checked<void, Args...> method, const Args&... args) noexcep
     call.DoNotAwait();
     Perform(call);
   } catch (...) {
-    static_cast<void>(0);  // A call that is not awaited always throws: at the latest because no answer has come yet.
+    // A call that is not awaited always throws: at the latest because no answer has come yet.
+    static_cast<void>(0);
   }
 }
 
