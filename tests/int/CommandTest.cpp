@@ -360,6 +360,17 @@ TEST(CommandList, LoopsAreCountedAndHardlyChecked) {
             "{ LOE, I32[ 1 ] }, { LOE, I32[ 0 ] }, { LOS, I32[ 7 ], I32[ 0 ] } ]");
 }
 
+TEST(LabelList, RefusesAReferenceFromACommandThatHasNoPosition) {
+  PackedCommands commands;
+  commands.Append(17);
+  commands.Append(1, 5);
+  LabelList labels;
+  labels.AddDeclaration("end", 2);
+  labels.AddReference("end", 1);
+  EXPECT_EQ(Failure([&] { labels.Resolve(commands); }),
+            "Label 'end' apparently referenced from invalid '1' at 1");
+}
+
 TEST(CommandList, AReferenceToALabelThatFoundNoMemoryIsNone) {
   bool hasFailed = true;
   for (int allocations = 0; hasFailed; ++allocations) {

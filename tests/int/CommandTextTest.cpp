@@ -44,6 +44,7 @@ TEST(CommandText, OfACommandIsReadInEveryShapeAndWithNothingElseInIt) {
 {NO,ByteArr[1; 2; 3;],U16Arr[(1. 2e)],F64Arr[1.2.3e5-e1]} => { NO, ByteArr[ 1 2 3  ], U16Arr[ 1 2  ], F64Arr[ 1.2 30000 1  ] }
 {NO,F64[5.],I32[= 7 mm],P2IArr[1 2 3) 4 ;],P3D[1 2 3;]} => { NO, F64[ 5 ], I32[ 7 ], P2IArr[ ( X=1 Y=2 ) ( X=3 Y=4 )  ], P3D[ X=1 Y=2 Z=3 ] }
 {NO,V0255} => { NO, V255 }
+{NO,F64[;.5]} | {NO,F64[mm .5]} => { NO, F64[ 0.5 ] }
 {NO,F64[-1e-400],F64[0.01e-99999999999999999999],U16Arr[1,2 ,, 3],ByteArr[]} => { NO, F64[ -0 ], F64[ 0 ], U16Arr[ 1 2 3  ], ByteArr[  ] }
 {NO,V0,I32[+7],P2IArr[(1 2)(X=3,Y=4) 5 6]} => { NO, V0, I32[ 7 ], P2IArr[ ( X=1 Y=2 ) ( X=3 Y=4 ) ( X=5 Y=6 )  ] }
 {} | {LON} x | {275} | {LON, Unsupported value} | {[[LON} | {XY, Z[1], } | {LON, V1.5} | {LON, A[} => Unable to parse command
@@ -110,7 +111,7 @@ TEST(CommandText, OfNumbersIsThatOfTheStandardLibraryToTheLastBit) {
                              0.001,
                              1e9,
                              999999999.999999};
-    const double value = values[i % std::size(values)];
+    const double value = values[static_cast<std::size_t>(i) % std::size(values)];
     if (!std::isfinite(value)) continue;
     char text[400];
     const std::string written(text, std::to_chars(text, std::end(text), value).ptr);
