@@ -363,12 +363,13 @@ TEST(CommandList, LoopsAreCountedAndHardlyChecked) {
 TEST(LabelList, RefusesAReferenceFromACommandThatHasNoPosition) {
   PackedCommands commands;
   commands.Append(17);
+  commands.Append(17);
   commands.Append(1, 5);
   LabelList labels;
-  labels.AddDeclaration("end", 2);
-  labels.AddReference("end", 1);
+  labels.AddDeclaration("end", 3);
+  labels.AddReference("end", 2);
   EXPECT_EQ(Failure([&] { labels.Resolve(commands); }),
-            "Label 'end' apparently referenced from invalid '1' at 1");
+            "Label 'end' apparently referenced from invalid '1' at 2");
 }
 
 TEST(CommandList, AReferenceToALabelThatFoundNoMemoryIsNone) {
