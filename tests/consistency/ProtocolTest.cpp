@@ -102,9 +102,9 @@ template <class... Records>
 std::map<std::string, std::pair<std::string, Fields>> FieldsOf(std::pair<const char*, Records>... records) {
   std::map<std::string, std::pair<std::string, Fields>> all;
   const auto add = [&](const char* name, const auto& record) {
-    auto& [version, fields] = all[name];
-    version = std::to_string(record.GetConfigVersion());
-    record.ForEachField(record, [&](const char* field, const auto&) { fields.push_back(field); });
+    auto& told = all[name];
+    told.first = std::to_string(record.GetConfigVersion());
+    record.ForEachField(record, [&](const char* field, const auto&) { told.second.push_back(field); });
   };
   (add(records.first, records.second), ...);
   return all;
