@@ -23,7 +23,7 @@ std::string WithoutPrefixes(std::string_view text) {
   return result;
 }
 
-std::uint8_t Byte(std::int64_t value) {
+std::uint8_t LowByte(std::int64_t value) {
   return static_cast<std::uint8_t>(value & 0xFF);
 }
 
@@ -50,7 +50,7 @@ IPAddress PredictIPv4(std::int32_t serialNumber, bool isInternal) {
   constexpr std::int32_t Wrap = 16382;
   const std::int32_t place = serialNumber == 0 ? 1 : 4 * ((serialNumber - 1) % Wrap) + 4;
   const std::int32_t value = isInternal ? place | 2 : place;
-  return {IPAddress::Family::IPv4, {169, 254, Byte(value >> 8), Byte(value)}};
+  return {IPAddress::Family::IPv4, {169, 254, LowByte(value >> 8), LowByte(value)}};
 }
 
 IPAddress PredictIPv6(std::int32_t serialNumber, bool isInternal) {
@@ -59,8 +59,8 @@ IPAddress PredictIPv6(std::int32_t serialNumber, bool isInternal) {
       std::max<std::int64_t>(5 * std::int64_t{serialNumber} - 4, 1) + (isInternal ? 1 : 0);
   // The interface identifier of the Ethernet address 00:22:4a and the three bytes at the end.
   return {IPAddress::Family::IPv6,
-          {0xFE, 0x80, 0, 0, 0, 0, 0, 0, 0x02, 0x22, 0x4A, 0xFF, 0xFE, Byte((place >> 16) + 1),
-           Byte(place >> 8), Byte(place)}};
+          {0xFE, 0x80, 0, 0, 0, 0, 0, 0, 0x02, 0x22, 0x4A, 0xFF, 0xFE, LowByte((place >> 16) + 1),
+           LowByte(place >> 8), LowByte(place)}};
 }
 
 IPAddress PredictIPAddress(std::string_view serialNumber, std::int32_t installation, bool isIPv6) {

@@ -126,7 +126,9 @@ inline char* Write(char* at, double value) {
   const double absolute = std::abs(value);
   // Whole millionths of at most 15 digits: two different ones are never the same double, so no shorter decimal can be.
   if (absolute >= 0.001 && absolute < 1e9) {
-    const auto millionths = static_cast<std::uint64_t>(absolute * 1e6 + 0.5);
+    constexpr double Rounding =
+        0.5;  // how ties go does not matter: what is no whole number is found out below
+    const auto millionths = static_cast<std::uint64_t>(absolute * 1e6 + Rounding);
     const std::uint64_t whole = millionths / Million;
     auto fraction = static_cast<std::uint32_t>(millionths % Million);
     // With so many zeros at the end an exponent is shorter.
