@@ -2,7 +2,7 @@
 // virtual card answers is held against it while it compiles (SignatureCheck.h), docs/protocol.md by a test.
 #pragma once
 
-#include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <string_view>
 
@@ -163,10 +163,11 @@ inline constexpr RemoteMethod RemoteMethods[] = {
 
 #undef KELVO_RECORD_ROWS
 
-// The method of that name, or null.
-constexpr const RemoteMethod* FindRemoteMethod(std::string_view name) {
-  const auto* const found = std::ranges::find(RemoteMethods, name, &RemoteMethod::Name);
-  return found == std::end(RemoteMethods) ? nullptr : found;
+// The index of the method of that name, or the number of methods.
+constexpr std::size_t FindRemoteMethod(std::string_view name) {
+  std::size_t index = 0;
+  while (index < std::size(RemoteMethods) && RemoteMethods[index].Name != name) ++index;
+  return index;
 }
 
 }  // namespace VELTRO::KELVO::ClientLib

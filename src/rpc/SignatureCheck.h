@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <initializer_list>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -77,10 +78,11 @@ namespace Signature {
 
 // To be called in constant expressions.
 constexpr void Check(std::string_view name, WireType result, std::initializer_list<WireType> arguments) {
-  const RemoteMethod* const method = FindRemoteMethod(name);
-  if (method == nullptr) NoSuchRemoteMethod();
-  if (!result.IsCalled(method->Result)) OtherTypeOfResult();
-  std::string_view rest = method->Arguments;
+  const std::size_t index = FindRemoteMethod(name);
+  if (index == std::size(RemoteMethods)) NoSuchRemoteMethod();
+  const RemoteMethod& method = RemoteMethods[index];
+  if (!result.IsCalled(method.Result)) OtherTypeOfResult();
+  std::string_view rest = method.Arguments;
   for (const WireType argument : arguments) {
     if (rest.empty()) OtherNumberOfArguments();
     if (!argument.IsCalled(rest.substr(0, rest.find(' ')))) OtherTypeOfArgument();
