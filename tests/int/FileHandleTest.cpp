@@ -1,6 +1,7 @@
 // The oddities of handles of card files.
 #include "services/FileHandle.h"
 
+#include <stdexcept>
 #include <tuple>
 
 #include "Helpers.h"
@@ -28,6 +29,26 @@ TEST(FileHandles, SendAsMuchAsTheyMay) {
             .ends_with(end))
         << count;
     EXPECT_EQ(Hex(caller.Calls.back()), "91 05");
+  }
+}
+
+// Notes which answers are waited for; a silent card gives none.
+struct WaitRecorder : CallRecorder {
+  explicit WaitRecorder(bool silent) : IsSilent(silent) {}
+  void Perform(RemoteCall& call) override {
+    Waits += call.IsAwaited() ? "awaited " : "told ";
+    if (IsSilent) throw std::runtime_error("Response was not received in the given timespan.");
+    CallRecorder::Perform(call);
+  }
+  const bool IsSilent;
+  std::string Waits;
+};
+
+TEST(FileHandles, WaitForTheirCloseUnlessTheCardHasLeftACallUnanswered) {
+  for (const bool silent : {false, true}) {
+    WaitRecorder caller(silent);
+    Failure([&] { FileHandle(caller, 5).WriteTextLine("a"); });
+    EXPECT_EQ(caller.Waits, silent ? "awaited told " : "awaited awaited ");
   }
 }
 
