@@ -14,13 +14,19 @@ struct RemoteMethod {
   std::string_view Arguments;
   // A type; nil for none.
   std::string_view Result;
+  // Of the project's own design: cards have it whose firmware was made to know it.
+  bool IsExtension = false;
 };
 
 // The four methods that every record of settings has.
-#define KELVO_RECORD_ROWS(name, Record)                                                        \
-  {"Get" name, "", Record}, {"Set" name, Record " record", "nil"}, {"Load" name, "", "nil"}, { \
-    "Store" name, "", "nil"                                                                    \
+#define KELVO_RECORD_ROWS(name, Record, ...)                            \
+  {"Get" name, "", Record __VA_OPT__(, ) __VA_ARGS__},                  \
+      {"Set" name, Record " record", "nil" __VA_OPT__(, ) __VA_ARGS__}, \
+      {"Load" name, "", "nil" __VA_OPT__(, ) __VA_ARGS__}, {            \
+    "Store" name, "", "nil" __VA_OPT__(, ) __VA_ARGS__                  \
   }
+
+inline constexpr bool Extension = true;
 
 // clang-format off
 inline constexpr RemoteMethod RemoteMethods[] = {
@@ -158,6 +164,48 @@ inline constexpr RemoteMethod RemoteMethods[] = {
     {"SetPowerCorrection", "", "nil"},
     {"ChangePowerCorrectionValue", "point position, double value", "nil"},
     {"GetOpticalParametersPowerCorrection", "", "OpticalParameters"},
+
+    // Pins
+    {"GetGpioConfig", "", "GpioConfig", Extension},
+    {"SetGpioConfig", "GpioConfig record", "nil", Extension},
+    {"LoadGpioConfig", "", "nil"},
+    {"StoreGpioConfig", "", "nil"},
+    {"ReadGpioPort", "int32 port", "uint32", Extension},
+    {"WriteGpioPort", "int32 port, int32 action, uint32 pins", "nil", Extension},
+    {"PulseGpioPins", "int32 port, uint32 pins, double duration", "nil", Extension},
+    {"WaitForGpioChange", "int32 port, uint32 pins, uint32 known, uint32 timeout", "uint32", Extension},
+
+    // Variables of lists
+    {"SetBooleanVariable", "string name, bool value", "nil", Extension},
+    {"GetBooleanVariable", "string name", "bool", Extension},
+    {"SetIntegerVariable", "string name, int32 value", "nil", Extension},
+    {"GetIntegerVariable", "string name", "int32", Extension},
+    {"SetMarkCounter", "string name, MarkCounter counter", "nil", Extension},
+    {"GetMarkCounter", "string name", "MarkCounter", Extension},
+    {"ResetMarkCounter", "string name", "nil", Extension},
+    {"SetMarkTimeFormat", "string format", "nil", Extension},
+    {"GetMarkTimeFormat", "", "string", Extension},
+    {"GetCardVariables", "", "CardVariable[]", Extension},
+
+    // Serial ports, SPI, special functions
+    KELVO_RECORD_ROWS("SerialPortConfig", "SerialPortConfig", Extension),
+    {"WriteSerialPort", "int32 port, binary bytes", "nil", Extension},
+    {"ReadSerialPort", "int32 port, uint32 most, uint32 timeout", "binary", Extension},
+    {"FlushSerialPort", "int32 port", "nil", Extension},
+    KELVO_RECORD_ROWS("SpiConfig", "SpiConfig", Extension),
+    {"TransferSpi", "int32 module, binary bytes", "binary", Extension},
+    {"ReadSfRegister", "int32 register", "uint32", Extension},
+    {"WriteSfRegister", "int32 register, uint32 value", "nil", Extension},
+
+    // The adapter board
+    KELVO_RECORD_ROWS("AdapterBoardConfig", "AdapterBoardConfig", Extension),
+    {"GetAdapterBoardIdentity", "", "AdapterBoardIdentity", Extension},
+
+    // Diagnostics
+    {"GetMeasurements", "", "Measurement[]", Extension},
+    {"GetCardLog", "", "string", Extension},
+    {"RunSelfTest", "", "SelfTestResult[]", Extension},
+    {"IsMethodSupported", "string method", "bool", Extension},
 };
 // clang-format on
 

@@ -1,0 +1,29 @@
+// The parts of the records of peripherals that are compiled once.
+#include "config/RecordText.h"
+#include "peripherals/AdapterBoardConfig.h"
+#include "peripherals/GpioConfig.h"
+#include "peripherals/SerialPortConfig.h"
+#include "peripherals/SpiConfig.h"
+
+namespace VELTRO::KELVO::ClientLib {
+
+template class Record<GpioConfig>;
+template class Record<PortConfig>;
+template class Record<SerialPortConfig>;
+template class Record<SpiModule>;
+template class Record<SpiConfig>;
+template class Record<AdapterBoardConfig>;
+
+std::string GpioPort::ToString() const {
+  RecordText fields;
+  WriteFields(*this, fields);
+  return "{ " + fields.Take() + " }";
+}
+
+std::vector<GpioPort> GpioConfig::DefaultPorts() {
+  std::vector<GpioPort> ports(IOPort::_values().size());
+  for (std::size_t i = 1; i < ports.size(); i += 2) ports[i].Direction = IODirection::Output;
+  return ports;
+}
+
+}  // namespace VELTRO::KELVO::ClientLib
