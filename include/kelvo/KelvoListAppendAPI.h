@@ -478,7 +478,8 @@ KELVO_API int32_t vlListAppendMarkCounter(int64_t list, const char* name, int32_
 /* Sends an enhanced command to `axis` (vlAxis) of a scan head; a number that is none fails with
  * "Axis::_from_integral: invalid argument". */
 KELVO_API int32_t vlListAppendEnhancedCommand(int64_t list, int32_t head, int32_t axis, uint32_t command);
-/* Acts on pins of an output port. Ports and actions have the card's numbers, which this library does not check. */
+/* Acts on pins of an output port. `port` is a vlIOPort, `action` a vlPinAction (KelvoGpioAPI.h). This library does
+ * not check them: a card may have more. */
 KELVO_API int32_t vlListAppendGpioValue(int64_t list, int32_t port, int32_t action, uint32_t value);
 /* Writes a value to the output `target` (vlPowerTarget); a number that is none fails with
  * "PowerTarget::_from_integral: invalid argument". */

@@ -36,9 +36,8 @@
  *     for. So do not unregister while holding a lock that the callback takes. Inside callbacks of the same connection
  *     nothing needs to be waited for, and one that is unregistered there, itself or another, does not begin any more.
  *  8. Pointers. Texts are zero-terminated. A null pointer where one is not allowed fails with
- *     "A null pointer was passed for 'NAME'.". Outputs are written on success only. One exception:
- *     when the array that vlListGetStoredListIDs or vlLaserGetPowerCalibration is given is too small, the number of
- *     elements that it must have is written.
+ *     "A null pointer was passed for 'NAME'.". Outputs are written on success only. One exception: when an array is too
+ *     small for what the card sends, some functions say that they write the number of elements that it must have.
  *  9. Units are the card's own: coordinates in field units, speeds in field units per microsecond, delays and
  *     durations in microseconds, unless a function says otherwise. Time-outs are in milliseconds.
  * 10. Processes. Connections do not survive fork: use them in the process that made them only. A child of fork that
@@ -55,13 +54,16 @@
 #ifndef KELVO_H
 #define KELVO_H
 
+#include "kelvo/KelvoAdapterBoardAPI.h"
 #include "kelvo/KelvoClientAPI.h"
 #include "kelvo/KelvoConfigurationAPI.h"
 #include "kelvo/KelvoDiscoveryAPI.h"
 #include "kelvo/KelvoEventAPI.h"
 #include "kelvo/KelvoFileAPI.h"
 #include "kelvo/KelvoFontAPI.h"
+#include "kelvo/KelvoGpioAPI.h"
 #include "kelvo/KelvoHeadCorrectionAPI.h"
+#include "kelvo/KelvoInternalAPI.h"
 #include "kelvo/KelvoLaserAPI.h"
 #include "kelvo/KelvoListAPI.h"
 #include "kelvo/KelvoListAppendAPI.h"
@@ -69,6 +71,10 @@
 #include "kelvo/KelvoPowerCorrectionAPI.h"
 #include "kelvo/KelvoProcessAPI.h"
 #include "kelvo/KelvoScannerAPI.h"
+#include "kelvo/KelvoSerialPortAPI.h"
+#include "kelvo/KelvoSfioAPI.h"
+#include "kelvo/KelvoSpiAPI.h"
 #include "kelvo/KelvoSystemAPI.h"
+#include "kelvo/KelvoVariableAPI.h"
 
 #endif

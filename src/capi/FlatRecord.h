@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "capi/CallersArray.h"
 #include "capi/Frame.h"
 #include "capi/TextBuffer.h"
 #include "common/Point.h"
@@ -197,6 +198,16 @@ template <HasFields R, class F>
 void ToRecord(const F& flat, R& record) {
   if constexpr (IsRecord<R>) record.ConfigVersion = flat.ConfigVersion;
   R::ForEachPair(record, flat, [](auto& field, const auto& namesake) { ToRecord(namesake, field); });
+}
+
+// Records, one by one, into the caller's array of plain structs: all of them, or none and the text `tooSmall` or that of
+// a record that does not fit. When the array is too small, their number is told.
+template <class F, class R>
+void FillArray(CallersArray<F>& array, const std::vector<R>& records, const char* tooSmall) {
+  std::vector<F> converted(records.size());
+  for (std::size_t i = 0; i < records.size(); ++i) FromRecord(records[i], converted[i]);
+  array.TellCount(records.size());
+  array.Fill(converted, tooSmall);
 }
 
 // The exported functions of a record, but for their names and that of the parameter.

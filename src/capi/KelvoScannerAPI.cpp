@@ -4,6 +4,7 @@
 
 #include "capi/CallersArray.h"
 #include "capi/FlatRecord.h"
+#include "capi/GivenArray.h"
 #include "config/ScannerAPI.h"
 #include "services/ScannerCommunicationAPI.h"
 
@@ -33,12 +34,6 @@ int32_t Read(int32_t handle, vlScannerPositions* positions, ScannerPositions (Sc
     Flat::FromRecord((scanner.*read)(), flat);
     *positions = flat;
   });
-}
-
-template <class T>
-std::vector<T> Given(const T* values, uint32_t count, const char* name) {
-  if (count > 0) NotNull(values, name);
-  return std::vector<T>(values, values + count);
 }
 
 // Sends what `call` sends, and takes its answer.

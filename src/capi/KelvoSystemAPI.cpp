@@ -11,11 +11,8 @@ namespace {
 
 int32_t GetText(int32_t handle, std::string (SystemAPI::*get)(), char* buffer, uint32_t size,
                 uint32_t* length) {
-  return On<SystemAPI>(handle, [&](SystemAPI& system) {
-    NotNull(length, "length");
-    NotNull(buffer, "buffer");
-    CopyText((system.*get)(), buffer, size, length);
-  });
+  return On<SystemAPI>(
+      handle, [&](SystemAPI& system) { TellText(buffer, size, length, [&] { return (system.*get)(); }); });
 }
 
 int32_t GetSeconds(int32_t handle, DateTime (SystemAPI::*get)(), uint64_t* seconds) {

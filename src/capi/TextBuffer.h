@@ -20,4 +20,12 @@ inline void CopyText(const std::string& text, char* buffer, std::uint32_t size, 
   *length = static_cast<std::uint32_t>(text.size());
 }
 
+// The same with the text that `get` gives, which is not called when there is nowhere to put it.
+template <class Get>
+void TellText(char* buffer, std::uint32_t size, std::uint32_t* length, Get&& get) {
+  NotNull(length, "length");
+  NotNull(buffer, "buffer");
+  CopyText(get(), buffer, size, length);
+}
+
 }  // namespace VELTRO::KELVO::ClientLib

@@ -19,11 +19,17 @@ struct GpioPort {
       (IOVoltage, Voltage, IOVoltage::Volt24),
       (Polarity, PinPolarity, Polarity::ActiveHigh),
       (double, DebounceTime, 0),
-      (std::string, Name, {}),
+      (std::string, PortName, {}),
       (std::vector<std::string>, PinNames, {}))
   // clang-format on
 
   std::string ToString() const;
+};
+
+// Both count from 0.
+struct PinPlace {
+  std::int32_t Port;
+  std::int32_t Pin;
 };
 
 class GpioConfig : public Record<GpioConfig> {
@@ -34,6 +40,8 @@ class GpioConfig : public Record<GpioConfig> {
 
   // The card's ports by turns, beginning with an input.
   static std::vector<GpioPort> DefaultPorts();
+  // Throws std::runtime_error "There is no pin 'NAME'.".
+  PinPlace FindPin(std::string_view name) const;
 
   KELVO_FIELDS((std::vector<GpioPort>, Ports, DefaultPorts()))
 };
