@@ -14,6 +14,7 @@
 #include "common/KelvoAPIEnums.h"
 #include "config/ScanHeadFormat.h"
 #include "lists/ListStatus.h"
+#include "peripherals/PeripheralEnums.h"
 #include "rpc/RpcEvents.h"
 #include "services/FileEnums.h"
 
@@ -38,9 +39,11 @@ Enumerations ConstantsOf() {
 
 // Those that callers meet, and those that they do not.
 Enumerations Met() {
-  return ConstantsOf<Axes, Axis, DirectorySelector, FileMode, Installation, LaserSignal, LaserStatus,
-                     ListStatus, MotfDistanceMode, MotfOperatingMode, MotfSourceType, OperatingState,
-                     Polarity, PowerTarget, RpcEventType, ScanHeadFormat, SHFlags, SkyWritingMode>();
+  return ConstantsOf<Axes, Axis, DirectorySelector, FileMode, IODirection, IOPort, IOVoltage, MethodSupport,
+                     PinAction, SerialPortHandshake, SerialPortLineEnd, SerialPortParity, SerialPortStopBits,
+                     SfRegister, VariableKind, Installation, LaserSignal, LaserStatus, ListStatus,
+                     MotfDistanceMode, MotfOperatingMode, MotfSourceType, OperatingState, Polarity,
+                     PowerTarget, RpcEventType, ScanHeadFormat, SHFlags, SkyWritingMode>();
 }
 const std::set<std::string> Internal = {
     "CommandCode",       "CommandCode2",     "CommandCodeAcronym",     "CommandCodeAcronym2",

@@ -19,6 +19,10 @@
 #include "kelvo/KelvoClientAPI.h"
 #include "lists/Command.h"
 #include "methods/MethodTable.h"
+#include "peripherals/AdapterBoardConfig.h"
+#include "peripherals/GpioConfig.h"
+#include "peripherals/SerialPortConfig.h"
+#include "peripherals/SpiConfig.h"
 #include "rpc/Body.h"
 #include "rpc/Packet.h"
 #include "services/EventConfig.h"
@@ -73,7 +77,8 @@ TEST(Protocol, MethodsOfThePageAreThoseOfTheTable) {
     }
   }
   for (const RemoteMethod& method : RemoteMethods) {
-    table[std::string(method.Name)] = std::string(method.Arguments) + " -> " + std::string(method.Result);
+    table[std::string(method.Name)] = std::string(method.Arguments) + " -> " + std::string(method.Result) +
+                                      (method.IsExtension ? ", extension" : "");
   }
   EXPECT_EQ(page, table);
 }
@@ -121,11 +126,13 @@ TEST(Protocol, RecordsOfThePageHaveTheVersionsAndFieldsOfTheLibrary) {
     page[NamesIn(row.at(0)).at(0)] = {row.at(1), fields};
   }
 #define NAMED(Record) std::pair(#Record, Record())
-  EXPECT_EQ(page, FieldsOf(NAMED(LaserConfig), NAMED(ScannerConfig), NAMED(ScanHeadConfig),
-                           NAMED(SystemConfig), NAMED(ScannerMonitoringConfig), NAMED(ProcessVariables),
-                           NAMED(SkyWritingSettings), NAMED(WobbleSettings), NAMED(MotfConfig),
-                           NAMED(MotfSource), NAMED(QuadratureDecoderConfig), NAMED(QuadratureDecoderModule),
-                           NAMED(EventConfig), NAMED(OpticalParameters)));
+  EXPECT_EQ(page,
+            FieldsOf(NAMED(LaserConfig), NAMED(ScannerConfig), NAMED(ScanHeadConfig), NAMED(SystemConfig),
+                     NAMED(ScannerMonitoringConfig), NAMED(ProcessVariables), NAMED(SkyWritingSettings),
+                     NAMED(WobbleSettings), NAMED(MotfConfig), NAMED(MotfSource),
+                     NAMED(QuadratureDecoderConfig), NAMED(QuadratureDecoderModule), NAMED(EventConfig),
+                     NAMED(OpticalParameters), NAMED(GpioConfig), NAMED(SerialPortConfig), NAMED(PortConfig),
+                     NAMED(SpiConfig), NAMED(SpiModule), NAMED(AdapterBoardConfig)));
 }
 
 TEST(Protocol, NumbersOfThePageAreThoseOfTheLibrary) {

@@ -108,7 +108,17 @@ const auto onConnections = FUNCTIONS(
     vlHeadCorrectionSelectCorrection, vlHeadCorrectionGetSelectedCorrection, vlHeadCorrectionGetHash,
     vlHeadCorrectionGetOpticalParameters, vlPowerCorrectionCreate, vlPowerCorrectionSet, vlPowerCorrectionGet,
     vlPowerCorrectionLoad, vlPowerCorrectionStore, vlPowerCorrectionChangeValue,
-    vlPowerCorrectionGetOpticalParameters);
+    vlPowerCorrectionGetOpticalParameters, vlAdapterBoardGetConfig, vlAdapterBoardSetConfig,
+    vlAdapterBoardLoadConfig, vlAdapterBoardStoreConfig, vlAdapterBoardGetIdentity, vlGpioGetConfig,
+    vlGpioSetConfig, vlGpioLoadConfig, vlGpioStoreConfig, vlGpioReadPort, vlGpioWritePort, vlGpioReadPin,
+    vlGpioWritePin, vlGpioPulsePins, vlGpioWaitForChange, vlInternalGetMethodSupport,
+    vlInternalGetMeasurements, vlInternalGetLog, vlInternalRunSelfTest, vlSerialPortGetConfig,
+    vlSerialPortSetConfig, vlSerialPortLoadConfig, vlSerialPortStoreConfig, vlSerialPortWrite,
+    vlSerialPortRead, vlSerialPortFlush, vlSfioReadRegister, vlSfioWriteRegister, vlSpiGetConfig,
+    vlSpiSetConfig, vlSpiLoadConfig, vlSpiStoreConfig, vlSpiTransfer, vlVariableSetBoolean,
+    vlVariableGetBoolean, vlVariableSetInteger, vlVariableGetInteger, vlVariableSetMarkCounter,
+    vlVariableGetMarkCounter, vlVariableResetMarkCounter, vlVariableSetMarkTimeFormat,
+    vlVariableGetMarkTimeFormat, vlVariableGetAll);
 
 // Those of a list that has to exist.
 const auto onLists = FUNCTIONS(ListOf, vlListDeleteHandle, vlListClear, vlListCommandCount, vlListStringLen,

@@ -10,6 +10,10 @@
 #include "int/Filler.h"
 #include "int/Helpers.h"
 #include "kelvo/kelvo.h"
+#include "peripherals/AdapterBoardConfig.h"
+#include "peripherals/GpioConfig.h"
+#include "peripherals/SerialPortConfig.h"
+#include "peripherals/SpiConfig.h"
 #include "services/EventConfig.h"
 #include "services/OpticalParameters.h"
 
@@ -100,6 +104,12 @@ TEST(Records, AreCheckedElementByElement) {
   ExpectRecord<QuadratureDecoderModule, vlQuadratureDecoderModule>();
   ExpectRecord<EventConfig, vlEventConfig>();
   ExpectRecord<OpticalParameters, vlOpticalParameters>();
+  ExpectRecord<GpioConfig, vlGpioConfig>();
+  ExpectRecord<SerialPortConfig, vlSerialPortConfig>();
+  ExpectRecord<PortConfig, vlPortConfig>();
+  ExpectRecord<SpiConfig, vlSpiConfig>();
+  ExpectRecord<SpiModule, vlSpiModule>();
+  ExpectRecord<AdapterBoardConfig, vlAdapterBoardConfig>();
 }
 
 TEST(Records, AreRefusedWhenThePlainStructHasNoRoomForTheirLists) {
@@ -243,6 +253,17 @@ TEST(Records, HaveEachFieldInItsPlaceOnTheWireAndInText) {
   ExpectInPlace<EventConfig>("[1,{-7:[true,[-1,1,5]],3:[true,[-1,2,5]]}]",
                              "{ ConfigVersion=1, EventSettings=[ -7={ EnableGlobally=true, Exclusions=[ -1, "
                              "1, 5 ] }, 3={ EnableGlobally=true, Exclusions=[ -1, 2, 5 ] } ] }");
+  ExpectInPlace<SerialPortConfig>(
+      "[1,[[1,1,2,1,2,1,1,3],[1,4,5,1,2,1,1,6]]]",
+      "Ports=[ { BaudRate=1, DataBits=2, Parity=Odd, StopBits=Two, Handshake=XOnXOff, LineEnd=Lf, "
+      "ResponseTimeout=3, ConfigVersion=1 }, { BaudRate=4, DataBits=5, Parity=Odd, StopBits=Two, "
+      "Handshake=XOnXOff, LineEnd=Lf, ResponseTimeout=6, ConfigVersion=1 } ], ConfigVersion=1");
+  ExpectInPlace<SpiConfig>(
+      "[3,[[1,1,2.5,3,true,true],[1,4,5.5,6,true,true],[1,7,8.5,9,true,true]]]",
+      "Modules=[ { Mode=1, ClockFrequency=2.5, WordLength=3, LsbFirst=true, SelectActiveHigh=true, "
+      "ConfigVersion=1 }, { Mode=4, ClockFrequency=5.5, WordLength=6, LsbFirst=true, SelectActiveHigh=true, "
+      "ConfigVersion=1 }, { Mode=7, ClockFrequency=8.5, WordLength=9, LsbFirst=true, SelectActiveHigh=true, "
+      "ConfigVersion=1 } ], ConfigVersion=3");
 }
 
 using Numbers = std::vector<double>;
