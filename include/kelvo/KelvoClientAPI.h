@@ -24,10 +24,10 @@ KELVO_API int32_t vlConnect(const char* host, int32_t port);
 
 /* Ends the connection `handle`: running calls and waits on it return with "ConnectionAborted", its lists are
  * released, its receive thread is joined. A connect that is still under way for the handle fails. Prompt in every
- * state, unless one of the application's own callbacks is still running: calls and waits return at once then, too, and
- * it waits for the callback to return. Returns 0, or -1: a bad handle (kelvo.h, 3); "A callback must not disconnect.";
- * in a process that did not make the connection (a child of fork) "The connection belongs to another process.", and the
- * connection is not touched. Local. Not inside a callback. */
+ * state, unless one of the application's own callbacks is still running: calls and waits return at once then, too,
+ * and it waits for the callback to return. Returns 0, or -1: a bad handle (kelvo.h, 3); "A callback must not
+ * disconnect."; in a process that did not make the connection (a child of fork) "The connection belongs to another
+ * process.", and the connection is not touched. Local. Not inside a callback. */
 KELVO_API int32_t vlDisconnect(int32_t handle);
 
 /* Writes to `*connected` whether the connection `handle` is up. A handle that is not in use, a negative one
@@ -37,33 +37,42 @@ KELVO_API int32_t vlIsConnected(int32_t handle, bool* connected);
 /* Writes the connection's time-out in milliseconds to `*timeout_ms`. Returns 0 or -1 (kelvo.h, 3). Local. */
 KELVO_API int32_t vlGetTimeout(int32_t handle, uint32_t* timeout_ms);
 
-/* Sets how long later calls and waits on this connection wait, in milliseconds. 0 waits for nothing: the
- * answer must already be there. Calls that are waiting keep theirs. A card that is busy, so that it reads nothing, is
- * left that time, too, and never less than 30 s, before the connection is taken for dead. Returns 0 or -1 (kelvo.h, 3).
- * Local. */
+/* Sets how long later calls and waits on this connection wait, in milliseconds. 0 waits for nothing: the answer must
+ * already be there. Calls that are waiting keep theirs. A card that is busy, so that it reads nothing, is left that
+ * time, too, and never less than 30 s, before the connection is taken for dead. Returns 0 or -1 (kelvo.h, 3). Local. */
 KELVO_API int32_t vlSetTimeout(int32_t handle, uint32_t timeout_ms);
 
-/* Writes every later call on this connection and its answer, and every notification, to the text file `path`
- * (if `path` is a directory, to the file "KELVOrpc" in it), starting a new file. A log that is already being
- * written is ended first. A value longer than `max_value_length` characters is cut there and followed by
- * "...[truncated]"; a negative length means no limit. Lines begin with the local time, to the millisecond,
- * and the id of the thread in the kernel; the first two are "Logging enabled" and the versions of library,
- * firmware and card.
- * Each is one line, whatever a card has sent: behind the thread's id a backslash is written as "\\", a line feed as
- * "\n", a carriage return as "\r", a tab as "\t", and each byte of any other control character and of U+2028 and U+2029
- * as "\x" and two hexadecimal digits.
- * The log never makes a call fail or wait for a reader: a line that cannot be written is missing, which the next one
- * that can says ("2 lines are missing here") and vlDisableCommandLogging reports.
- * Returns 0, or -1, and no log is written: "Connection must be enabled to start logging!" when the connection is
- * down; "Unable to open log file 'PATH': REASON", also for a pipe that nobody reads; "Unable to write log file
- * 'PATH': REASON" when not even its first line can be written, on a full disk for one, or when lines of the earlier log,
- * then the one at PATH, are missing. Local. */
+/* Writes every later call on this connection and its answer, and every notification, to the text file `path` (if
+ * `path` is a directory, to the file "KELVOrpc" in it), starting a new file. A log that is already being written is
+ * ended first. A value longer than `max_value_length` characters is cut there and followed by "...[truncated]"; a
+ * negative length means no limit. Lines begin with the local time, to the millisecond, and the id of the thread in
+ * the kernel; the first two are "Logging enabled" and the versions of library, firmware and card. Each is one line,
+ * whatever a card has sent: behind the thread's id a backslash is written as "\\", a line feed as "\n", a carriage
+ * return as "\r", a tab as "\t", and each byte of any other control character and of U+2028 and U+2029 as "\x" and
+ * two hexadecimal digits. The log never makes a call fail or wait for a reader: a line that cannot be written is
+ * missing, which the next one that can says ("2 lines are missing here") and vlDisableCommandLogging reports. Returns
+ * 0, or -1, and no log is written: "Connection must be enabled to start logging!" when the connection is down;
+ * "Unable to open log file 'PATH': REASON", also for a pipe that nobody reads; "Unable to write log file 'PATH':
+ * REASON" when not even its first line can be written, on a full disk for one, or when lines of the earlier log, then
+ * the one at PATH, are missing. Local. */
 KELVO_API int32_t vlEnableCommandLogging(int32_t handle, const char* path, int32_t max_value_length);
 
-/* Ends the command log; without one it does nothing. Returns 0 or -1: a bad handle (kelvo.h, 3), or "Unable to write log
- * file 'PATH': REASON" when lines of it are missing, with the reason of the last one; it is ended all the same.
+/* Ends the command log; without one it does nothing. Returns 0 or -1: a bad handle (kelvo.h, 3), or "Unable to write
+ * log file 'PATH': REASON" when lines of it are missing, with the reason of the last one; it is ended all the same.
  * vlDisconnect ends it, too, and says nothing of it. Local. */
 KELVO_API int32_t vlDisableCommandLogging(int32_t handle);
+
+/* Calls any method of the card by its name, for what has no function of its own; the card's manual names such
+ * methods. `arguments` is a JSON array of them. The answer's JSON goes with a terminating zero into `buffer` of
+ * `size` bytes, and its length without the zero to `*length`. What JSON lacks is an object with one key, in arguments
+ * and answers alike: {"base64": "AQI="} for binary, {"number": "nan"}, "inf" or "-inf", {"map": [[key, value], ...]}
+ * for maps whose keys are not all texts or that would look like one of these, {"text": "..."} in base64 for texts
+ * that are no UTF-8, {"extension": [type, "..."]} in base64. A number with a fraction or an exponent is a double, any
+ * other an integer; so 1.0 stands for a double that is whole. Returns 0, or -1: "The arguments are no JSON array."; a
+ * text that says which of these objects is none; "Buffer is too small." unless `size` is at least the length plus 2,
+ * when the card has carried out the call all the same; or kelvo.h, 5. Remote. */
+KELVO_API int32_t vlCallJson(int32_t handle, const char* method, const char* arguments, char* buffer,
+                             uint32_t size, uint32_t* length);
 
 /* Returns the length of the calling thread's last error plus 2: a buffer of that size has room for the text
  * and its terminating zero. Without an error 2. Does not clear the error. Local. */

@@ -1,8 +1,10 @@
 #include "kelvo/KelvoClientAPI.h"
 
 #include <cstring>
+#include <nlohmann/json.hpp>
 
 #include "capi/NewConnection.h"
+#include "capi/TextBuffer.h"
 
 using namespace VELTRO::KELVO::ClientLib;
 
@@ -60,6 +62,17 @@ int32_t vlEnableCommandLogging(int32_t handle, const char* path, int32_t max_val
 int32_t vlDisableCommandLogging(int32_t handle) {
   return OnConnection(handle,
                       [](ConnectionContext& connection) { connection.Client.DisableCommandLogging(); });
+}
+
+int32_t vlCallJson(int32_t handle, const char* method, const char* arguments, char* buffer, uint32_t size,
+                   uint32_t* length) {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    NotNull(method, "method");
+    using Json = nlohmann::ordered_json;
+    const Json given = Json::parse(NotNull(arguments, "arguments"), nullptr, false);
+    if (!given.is_array()) throw std::runtime_error("The arguments are no JSON array.");
+    TellText(buffer, size, length, [&] { return connection.Client.CallJson(method, given).dump(); });
+  });
 }
 
 int32_t vlGetLastErrorLen(void) {

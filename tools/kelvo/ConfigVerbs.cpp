@@ -1,0 +1,257 @@
+// config: the card's settings, by fields.
+#include <kelvo/kelvo.h>
+
+#include <fstream>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "Files.h"
+#include "Settings.h"
+#include "Verb.h"
+
+namespace VELTRO::KELVO::Tool {
+
+namespace {
+
+constexpr std::size_t MostFileBytes = 16 << 20;
+
+Json SettingsOf(Session& session, const std::vector<const Area*>& areas) {
+  Json all = Json::object();
+  for (const Area* area : areas) all[std::string(area->Name)] = area->Get(session);
+  return all;
+}
+
+// Every field a line: its path and its value. Lists of plain values stay together.
+void ShowFields(const Json& value, const std::string& path, std::vector<std::vector<std::string>>& rows) {
+  const bool isPlain = !value.is_structured() || value.empty() ||
+                       (value.is_array() &&
+                        std::ranges::none_of(value, [](const Json& part) { return part.is_structured(); }));
+  if (isPlain) {
+    rows.push_back({path, Shown(value)});
+    return;
+  }
+  const bool hasNumbers =
+      value.is_array() || std::isdigit(static_cast<unsigned char>(value.items().begin().key()[0])) != 0;
+  for (const auto& [key, part] : value.items()) {
+    ShowFields(part, hasNumbers ? path + "[" + key + "]" : path + "." + key, rows);
+  }
+}
+
+ExitCode ShowSettings(const Output& out, const Json& settings) {
+  if (out.AsJson) {
+    out.Print(settings);
+    return ExitCode::Done;
+  }
+  std::vector<std::vector<std::string>> rows;
+  for (const auto& [area, fields] : settings.items()) ShowFields(fields, area, rows);
+  out.Table({}, rows);
+  return ExitCode::Done;
+}
+
+// A file of settings: areas by name. Throws Failure.
+Json ReadSettings(const std::string& path) {
+  try {
+    Json settings = Json::parse(ReadFile(path, MostFileBytes));
+    if (!settings.is_object()) throw Refused("'" + path + "' holds no settings: it is no object of areas.");
+    for (const auto& [name, fields] : settings.items()) FindArea(name).Check(fields, name);
+    return settings;
+  } catch (const Json::exception& error) {
+    throw Refused("'" + path + "' is no JSON: " + error.what());
+  }
+}
+
+// Makes all the changes of `work` valid at once, or none of them.
+template <class Work>
+void InOneUpdate(Session& session, Work&& work) {
+  session.Check(vlConfigurationBeginUpdate(session.Card()));
+  try {
+    work();
+  } catch (...) {
+    vlConfigurationAbortUpdate(session.Card());
+    throw;
+  }
+  session.Check(vlConfigurationEndUpdate(session.Card()));
+}
+
+// A lost connection leaves its update open, and what is set then waits for its end.
+void CheckNoUpdate(Session& session) {
+  bool isActive = false;
+  session.Check(vlConfigurationIsUpdateActive(session.Card(), &isActive));
+  if (isActive) {
+    throw Refused("An update of the card's settings is open; it may be that of a lost connection.",
+                  "'kelvo config abort' gives it up.");
+  }
+}
+
+ExitCode Show(Session& session, const Arguments& given) {
+  return ShowSettings(session.Out, SettingsOf(session, ChooseAreas(given.All("AREA"))));
+}
+
+ExitCode ShowDefaults(Session& session, const Arguments& given) {
+  Json all = Json::object();
+  for (const Area* area : ChooseAreas(given.All("AREA"))) all[std::string(area->Name)] = area->Defaults();
+  return ShowSettings(session.Out, all);
+}
+
+ExitCode Get(Session& session, const Arguments& given) {
+  Json values = Json::object(), fetched = Json::object();
+  std::vector<FieldPath> paths;
+  for (const std::string& text : given.All("FIELD")) paths.push_back(ParseField(text));
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    Json& settings = fetched[std::string(paths[i].Of->Name)];
+    if (settings.is_null()) settings = paths[i].Of->Get(session);
+    values[given.All("FIELD")[i]] = FindField(settings, paths[i]);
+  }
+  if (session.Out.AsJson) {
+    session.Out.Print(values);
+  } else if (paths.size() == 1 && !values.front().is_structured()) {
+    session.Out.Line(Shown(values.front()));
+  } else {
+    ShowSettings(session.Out, values);
+  }
+  return ExitCode::Done;
+}
+
+// What was written behind "=": JSON, or a text that needs no quotes.
+Json ParseValue(const std::string& text) {
+  Json value = Json::parse(text, nullptr, false);
+  return value.is_discarded() ? Json(text) : value;
+}
+
+ExitCode Set(Session& session, const Arguments& given) {
+  struct Change {
+    FieldPath Path;
+    Json Value;
+  };
+  std::vector<Change> changes;
+  for (const std::string& text : given.All("FIELD=VALUE")) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos) throw WrongUsage("'" + Clean(text) + "' is no FIELD=VALUE.");
+    changes.push_back({ParseField(text.substr(0, equals)), ParseValue(text.substr(equals + 1))});
+  }
+  CheckNoUpdate(session);
+  Json settings = Json::object();
+  for (const auto& [path, value] : changes) {
+    Json& area = settings[std::string(path.Of->Name)];
+    if (area.is_null()) area = path.Of->Get(session);
+    Json& field = FindField(area, path);
+    field = field.is_string() && !value.is_string() && !value.is_number() ? Json(Shown(value)) : value;
+  }
+  for (const auto& [name, fields] : settings.items()) FindArea(name).Check(fields, name);
+  InOneUpdate(session, [&] {
+    for (const auto& [name, fields] : settings.items()) FindArea(name).Set(session, fields, name);
+  });
+  return ExitCode::Done;
+}
+
+ExitCode Diff(Session& session, const Arguments& given) {
+  const bool isToDefaults = given.Has("--defaults");
+  const std::string& target = given.Text("FILE-OR-AREA");
+  if (!isToDefaults && target.empty()) throw WrongUsage("Name a file of settings, or --defaults.");
+  Json other = Json::object();
+  if (isToDefaults) {
+    for (const Area* area : ChooseAreas(given.All("FILE-OR-AREA")))
+      other[std::string(area->Name)] = area->Defaults();
+  } else {
+    other = ReadSettings(target);
+  }
+  std::vector<Difference> all;
+  for (const auto& [name, fields] : other.items()) {
+    Json own = FindArea(name).Get(session);
+    // What a file leaves out is no difference.
+    for (const std::string& field : [&] {
+           std::vector<std::string> missing;
+           for (const auto& [key, value] : own.items()) {
+             if (!fields.contains(key)) missing.push_back(key);
+           }
+           return missing;
+         }()) {
+      own.erase(field);
+    }
+    for (Difference& one : Compare(own, fields, name)) all.push_back(std::move(one));
+  }
+  if (session.Out.AsJson) {
+    Json list = Json::array();
+    for (const auto& [path, first, second] : all)
+      list.push_back({{"field", path}, {"card", first}, {"other", second}});
+    session.Out.Print(list);
+  } else {
+    std::vector<std::vector<std::string>> rows;
+    for (const auto& [path, first, second] : all) rows.push_back({path, Shown(first), Shown(second)});
+    if (!rows.empty()) session.Out.Table({"FIELD", "CARD", isToDefaults ? "DEFAULT" : "FILE"}, rows);
+  }
+  return all.empty() ? ExitCode::Done : ExitCode::FaultsFound;
+}
+
+ExitCode Export(Session& session, const Arguments& given) {
+  const std::string text = SettingsOf(session, ChooseAreas(given.All("AREA"))).dump(2) + "\n";
+  if (given.Has("-o")) {
+    WriteFile(given.Text("-o"), text);
+    session.Out.Remark("The settings are in '" + given.Text("-o") + "'.");
+  } else {
+    std::fputs(text.c_str(), stdout);
+  }
+  return ExitCode::Done;
+}
+
+ExitCode Import(Session& session, const Arguments& given) {
+  const Json settings = ReadSettings(given.Text("FILE"));
+  CheckNoUpdate(session);
+  InOneUpdate(session, [&] {
+    for (const auto& [name, fields] : settings.items()) FindArea(name).Set(session, fields, name);
+  });
+  session.Out.Remark("The card has taken " + std::to_string(settings.size()) + " areas of settings.");
+  return ExitCode::Done;
+}
+
+template <auto Action>
+ExitCode ForAreas(Session& session, const Arguments& given) {
+  CheckNoUpdate(session);
+  for (const Area* area : ChooseAreas(given.All("AREA"))) session.Check((area->*Action)(session.Card()));
+  return ExitCode::Done;
+}
+
+ExitCode AbortUpdate(Session& session, const Arguments&) {
+  session.Check(vlConfigurationAbortUpdate(session.Card()));
+  return ExitCode::Done;
+}
+
+constexpr Parameter AreaParameter{"AREA", "", "laser, scanner, process, ...; all without any",
+                                  Parameter::Any};
+
+}  // namespace
+
+std::span<const Verb> ConfigVerbs() {
+  static const Verb Rows[] = {
+      {"config show", "Show the card's settings", {AreaParameter}, &Show},
+      {"config get",
+       "Show fields",
+       {{"FIELD", "", "laser.FpsPolarity, scanner.Heads[0]", Parameter::AtLeastOne}},
+       &Get},
+      {"config set",
+       "Set fields, all of them or none",
+       {{"FIELD=VALUE", "", "laser.FpsPolarity=ActiveLow", Parameter::AtLeastOne}},
+       &Set},
+      {"config diff",
+       "Compare the card's settings with a file, or with the defaults; exit code 4 when they differ",
+       {{"FILE-OR-AREA", "", "A file of settings; with --defaults an area", Parameter::Any},
+        {"--defaults", "", "Compare with the defaults"}},
+       &Diff},
+      {"config export",
+       "Write the card's settings as JSON",
+       {AreaParameter, {"-o", "FILE", "Write into this file"}},
+       &Export},
+      {"config import",
+       "Take settings from a file, all of them or none",
+       {{"FILE", "", "What 'config export' wrote"}},
+       &Import},
+      {"config load", "Make the stored settings the active ones", {AreaParameter}, &ForAreas<&Area::Load>},
+      {"config store", "Make the card store its active settings", {AreaParameter}, &ForAreas<&Area::Store>},
+      {"config defaults", "Show the defaults; needs no card", {AreaParameter}, &ShowDefaults},
+      {"config abort", "Give up an update that a lost connection has left open", {}, &AbortUpdate},
+  };
+  return Rows;
+}
+
+}  // namespace VELTRO::KELVO::Tool

@@ -1,0 +1,237 @@
+// list: jobs on their way to the card, and their runs.
+#include <kelvo/kelvo.h>
+
+#include <chrono>
+#include <nlohmann/json.hpp>
+
+#include "Files.h"
+#include "Interrupt.h"
+#include "Session.h"
+#include "Spinner.h"
+#include "Verb.h"
+
+namespace VELTRO::KELVO::Tool {
+
+namespace {
+
+constexpr std::size_t MostListBytes = std::size_t{512} << 20;
+constexpr std::int32_t NoListField = -1;
+constexpr std::int32_t LookMs = 100;
+
+// A list of the library that goes with the object.
+class LocalList {
+ public:
+  LocalList(Session& session, std::int64_t handle) : Handle(session.Check(handle)) {}
+  ~LocalList() { vlListReleaseHandle(Handle); }
+  LocalList(const LocalList&) = delete;
+  LocalList& operator=(const LocalList&) = delete;
+
+  const std::int64_t Handle;
+};
+
+// Comments go from "#" to the end of a line. What is left stands where it stood.
+std::string WithoutComments(std::string text) {
+  bool isComment = false;
+  for (char& c : text) {
+    isComment = c != '\n' && (isComment || c == '#');
+    if (isComment) c = ' ';
+  }
+  return text;
+}
+
+std::string ReadList(const std::string& path) {
+  return WithoutComments(ReadFile(path, MostListBytes));
+}
+
+void Upload(Session& session, std::int32_t id, const std::string& path) {
+  const std::string text = ReadList(path);
+  const std::int64_t made = vlListAllocateFromString(session.Card(), text.c_str());
+  if (made < 0) throw Refused("'" + path + "': " + LastError());
+  const LocalList list(session, made);
+  session.Check(vlListSet(session.Card(), id, list.Handle, false, NoListField));
+  session.Out.Remark("List " + std::to_string(id) + ": " + std::to_string(vlListCommandCount(list.Handle)) +
+                     " commands from '" + path + "'.");
+}
+
+ExitCode Put(Session& session, const Arguments& given) {
+  Upload(session, given.Int32("ID"), given.Text("FILE"));
+  return ExitCode::Done;
+}
+
+ExitCode Get(Session& session, const Arguments& given) {
+  const LocalList list(session, vlListAllocate(session.Card()));
+  session.Check(vlListGet(session.Card(), given.Int32("ID"), list.Handle));
+  std::string text(static_cast<std::size_t>(session.Check(vlListStringLen(list.Handle))) + 2, '\0');
+  std::uint32_t length = 0;
+  session.Check(vlListToString(list.Handle, text.data(), static_cast<std::uint32_t>(text.size()), &length));
+  text.resize(length);
+  if (given.Has("-o")) {
+    WriteFile(given.Text("-o"), text + "\n");
+  } else {
+    session.Out.Line(text);
+  }
+  return ExitCode::Done;
+}
+
+// Ends what runs on the card, waits until it is idle, and says so.
+ExitCode AbortRun(Session& session) {
+  session.Out.Remark("Interrupted: the execution on the card is being aborted.");
+  session.Check(vlListAbortExecution(session.Card()));
+  bool isRunning = true;
+  while (isRunning) session.Check(vlListIsExecutionInProgress(session.Card(), &isRunning));
+  session.Out.Remark("The card is idle.");
+  return ExitCode::Interrupted;
+}
+
+// How many commands the card has in the list, for the bar; 0 when it does not tell.
+std::int32_t CommandsOf(Session& session, std::int32_t id) {
+  const LocalList list(session, vlListAllocate(session.Card()));
+  return vlListGet(session.Card(), id, list.Handle) == 0 ? vlListCommandCount(list.Handle) : 0;
+}
+
+// Returns false when it was interrupted.
+bool RunOnce(Session& session, std::int32_t id, const Interrupt& interrupt) {
+  const std::int32_t card = session.Card();
+  Bar bar(session.Out, "Running list " + std::to_string(id));
+  const std::int32_t commands = session.Out.IsQuiet ? 0 : CommandsOf(session, id);
+  session.Check(vlListClearPendingEvents(card));
+  session.Check(vlListExecute(card, id));
+  std::int32_t ended = 0, caret = 0;
+  while (session.Check(vlListWaitForListIdle(card, &ended, LookMs)) != 0) {
+    if (interrupt.Came()) return false;
+    if (commands > 0 && vlListGetListCaret(card, id, &caret) == 0 && caret >= 0)
+      bar.Show(1.0 * caret / commands);
+  }
+  bar.Show(1);
+  return true;
+}
+
+Json Statistics(Session& session) {
+  vlListExecutionStats stats{};
+  session.Check(vlListGetLastExecutionStats(session.Card(), &stats));
+  return {{"macroVectors", stats.MacroVectors},
+          {"microVectors", stats.MicroVectors},
+          {"executionTime", stats.ExecutionTime},
+          {"computationTime", stats.ComputationTime}};
+}
+
+// The card's text of an error during the run. The callback has come before the run's end is told.
+std::string runError;
+
+void NoteError(std::int32_t, std::int32_t, const char* text, std::uint32_t) {
+  runError = text;
+}
+
+void ShowStatistics(const Output& out, const Json& statistics) {
+  char text[200];
+  std::snprintf(text, sizeof text, "List %d done: %d vectors in %.3f s.", statistics["list"].get<int>(),
+                statistics["macroVectors"].get<int>(), statistics["executionTime"].get<double>() / 1e6);
+  out.Line(text);
+}
+
+ExitCode RunFiles(Session& session, const Arguments& given) {
+  const std::int64_t repeats = given.Has("--repeat") ? given.Whole("--repeat", 1, INT32_MAX) : 1;
+  std::int32_t id = given.Has("--id") ? given.Int32("--id") : 1;
+  Json runs = Json::array();
+  const Interrupt interrupt;
+  std::uint32_t callback = 0;
+  session.Check(vlListRegisterErrorEventCallback(session.Card(), &NoteError, &callback));
+  for (const std::string& path : given.All("FILE")) {
+    Upload(session, id, path);
+    if (given.Has("--store")) session.Check(vlListStore(session.Card(), id));
+    for (std::int64_t i = 0; i < repeats; ++i) {
+      if (interrupt.Came() || !RunOnce(session, id, interrupt)) return AbortRun(session);
+      if (!runError.empty()) throw Refused(WordsOf(runError));
+      Json statistics = {{"list", id}, {"file", path}};
+      statistics.update(Statistics(session));
+      if (!session.Out.AsJson) ShowStatistics(session.Out, statistics);
+      runs.push_back(std::move(statistics));
+    }
+    ++id;
+  }
+  if (session.Out.AsJson) session.Out.Print(runs);
+  return ExitCode::Done;
+}
+
+template <std::int32_t (*Action)(std::int32_t, std::int32_t)>
+ExitCode Do(Session& session, const Arguments& given) {
+  session.Check(Action(session.Card(), given.Int32("ID")));
+  return ExitCode::Done;
+}
+
+ExitCode Delete(Session& session, const Arguments& given) {
+  session.Check(vlListDelete(session.Card(), given.Int32("ID"), given.Has("--stored")));
+  return ExitCode::Done;
+}
+
+std::string StatusName(std::int32_t status) {
+  if (status == vlListStatus_NoSuchList) return "no such list";
+  if (status == vlListStatus_Ready) return "ready";
+  return status == vlListStatus_Running ? "running" : std::to_string(status);
+}
+
+ExitCode Ls(Session& session, const Arguments&) {
+  std::vector<std::int32_t> ids(65536);
+  std::uint32_t count = 0;
+  session.Check(
+      vlListGetStoredListIDs(session.Card(), ids.data(), static_cast<std::uint32_t>(ids.size()), &count));
+  ids.resize(count);
+  if (session.Out.AsJson) {
+    session.Out.Print(Json(ids));
+  } else {
+    for (const std::int32_t id : ids) session.Out.Line(std::to_string(id));
+  }
+  return ExitCode::Done;
+}
+
+ExitCode Status(Session& session, const Arguments& given) {
+  std::int32_t status = 0;
+  session.Check(vlListGetListStatus(session.Card(), given.Int32("ID"), &status));
+  session.Out.AsJson ? session.Out.Print({{"list", given.Int32("ID")}, {"status", StatusName(status)}})
+                     : session.Out.Line(StatusName(status));
+  return ExitCode::Done;
+}
+
+ExitCode Caret(Session& session, const Arguments& given) {
+  std::int32_t caret = 0;
+  session.Check(vlListGetListCaret(session.Card(), given.Int32("ID"), &caret));
+  session.Out.AsJson ? session.Out.Print({{"list", given.Int32("ID")}, {"caret", caret}})
+                     : session.Out.Line(std::to_string(caret));
+  return ExitCode::Done;
+}
+
+ExitCode Abort(Session& session, const Arguments&) {
+  session.Check(vlListAbortExecution(session.Card()));
+  return ExitCode::Done;
+}
+
+constexpr Parameter Id{"ID", "", "The list's number on the card"};
+
+}  // namespace
+
+std::span<const Verb> ListVerbs() {
+  static const Verb Rows[] = {
+      {"list run",
+       "Upload lists and run them, one after another",
+       {{"FILE", "", "Text of a list; - for standard input", Parameter::AtLeastOne},
+        {"--repeat", "N", "Run each so many times"},
+        {"--id", "ID", "Number on the card of the first list (1), those behind it count on"},
+        {"--store", "", "Make the card store each list, too"}},
+       &RunFiles},
+      {"list put", "Upload a list", {Id, {"FILE", "", "Text of a list; - for standard input"}}, &Put},
+      {"list get", "Fetch a list as text", {Id, {"-o", "FILE", "Write into this file"}}, &Get},
+      {"list load", "Make a stored list one that the card can run", {Id}, &Do<vlListLoad>},
+      {"list store", "Make the card store a list", {Id}, &Do<vlListStore>},
+      {"list delete",
+       "Delete a list on the card",
+       {Id, {"--stored", "", "What is stored of it, too"}},
+       &Delete},
+      {"list ls", "Show the numbers of the card's lists", {}, &Ls},
+      {"list status", "Show the status of a list", {Id}, &Status},
+      {"list caret", "Show where the card is in a list", {Id}, &Caret},
+      {"list abort", "End what runs on the card", {}, &Abort},
+  };
+  return Rows;
+}
+
+}  // namespace VELTRO::KELVO::Tool
