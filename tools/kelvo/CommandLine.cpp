@@ -35,7 +35,7 @@ void Add(CLI::App& app, const Parameter& parameter, Arguments& given) {
   option->type_name("")->type_size(1);
   const bool isMany = parameter.Number == Parameter::Any || parameter.Number == Parameter::AtLeastOne;
   const bool isNeeded = parameter.Number == Parameter::One || parameter.Number == Parameter::AtLeastOne;
-  option->expected(isNeeded ? 1 : 0, isMany ? -1 : 1)->allow_extra_args(isMany)->required(isNeeded);
+  option->expected(1, isMany ? -1 : 1)->allow_extra_args(isMany)->required(isNeeded);
 }
 
 // The words ahead of the first option.

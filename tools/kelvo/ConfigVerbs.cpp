@@ -85,7 +85,7 @@ void CheckNoUpdate(Session& session) {
 }
 
 ExitCode Show(Session& session, const Arguments& given) {
-  return ShowSettings(session.Out, SettingsOf(session, ChooseAreas(given.All("AREA"))));
+  return ShowSettings(session.Out, SettingsOf(session, ChooseAreas(session, given.All("AREA"))));
 }
 
 ExitCode ShowDefaults(Session& session, const Arguments& given) {
@@ -151,7 +151,7 @@ ExitCode Diff(Session& session, const Arguments& given) {
   if (!isToDefaults && target.empty()) throw WrongUsage("Name a file of settings, or --defaults.");
   Json other = Json::object();
   if (isToDefaults) {
-    for (const Area* area : ChooseAreas(given.All("FILE-OR-AREA")))
+    for (const Area* area : ChooseAreas(session, given.All("FILE-OR-AREA")))
       other[std::string(area->Name)] = area->Defaults();
   } else {
     other = ReadSettings(target);
@@ -159,16 +159,11 @@ ExitCode Diff(Session& session, const Arguments& given) {
   std::vector<Difference> all;
   for (const auto& [name, fields] : other.items()) {
     Json own = FindArea(name).Get(session);
-    // What a file leaves out is no difference.
-    for (const std::string& field : [&] {
-           std::vector<std::string> missing;
-           for (const auto& [key, value] : own.items()) {
-             if (!fields.contains(key)) missing.push_back(key);
-           }
-           return missing;
-         }()) {
-      own.erase(field);
+    std::vector<std::string> others;  // what a file leaves out is no difference
+    for (const auto& [key, value] : own.items()) {
+      if (!fields.contains(key)) others.push_back(key);
     }
+    for (const std::string& key : others) own.erase(key);
     for (Difference& one : Compare(own, fields, name)) all.push_back(std::move(one));
   }
   if (session.Out.AsJson) {
@@ -185,7 +180,7 @@ ExitCode Diff(Session& session, const Arguments& given) {
 }
 
 ExitCode Export(Session& session, const Arguments& given) {
-  const std::string text = SettingsOf(session, ChooseAreas(given.All("AREA"))).dump(2) + "\n";
+  const std::string text = SettingsOf(session, ChooseAreas(session, given.All("AREA"))).dump(2) + "\n";
   if (given.Has("-o")) {
     WriteFile(given.Text("-o"), text);
     session.Out.Remark("The settings are in '" + given.Text("-o") + "'.");
@@ -208,7 +203,8 @@ ExitCode Import(Session& session, const Arguments& given) {
 template <auto Action>
 ExitCode ForAreas(Session& session, const Arguments& given) {
   CheckNoUpdate(session);
-  for (const Area* area : ChooseAreas(given.All("AREA"))) session.Check((area->*Action)(session.Card()));
+  for (const Area* area : ChooseAreas(session, given.All("AREA")))
+    session.Check((area->*Action)(session.Card()));
   return ExitCode::Done;
 }
 

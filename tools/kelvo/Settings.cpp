@@ -14,6 +14,7 @@
 #include "config/MotfConfig.h"
 #include "config/ProcessVariables.h"
 #include "config/QuadratureDecoderConfig.h"
+#include "config/RecordMethods.h"
 #include "config/ScannerConfig.h"
 #include "config/SystemConfig.h"
 #include "peripherals/AdapterBoardConfig.h"
@@ -64,6 +65,7 @@ constexpr Area AreaOf(std::string_view name, std::int32_t (*load)(std::int32_t),
             R record;
             Form::From(settings, record, path);
           },
+          ClientLib::RecordMethods<R>::Get,
           load,
           store};
 }
@@ -143,6 +145,20 @@ std::vector<const Area*> ChooseAreas(const std::vector<std::string>& names) {
   if (chosen.empty()) {
     for (const Area& area : Rows) chosen.push_back(&area);
   }
+  return chosen;
+}
+
+std::vector<const Area*> ChooseAreas(Session& session, const std::vector<std::string>& names) {
+  std::vector<const Area*> chosen = ChooseAreas(names);
+  if (!names.empty()) return chosen;
+  std::string missing;
+  std::erase_if(chosen, [&](const Area* area) {
+    std::int32_t support = vlMethodSupport_NotKnown;
+    session.Check(vlInternalGetMethodSupport(session.Card(), std::string(area->Method).c_str(), &support));
+    if (support == vlMethodSupport_No) missing.append(missing.empty() ? "" : ", ").append(area->Name);
+    return support == vlMethodSupport_No;
+  });
+  if (!missing.empty()) session.Out.Remark("The card does not have: " + missing + ".");
   return chosen;
 }
 

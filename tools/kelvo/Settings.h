@@ -21,6 +21,7 @@ struct Area {
   void (*Set)(Session& session, const Json& settings, const std::string& path);
   // Throws as Set does; needs no card.
   void (*Check)(const Json& settings, const std::string& path);
+  std::string_view Method;  // of the card, that gets them
   std::int32_t (*Load)(std::int32_t handle);
   std::int32_t (*Store)(std::int32_t handle);
 };
@@ -30,6 +31,8 @@ std::span<const Area> Areas();
 const Area& FindArea(std::string_view name);
 // Those of the names, or all when there are none.
 std::vector<const Area*> ChooseAreas(const std::vector<std::string>& names);
+// The same, but without names those that the card says it does not have are left out, with a remark.
+std::vector<const Area*> ChooseAreas(Session& session, const std::vector<std::string>& names);
 
 // A field: "laser.FpsPolarity", "scanner.Heads[0]", "event.EventSettings[5].EnableGlobally".
 struct FieldPath {
