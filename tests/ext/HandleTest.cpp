@@ -69,7 +69,7 @@ std::vector<Function> Named(const char* names, auto handleOf, auto... functions)
 #define FUNCTIONS(handleOf, ...) Named(#__VA_ARGS__, handleOf, __VA_ARGS__)
 
 const auto onConnections = FUNCTIONS(
-    ConnectionOf, vlDisconnect, vlGetTimeout, vlSetTimeout, vlEnableCommandLogging, vlDisableCommandLogging,
+    ConnectionOf, vlDisconnect, vlGetTimeout, vlSetTimeout, vlCallJson, vlEnableCommandLogging, vlDisableCommandLogging,
     vlListAllocate, vlFontAllocate, vlFontGet, vlFontSetActive, vlFontDelete, vlFontLoad, vlFontStore,
     vlFontSet, vlListSet, vlListGet, vlListDelete, vlListGetStoredListIDs, vlListAllocateFromString,
     vlListLoad, vlListStore, vlListResetExecution, vlListGetListCaret, vlListSetExecutionLimit,

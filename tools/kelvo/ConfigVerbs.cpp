@@ -84,7 +84,7 @@ void CheckNoUpdate(Session& session) {
   }
 }
 
-ExitCode Show(Session& session, const Arguments& given) {
+ExitCode ShowConfig(Session& session, const Arguments& given) {
   return ShowSettings(session.Out, SettingsOf(session, ChooseAreas(session, given.All("AREA"))));
 }
 
@@ -94,7 +94,7 @@ ExitCode ShowDefaults(Session& session, const Arguments& given) {
   return ShowSettings(session.Out, all);
 }
 
-ExitCode Get(Session& session, const Arguments& given) {
+ExitCode GetFields(Session& session, const Arguments& given) {
   Json values = Json::object(), fetched = Json::object();
   std::vector<FieldPath> paths;
   for (const std::string& text : given.All("FIELD")) paths.push_back(ParseField(text));
@@ -119,7 +119,7 @@ Json ParseValue(const std::string& text) {
   return value.is_discarded() ? Json(text) : value;
 }
 
-ExitCode Set(Session& session, const Arguments& given) {
+ExitCode SetFields(Session& session, const Arguments& given) {
   struct Change {
     FieldPath Path;
     Json Value;
@@ -145,7 +145,7 @@ ExitCode Set(Session& session, const Arguments& given) {
   return ExitCode::Done;
 }
 
-ExitCode Diff(Session& session, const Arguments& given) {
+ExitCode DiffConfig(Session& session, const Arguments& given) {
   const bool isToDefaults = given.Has("--defaults");
   const std::string& target = given.Text("FILE-OR-AREA");
   if (!isToDefaults && target.empty()) throw WrongUsage("Name a file of settings, or --defaults.");
@@ -179,7 +179,7 @@ ExitCode Diff(Session& session, const Arguments& given) {
   return all.empty() ? ExitCode::Done : ExitCode::FaultsFound;
 }
 
-ExitCode Export(Session& session, const Arguments& given) {
+ExitCode ExportConfig(Session& session, const Arguments& given) {
   const std::string text = SettingsOf(session, ChooseAreas(session, given.All("AREA"))).dump(2) + "\n";
   if (given.Has("-o")) {
     WriteFile(given.Text("-o"), text);
@@ -190,7 +190,7 @@ ExitCode Export(Session& session, const Arguments& given) {
   return ExitCode::Done;
 }
 
-ExitCode Import(Session& session, const Arguments& given) {
+ExitCode ImportConfig(Session& session, const Arguments& given) {
   const Json settings = ReadSettings(given.Text("FILE"));
   CheckNoUpdate(session);
   InOneUpdate(session, [&] {
@@ -220,28 +220,28 @@ constexpr Parameter AreaParameter{"AREA", "", "laser, scanner, process, ...; all
 
 std::span<const Verb> ConfigVerbs() {
   static const Verb Rows[] = {
-      {"config show", "Show the card's settings", {AreaParameter}, &Show},
+      {"config show", "Show the card's settings", {AreaParameter}, &ShowConfig},
       {"config get",
        "Show fields",
        {{"FIELD", "", "laser.FpsPolarity, scanner.Heads[0]", Parameter::AtLeastOne}},
-       &Get},
+       &GetFields},
       {"config set",
        "Set fields, all of them or none",
        {{"FIELD=VALUE", "", "laser.FpsPolarity=ActiveLow", Parameter::AtLeastOne}},
-       &Set},
+       &SetFields},
       {"config diff",
        "Compare the card's settings with a file, or with the defaults; exit code 4 when they differ",
        {{"FILE-OR-AREA", "", "A file of settings; with --defaults an area", Parameter::Any},
         {"--defaults", "", "Compare with the defaults"}},
-       &Diff},
+       &DiffConfig},
       {"config export",
        "Write the card's settings as JSON",
        {AreaParameter, {"-o", "FILE", "Write into this file"}},
-       &Export},
+       &ExportConfig},
       {"config import",
        "Take settings from a file, all of them or none",
        {{"FILE", "", "What 'config export' wrote"}},
-       &Import},
+       &ImportConfig},
       {"config load", "Make the stored settings the active ones", {AreaParameter}, &ForAreas<&Area::Load>},
       {"config store", "Make the card store its active settings", {AreaParameter}, &ForAreas<&Area::Store>},
       {"config defaults", "Show the defaults; needs no card", {AreaParameter}, &ShowDefaults},

@@ -57,7 +57,7 @@ std::vector<std::string> NamesIn(Session& session, std::int32_t directory) {
   return list;
 }
 
-ExitCode Ls(Session& session, const Arguments& given) {
+ExitCode ShowFiles(Session& session, const Arguments& given) {
   Json all = Json::object();
   std::vector<std::string> directories = given.All("DIRECTORY");
   if (directories.empty())
@@ -79,7 +79,7 @@ bool ShowTransfer(void* bar, std::uint64_t moved, std::uint64_t all) {
   return true;
 }
 
-ExitCode Put(Session& session, const Arguments& given) {
+ExitCode PutFile(Session& session, const Arguments& given) {
   const auto [directory, name] = ParseRemote(given.Text("REMOTE"));
   Bar bar(session.Out, "Sending '" + given.Text("LOCAL") + "'");
   session.Check(
@@ -87,7 +87,7 @@ ExitCode Put(Session& session, const Arguments& given) {
   return ExitCode::Done;
 }
 
-ExitCode Get(Session& session, const Arguments& given) {
+ExitCode GetFile(Session& session, const Arguments& given) {
   const auto [directory, name] = ParseRemote(given.Text("REMOTE"));
   // A name that a card gave never decides where a file goes.
   const std::string path =
@@ -98,7 +98,7 @@ ExitCode Get(Session& session, const Arguments& given) {
   return ExitCode::Done;
 }
 
-ExitCode Rm(Session& session, const Arguments& given) {
+ExitCode RemoveFiles(Session& session, const Arguments& given) {
   std::vector<RemoteFile> files;
   for (const std::string& text : given.All("REMOTE")) files.push_back(ParseRemote(text));
   for (const auto& [directory, name] : files)
@@ -113,19 +113,19 @@ std::span<const Verb> FileVerbs() {
       {"files ls",
        "Show the card's files",
        {{"DIRECTORY", "", "JOBFILES, LISTFILES, ...; all without any", Parameter::Any}},
-       &Ls},
+       &ShowFiles},
       {"files put",
        "Send a file to the card",
        {{"LOCAL", "", "A local file"}, {"REMOTE", "", "JOBFILES/plate.bin"}},
-       &Put},
+       &PutFile},
       {"files get",
        "Fetch a file from the card",
        {{"REMOTE", "", "JOBFILES/plate.bin"}, {"-o", "FILE", "The local file; else of that name, here"}},
-       &Get},
+       &GetFile},
       {"files rm",
        "Delete files on the card",
        {{"REMOTE", "", "JOBFILES/plate.bin", Parameter::AtLeastOne}},
-       &Rm},
+       &RemoveFiles},
   };
   return Rows;
 }

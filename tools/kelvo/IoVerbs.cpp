@@ -13,7 +13,7 @@ namespace VELTRO::KELVO::Tool {
 
 namespace {
 
-constexpr std::int32_t LookMs = 100;
+constexpr std::int32_t PinLookMs = 100;
 
 std::unique_ptr<vlGpioConfig> Ports(Session& session) {
   auto config = std::make_unique<vlGpioConfig>();
@@ -116,7 +116,7 @@ ExitCode WatchPort(Session& session, const Arguments& given) {
   };
   tell();
   while (!interrupt.Came()) {
-    if (session.Check(vlGpioWaitForChange(session.Card(), port, 0xFFFFFFFF, pins, LookMs, &now)) == 0) {
+    if (session.Check(vlGpioWaitForChange(session.Card(), port, 0xFFFFFFFF, pins, PinLookMs, &now)) == 0) {
       pins = now;
       tell();
     }
@@ -184,7 +184,7 @@ std::int32_t SerialPort(const Arguments& given) {
              : 0;
 }
 
-ExitCode Send(Session& session, const Arguments& given) {
+ExitCode SendText(Session& session, const Arguments& given) {
   const std::string text = given.Text("TEXT") + (given.Has("--line") ? "\r\n" : "");
   session.Check(vlSerialPortWrite(session.Card(), SerialPort(given),
                                   reinterpret_cast<const std::uint8_t*>(text.data()),
@@ -193,7 +193,7 @@ ExitCode Send(Session& session, const Arguments& given) {
 }
 
 // The bytes as they are: contents are not cleaned.
-ExitCode Receive(Session& session, const Arguments& given) {
+ExitCode ReceiveText(Session& session, const Arguments& given) {
   const std::uint32_t wait = given.Has("--wait") ? ParseTime("--wait", given.Text("--wait")) : 1000;
   std::vector<std::uint8_t> bytes(65536);
   std::uint32_t count = 0;
@@ -237,11 +237,11 @@ std::span<const Verb> IoVerbs() {
        {{"TEXT", "", "What to send"},
         {"--line", "", "End it with carriage return and line feed"},
         PortOption},
-       &Send},
+       &SendText},
       {"serial receive",
        "Print what a serial port of the card has received",
        {{"--wait", "TIME", "How long to wait for something (1s)"}, PortOption},
-       &Receive},
+       &ReceiveText},
   };
   return Rows;
 }

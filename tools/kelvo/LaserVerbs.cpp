@@ -25,7 +25,7 @@ void Confirm(const Arguments& given, const char* question) {
   }
 }
 
-ExitCode Status(Session& session, const Arguments&) {
+ExitCode ShowLaser(Session& session, const Arguments&) {
   std::uint32_t status = 0;
   session.Check(vlLaserReadLaserStatus(session.Card(), &status));
   const Json told = {{"pilot", (status & vlLaserStatus_Pilot) != 0},
@@ -41,7 +41,7 @@ ExitCode Status(Session& session, const Arguments&) {
   return ExitCode::Done;
 }
 
-ExitCode Pilot(Session& session, const Arguments& given) {
+ExitCode SwitchPilot(Session& session, const Arguments& given) {
   const std::string& state = given.Text("STATE");
   if (state != "on" && state != "off") throw WrongUsage("STATE takes on or off, not '" + Clean(state) + "'.");
   if (state == "on") Confirm(given, "Switch the pilot laser on?");
@@ -49,13 +49,13 @@ ExitCode Pilot(Session& session, const Arguments& given) {
   return ExitCode::Done;
 }
 
-ExitCode Arm(Session& session, const Arguments& given) {
+ExitCode ArmLaser(Session& session, const Arguments& given) {
   Confirm(given, "Arm the laser?");
   session.Check(vlLaserArmLaser(session.Card(), 1));
   return ExitCode::Done;
 }
 
-ExitCode Disarm(Session& session, const Arguments&) {
+ExitCode DisarmLaser(Session& session, const Arguments&) {
   session.Check(vlLaserArmLaser(session.Card(), 0));
   return ExitCode::Done;
 }
@@ -66,13 +66,13 @@ constexpr Parameter Yes{"--yes", "", "Do not ask"};
 
 std::span<const Verb> LaserVerbs() {
   static const Verb Rows[] = {
-      {"laser status", "Show the status of the laser", {}, &Status},
+      {"laser status", "Show the status of the laser", {}, &ShowLaser},
       {"laser pilot",
        "Switch the pilot laser; asks before it is switched on",
        {{"STATE", "", "on or off"}, Yes},
-       &Pilot},
-      {"laser arm", "Arm the laser; asks before", {Yes}, &Arm},
-      {"laser disarm", "Disarm the laser", {}, &Disarm},
+       &SwitchPilot},
+      {"laser arm", "Arm the laser; asks before", {Yes}, &ArmLaser},
+      {"laser disarm", "Disarm the laser", {}, &DisarmLaser},
   };
   return Rows;
 }

@@ -53,12 +53,12 @@ void Upload(Session& session, std::int32_t id, const std::string& path) {
                      " commands from '" + path + "'.");
 }
 
-ExitCode Put(Session& session, const Arguments& given) {
+ExitCode PutList(Session& session, const Arguments& given) {
   Upload(session, given.Int32("ID"), given.Text("FILE"));
   return ExitCode::Done;
 }
 
-ExitCode Get(Session& session, const Arguments& given) {
+ExitCode GetList(Session& session, const Arguments& given) {
   const LocalList list(session, vlListAllocate(session.Card()));
   session.Check(vlListGet(session.Card(), given.Int32("ID"), list.Handle));
   std::string text(static_cast<std::size_t>(session.Check(vlListStringLen(list.Handle))) + 2, '\0');
@@ -154,12 +154,12 @@ ExitCode RunFiles(Session& session, const Arguments& given) {
 }
 
 template <std::int32_t (*Action)(std::int32_t, std::int32_t)>
-ExitCode Do(Session& session, const Arguments& given) {
+ExitCode OnList(Session& session, const Arguments& given) {
   session.Check(Action(session.Card(), given.Int32("ID")));
   return ExitCode::Done;
 }
 
-ExitCode Delete(Session& session, const Arguments& given) {
+ExitCode DeleteList(Session& session, const Arguments& given) {
   session.Check(vlListDelete(session.Card(), given.Int32("ID"), given.Has("--stored")));
   return ExitCode::Done;
 }
@@ -170,7 +170,7 @@ std::string StatusName(std::int32_t status) {
   return status == vlListStatus_Running ? "running" : std::to_string(status);
 }
 
-ExitCode Ls(Session& session, const Arguments&) {
+ExitCode ShowLists(Session& session, const Arguments&) {
   std::vector<std::int32_t> ids(65536);
   std::uint32_t count = 0;
   session.Check(
@@ -184,7 +184,7 @@ ExitCode Ls(Session& session, const Arguments&) {
   return ExitCode::Done;
 }
 
-ExitCode Status(Session& session, const Arguments& given) {
+ExitCode ShowStatus(Session& session, const Arguments& given) {
   std::int32_t status = 0;
   session.Check(vlListGetListStatus(session.Card(), given.Int32("ID"), &status));
   session.Out.AsJson ? session.Out.Print({{"list", given.Int32("ID")}, {"status", StatusName(status)}})
@@ -192,7 +192,7 @@ ExitCode Status(Session& session, const Arguments& given) {
   return ExitCode::Done;
 }
 
-ExitCode Caret(Session& session, const Arguments& given) {
+ExitCode ShowCaret(Session& session, const Arguments& given) {
   std::int32_t caret = 0;
   session.Check(vlListGetListCaret(session.Card(), given.Int32("ID"), &caret));
   session.Out.AsJson ? session.Out.Print({{"list", given.Int32("ID")}, {"caret", caret}})
@@ -200,12 +200,12 @@ ExitCode Caret(Session& session, const Arguments& given) {
   return ExitCode::Done;
 }
 
-ExitCode Abort(Session& session, const Arguments&) {
+ExitCode AbortList(Session& session, const Arguments&) {
   session.Check(vlListAbortExecution(session.Card()));
   return ExitCode::Done;
 }
 
-constexpr Parameter Id{"ID", "", "The list's number on the card"};
+constexpr Parameter ListId{"ID", "", "The list's number on the card"};
 
 }  // namespace
 
@@ -218,18 +218,18 @@ std::span<const Verb> ListVerbs() {
         {"--id", "ID", "Number on the card of the first list (1), those behind it count on"},
         {"--store", "", "Make the card store each list, too"}},
        &RunFiles},
-      {"list put", "Upload a list", {Id, {"FILE", "", "Text of a list; - for standard input"}}, &Put},
-      {"list get", "Fetch a list as text", {Id, {"-o", "FILE", "Write into this file"}}, &Get},
-      {"list load", "Make a stored list one that the card can run", {Id}, &Do<vlListLoad>},
-      {"list store", "Make the card store a list", {Id}, &Do<vlListStore>},
+      {"list put", "Upload a list", {ListId, {"FILE", "", "Text of a list; - for standard input"}}, &PutList},
+      {"list get", "Fetch a list as text", {ListId, {"-o", "FILE", "Write into this file"}}, &GetList},
+      {"list load", "Make a stored list one that the card can run", {ListId}, &OnList<vlListLoad>},
+      {"list store", "Make the card store a list", {ListId}, &OnList<vlListStore>},
       {"list delete",
        "Delete a list on the card",
-       {Id, {"--stored", "", "What is stored of it, too"}},
-       &Delete},
-      {"list ls", "Show the numbers of the card's lists", {}, &Ls},
-      {"list status", "Show the status of a list", {Id}, &Status},
-      {"list caret", "Show where the card is in a list", {Id}, &Caret},
-      {"list abort", "End what runs on the card", {}, &Abort},
+       {ListId, {"--stored", "", "What is stored of it, too"}},
+       &DeleteList},
+      {"list ls", "Show the numbers of the card's lists", {}, &ShowLists},
+      {"list status", "Show the status of a list", {ListId}, &ShowStatus},
+      {"list caret", "Show where the card is in a list", {ListId}, &ShowCaret},
+      {"list abort", "End what runs on the card", {}, &AbortList},
   };
   return Rows;
 }
