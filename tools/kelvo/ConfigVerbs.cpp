@@ -1,10 +1,9 @@
 // config: the card's settings, by fields.
 #include <kelvo/kelvo.h>
 
-#include <fstream>
-#include <iostream>
-#include <nlohmann/json.hpp>
-#include <sstream>
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
 
 #include "Files.h"
 #include "Settings.h"
@@ -34,7 +33,7 @@ void ShowFields(const Json& value, const std::string& path, std::vector<std::vec
   const bool hasNumbers =
       value.is_array() || std::isdigit(static_cast<unsigned char>(value.items().begin().key()[0])) != 0;
   for (const auto& [key, part] : value.items()) {
-    ShowFields(part, hasNumbers ? path + "[" + key + "]" : path + "." + key, rows);
+    ShowFields(part, PathOf(path, key, hasNumbers), rows);
   }
 }
 
@@ -173,6 +172,7 @@ ExitCode DiffConfig(Session& session, const Arguments& given) {
     session.Out.Print(list);
   } else {
     std::vector<std::vector<std::string>> rows;
+    rows.reserve(all.size());
     for (const auto& [path, first, second] : all) rows.push_back({path, Shown(first), Shown(second)});
     if (!rows.empty()) session.Out.Table({"FIELD", "CARD", isToDefaults ? "DEFAULT" : "FILE"}, rows);
   }

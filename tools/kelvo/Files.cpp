@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <system_error>
 
@@ -17,7 +16,7 @@ std::string ReadFile(const std::string& path, std::size_t most) {
   };
   const std::unique_ptr<std::FILE, decltype(close)> file(
       path == "-" ? stdin : std::fopen(path.c_str(), "rbe"), close);
-  if (!file) throw Refused("Cannot open '" + path + "': " + std::strerror(errno) + ".");
+  if (!file) throw Refused("Cannot open '" + path + "': " + std::generic_category().message(errno) + ".");
   std::string text;
   char bytes[65536];
   while (const std::size_t count = std::fread(bytes, 1, sizeof bytes, file.get())) {
@@ -26,7 +25,7 @@ std::string ReadFile(const std::string& path, std::size_t most) {
       throw Refused("'" + path + "' is longer than " + std::to_string(most >> 20) + " MiB.");
   }
   if (std::ferror(file.get()) != 0)
-    throw Refused("Cannot read '" + path + "': " + std::strerror(errno) + ".");
+    throw Refused("Cannot read '" + path + "': " + std::generic_category().message(errno) + ".");
   return text;
 }
 

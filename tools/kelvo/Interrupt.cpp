@@ -12,13 +12,13 @@ namespace VELTRO::KELVO::Tool {
 
 namespace {
 
-volatile std::sig_atomic_t count = 0;
-int ends[2] = {-1, -1};
+volatile std::sig_atomic_t signals = 0;
+int wakeEnds[2] = {-1, -1};
 
 void Note(int) {
-  if (count > 0) _exit(static_cast<int>(ExitCode::Interrupted));
-  count = 1;
-  static_cast<void>(!write(ends[1], "", 1));
+  if (signals > 0) _exit(static_cast<int>(ExitCode::Interrupted));
+  signals = 1;
+  static_cast<void>(!write(wakeEnds[1], "", 1));
 }
 
 void Handle(void (*handler)(int)) {
@@ -30,9 +30,9 @@ void Handle(void (*handler)(int)) {
 }  // namespace
 
 Interrupt::Interrupt() {
-  if (ends[0] < 0 && pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0)
+  if (wakeEnds[0] < 0 && pipe2(wakeEnds, O_CLOEXEC | O_NONBLOCK) != 0)
     throw Refused("There are no descriptors left.");
-  count = 0;
+  signals = 0;
   Handle(&Note);
 }
 
@@ -41,11 +41,11 @@ Interrupt::~Interrupt() {
 }
 
 bool Interrupt::Came() const {
-  return count > 0;
+  return signals > 0;
 }
 
 bool Interrupt::Came(std::chrono::milliseconds time) const {
-  pollfd entry{ends[0], POLLIN, 0};
+  pollfd entry{wakeEnds[0], POLLIN, 0};
   poll(&entry, 1, static_cast<int>(time.count()));
   return Came();
 }

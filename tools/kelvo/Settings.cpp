@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cctype>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "RecordJson.h"
 #include "SoundsLike.h"
@@ -90,7 +89,7 @@ constexpr Area Rows[] = {
 // What stands in an object or a list.
 std::vector<std::string> KeysOf(const Json& value) {
   std::vector<std::string> keys;
-  for (const auto& [key, part] : value.items()) keys.push_back(key);
+  for (const auto& item : value.items()) keys.push_back(item.key());
   return keys;
 }
 
@@ -115,7 +114,7 @@ void Collect(const Json* first, const Json* second, const std::string& path, std
     };
     const bool isElement =
         areLists || (!key.empty() && (std::isdigit(static_cast<unsigned char>(key[0])) || key[0] == '-'));
-    Collect(part(*first), part(*second), isElement ? path + "[" + key + "]" : path + "." + key, all);
+    Collect(part(*first), part(*second), PathOf(path, key, isElement), all);
   }
 }
 
@@ -141,6 +140,7 @@ const Area& FindArea(std::string_view name) {
 
 std::vector<const Area*> ChooseAreas(const std::vector<std::string>& names) {
   std::vector<const Area*> chosen;
+  chosen.reserve(std::size(Rows));
   for (const std::string& name : names) chosen.push_back(&FindArea(name));
   if (chosen.empty()) {
     for (const Area& area : Rows) chosen.push_back(&area);
@@ -201,6 +201,10 @@ Json& FindField(Json& settings, const FieldPath& path) {
     where += "." + step;
   }
   return *value;
+}
+
+std::string PathOf(const std::string& path, const std::string& key, bool isElement) {
+  return std::string(path).append(isElement ? "[" : ".").append(key).append(isElement ? "]" : "");
 }
 
 std::vector<Difference> Compare(const Json& first, const Json& second, const std::string& path) {

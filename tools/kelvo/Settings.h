@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <nlohmann/json.hpp>
 #include <span>
 #include <string>
 #include <string_view>
@@ -43,6 +44,9 @@ struct FieldPath {
 FieldPath ParseField(std::string_view text);
 // The value of the field in its area's settings. Throws Failure, WrongUsage, when there is none.
 Json& FindField(Json& settings, const FieldPath& path);
+
+// The path of a part of a value: of a field behind a point, of an element in brackets.
+std::string PathOf(const std::string& path, const std::string& key, bool isElement);
 
 // One field whose value is not the same in two settings; null where it is in one of them alone.
 struct Difference {

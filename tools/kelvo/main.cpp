@@ -13,7 +13,7 @@ namespace {
 
 std::string Chosen(const Arguments& given, const char* option, const char* variable) {
   if (given.Has(option)) return given.Text(option);
-  const char* const value = std::getenv(variable);
+  const char* const value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe): nobody else runs yet
   return value == nullptr ? "" : value;
 }
 
