@@ -9,6 +9,7 @@
 
 #include "client/CardInfo.h"
 #include "console/InputSetting.h"
+#include "console/WireSetting.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -22,6 +23,7 @@ struct Options {
   double Beam = 0.1;    // field units
   bool DrawAllRuns = false;
   std::vector<InputSetting> Inputs;
+  std::vector<Wire> Wires;
   std::optional<std::int32_t> StandaloneList;
   std::string StateDirectory;    // empty: none
   std::size_t Queue = 16 << 20;  // bytes of notifications that wait for one client at most

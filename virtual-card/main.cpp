@@ -69,7 +69,8 @@ void Serve(const Options& options, const sigset_t& stopSignals) {
              options.StateDirectory,
              options.Memory},
             server);
-  for (const InputSetting& input : options.Inputs) card.Inputs.Set(input.Port, input.Bits);
+  card.Ports.Connect(options.Wires);
+  for (const InputSetting& input : options.Inputs) card.Ports.SetLevels(input.Port, input.Bits);
   std::optional<SearchResponder> responder;
   if (options.Ssdp) {
     responder.emplace(SearchSettings{options.SsdpInterfaces, options.Serial, address, server.GetPort()});

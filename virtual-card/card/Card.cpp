@@ -13,6 +13,8 @@ Card::Card(CardSettings settings, Notifier& clients)
       Laser(state_),
       Motf(Configuration.QuadratureDecoder),
       Inputs(runSignal_),
+      Ports(runSignal_),
+      Pending(runSignal_),
       Variables(runSignal_),
       Fonts(memory_, state_),
       Files(state_.GetHost(), memory_),
@@ -20,11 +22,13 @@ Card::Card(CardSettings settings, Notifier& clients)
       PowerCorrection(Files),
       Lists(Execution, memory_, state_),
       Scanner(Configuration, Execution),
-      Execution(
-          std::move(settings.Execution),
-          {runSignal_, Inputs, Variables, Lists, Fonts, [this] { return Configuration.Variables.Get(); },
-           [this] { return ClientLib::DateTime(System.GetTime()); },
-           [&clients](std::int32_t value) { clients.NotifyProgress(value); }},
-          clients) {}
+      Execution(std::move(settings.Execution),
+                {runSignal_, Inputs, Ports, Variables, Lists, Fonts,
+                 [this] { return Configuration.Variables.Get(); },
+                 [this] { return ClientLib::DateTime(System.GetTime()); },
+                 [&clients](std::int32_t value) { clients.NotifyProgress(value); }},
+                clients) {
+  Configuration.Gpio.Follow([this](const ClientLib::GpioConfig& config) { Ports.Configure(config); });
+}
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -18,7 +18,9 @@
 #include "card/CardSystem.h"
 #include "card/Executor.h"
 #include "card/Notifier.h"
+#include "card/PendingWork.h"
 #include "surroundings/ListVariables.h"
+#include "surroundings/Pins.h"
 #include "surroundings/RunInputs.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -54,6 +56,8 @@ class Card {
   CardLaser Laser;
   CardMotf Motf;
   RunInputs Inputs;
+  Pins Ports;
+  PendingWork Pending;
   ListVariables Variables;
   CardFonts Fonts;
   CardFiles Files;

@@ -18,7 +18,7 @@ const Table& AllCommands() {
     Table all;
     for (const auto area :
          {MotionCommands(), ShapeCommands(), PixelCommands(), ParameterCommands(), LaserCommands(),
-          FlowCommands(), WaitCommands(), VariableCommands(), FontCommands()}) {
+          FlowCommands(), WaitCommands(), VariableCommands(), FontCommands(), PeripheralCommands()}) {
       for (const CommandRow& row : area) all.emplace(row.Code, row.Execute);
     }
     return all;

@@ -158,7 +158,6 @@ std::span<const CommandRow> ParameterCommands() {
       Taken<double, std::int32_t, std::int32_t>(CommandCode::MOTF_WAIT_DISTANCE),
       Taken<double>(CommandCode::MOTF_TILE_OFFSET),
       Taken<std::int32_t, std::uint32_t, std::uint32_t>(CommandCode::PERIPHERAL_ENHCMD),
-      Taken<std::uint32_t, std::uint32_t, std::uint32_t>(CommandCode::PERIPHERAL_PORT),
       Taken<std::int32_t, std::uint32_t>(CommandCode::PERIPHERAL_DAC),
       Taken<std::int32_t, std::uint32_t, std::uint32_t, std::uint32_t>(CommandCode::PERIPHERAL_TRACE_CFG),
       Taken<std::int32_t>(CommandCode::PERIPHERAL_TRACE_LABEL),

@@ -11,6 +11,7 @@
 #include "surroundings/FontSource.h"
 #include "surroundings/ListSource.h"
 #include "surroundings/ListVariables.h"
+#include "surroundings/Pins.h"
 #include "surroundings/RunInputs.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -18,6 +19,7 @@ namespace VELTRO::KELVO::VirtualCard {
 struct RunSurroundings {
   AbortSignal& Abort;  // of the run that is running; also wakes its waits
   RunInputs& Inputs;
+  Pins& Ports;
   ListVariables& Variables;
   ListSource& Lists;
   FontSource& Fonts;
