@@ -23,7 +23,7 @@ Card::Card(CardSettings settings, Notifier& clients)
       Lists(Execution, memory_, state_),
       Scanner(Configuration, Execution),
       Execution(std::move(settings.Execution),
-                {runSignal_, Inputs, Ports, Variables, Lists, Fonts,
+                {runSignal_, Inputs, Ports, Variables, TimeFormat, Lists, Fonts,
                  [this] { return Configuration.Variables.Get(); },
                  [this] { return ClientLib::DateTime(System.GetTime()); },
                  [&clients](std::int32_t value) { clients.NotifyProgress(value); }},

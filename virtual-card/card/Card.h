@@ -20,6 +20,7 @@
 #include "card/Notifier.h"
 #include "card/PendingWork.h"
 #include "surroundings/ListVariables.h"
+#include "surroundings/MarkTimeFormat.h"
 #include "surroundings/Pins.h"
 #include "surroundings/RunInputs.h"
 
@@ -59,6 +60,7 @@ class Card {
   Pins Ports;
   PendingWork Pending;
   ListVariables Variables;
+  MarkTimeFormat TimeFormat;
   CardFonts Fonts;
   CardFiles Files;
   CardHeadCorrections HeadCorrections;

@@ -17,7 +17,7 @@ const Table& AllMethods() {
     for (const auto area :
          {CardMethods(), ListMethods(), FontMethods(), LaserMethods(), ConfigurationMethods(),
           ScannerMethods(), ProcessMethods(), MotfMethods(), RecordMethods(), FileMethods(),
-          HeadCorrectionMethods(), PowerCorrectionMethods(), PinMethods()}) {
+          HeadCorrectionMethods(), PowerCorrectionMethods(), PinMethods(), VariableMethods()}) {
       for (const Method& method : area) all.emplace(method.GetName(), &method);
     }
     return all;

@@ -146,5 +146,6 @@ std::span<const Method> FileMethods();
 std::span<const Method> HeadCorrectionMethods();
 std::span<const Method> PowerCorrectionMethods();
 std::span<const Method> PinMethods();
+std::span<const Method> VariableMethods();
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -11,6 +11,7 @@
 #include "surroundings/FontSource.h"
 #include "surroundings/ListSource.h"
 #include "surroundings/ListVariables.h"
+#include "surroundings/MarkTimeFormat.h"
 #include "surroundings/Pins.h"
 #include "surroundings/RunInputs.h"
 
@@ -21,6 +22,7 @@ struct RunSurroundings {
   RunInputs& Inputs;
   Pins& Ports;
   ListVariables& Variables;
+  MarkTimeFormat& TimeFormat;
   ListSource& Lists;
   FontSource& Fonts;
   std::function<ClientLib::ProcessVariables()> GetProcessVariables;  // what holds at the start of a run
