@@ -142,6 +142,11 @@ std::optional<Options> ParseOptions(int count, const char* const* arguments, int
   app.add_flag("--svg-all-runs", options.DrawAllRuns, "Draw all runs into one picture, not the latest alone");
   AddInputs(app, options.Inputs);
   AddWires(app, options.Wires);
+  app.add_option(
+         "--serial-port", options.SerialPort,
+         "Terminal to connect serial port 0 with, or 'pty' for a pseudo-terminal of its own (default: none, "
+         "it receives what it sends)")
+      ->type_name("PATH");
   using Id = std::numeric_limits<std::int32_t>;
   AddWhole(app, "--standalone-list", options.StandaloneList, Id::min(), Id::max(),
            "The list that GOTO_STANDALONE_LIST branches to")

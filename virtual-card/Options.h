@@ -25,6 +25,7 @@ struct Options {
   std::vector<InputSetting> Inputs;
   std::vector<Wire> Wires;
   std::optional<std::int32_t> StandaloneList;
+  std::string SerialPort;        // a terminal's path; empty: none
   std::string StateDirectory;    // empty: none
   std::size_t Queue = 16 << 20;  // bytes of notifications that wait for one client at most
   static constexpr std::int64_t MostConnections = 10000;

@@ -22,8 +22,13 @@ class AnswerTaker {
 // One thread's. Its end closes the client's files, and nothing is waited for any more for the client.
 struct CardClient {
   CardClient(Card& card, WorkMemories& memories, AnswerTaker& answers)
-      : Owner(card), Work(memories), Answers(answers), Files(card.Files) {}
-  ~CardClient() { Owner.Pending.Drop(this); }
+      : Owner(card), Work(memories), Answers(answers), Files(card.Files) {
+    ++Owner.Counters.Connections;
+  }
+  ~CardClient() {
+    Owner.Pending.Drop(this);
+    --Owner.Counters.Connections;
+  }
   CardClient(const CardClient&) = delete;
   CardClient& operator=(const CardClient&) = delete;
 

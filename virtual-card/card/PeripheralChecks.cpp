@@ -15,15 +15,15 @@ using ClientLib::SpiModule;
 
 namespace {
 
-constexpr std::size_t MostNameBytes = 31, MostPinNames = 32;
+constexpr std::size_t MostPinNameBytes = 31, MostPinNames = 32;
 
 void Demand(bool holds, const std::string& text) {
   if (!holds) throw std::runtime_error(text);
 }
 
 void CheckName(const std::string& name) {
-  Demand(name.size() <= MostNameBytes,
-         "The name '" + name.substr(0, MostNameBytes) + "...' has more than 31 bytes.");
+  Demand(name.size() <= MostPinNameBytes,
+         "The name '" + name.substr(0, MostPinNameBytes) + "...' has more than 31 bytes.");
 }
 
 // The subject of texts about one of several.

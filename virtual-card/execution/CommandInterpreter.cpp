@@ -62,6 +62,7 @@ void Interpret(Run& run) {
       const auto row = table.find(command.Code);
       if (row == table.end()) throw std::runtime_error("not supported by the virtual card.");
       ValueReader values(command.Payload);
+      run.Executed.store(run.Executed.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
       row->second(run, values);
     });
   }

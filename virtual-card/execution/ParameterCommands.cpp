@@ -97,8 +97,6 @@ constexpr CommandRow Taken(std::int32_t code) {
   return {code, [](Run&, Values...) {}};
 }
 
-using Bytes = Array<std::uint8_t>;
-
 }  // namespace
 
 std::span<const CommandRow> ParameterCommands() {
@@ -161,11 +159,6 @@ std::span<const CommandRow> ParameterCommands() {
       Taken<std::int32_t, std::uint32_t>(CommandCode::PERIPHERAL_DAC),
       Taken<std::int32_t, std::uint32_t, std::uint32_t, std::uint32_t>(CommandCode::PERIPHERAL_TRACE_CFG),
       Taken<std::int32_t>(CommandCode::PERIPHERAL_TRACE_LABEL),
-      Taken<std::int32_t, std::uint32_t>(CommandCode::PERIPHERAL_SPI),
-      Taken<Bytes>(CommandCode2::SERIAL_PORT_TRANSMIT),
-      Taken<Bytes>(CommandCode2::SERIAL_PORT_TRANSMIT_LINE),
-      Taken<Bytes, Bytes>(CommandCode2::SERIAL_PORT_VERIFY_RESPONSE),
-      Taken<Bytes, Bytes>(CommandCode2::SERIAL_PORT_VERIFY_RESPONSE_LINE),
   };
   return Rows;
 }

@@ -14,10 +14,10 @@ using Table = std::unordered_map<std::string_view, const Method*>;
 const Table& AllMethods() {
   static const Table table = [] {
     Table all;
-    for (const auto area :
-         {CardMethods(), ListMethods(), FontMethods(), LaserMethods(), ConfigurationMethods(),
-          ScannerMethods(), ProcessMethods(), MotfMethods(), RecordMethods(), FileMethods(),
-          HeadCorrectionMethods(), PowerCorrectionMethods(), PinMethods(), VariableMethods()}) {
+    for (const auto area : {CardMethods(), ListMethods(), FontMethods(), LaserMethods(),
+                            ConfigurationMethods(), ScannerMethods(), ProcessMethods(), MotfMethods(),
+                            RecordMethods(), FileMethods(), HeadCorrectionMethods(), PowerCorrectionMethods(),
+                            PinMethods(), VariableMethods(), PeripheralMethods(), DiagnosticMethods()}) {
       for (const Method& method : area) all.emplace(method.GetName(), &method);
     }
     return all;
@@ -57,6 +57,10 @@ void Method::Postpone(CardClient& client, std::chrono::milliseconds timeout, Out
     }
     return true;
   });
+}
+
+bool HasMethod(std::string_view name) {
+  return AllMethods().contains(name);
 }
 
 const Method& FindMethod(std::string_view name) {

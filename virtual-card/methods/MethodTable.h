@@ -131,6 +131,7 @@ class Method {
 
 // The method of that name. Throws std::runtime_error "Unknown method 'NAME'.".
 const Method& FindMethod(std::string_view name);
+bool HasMethod(std::string_view name);
 
 // The rows of each area.
 std::span<const Method> CardMethods();
@@ -147,5 +148,7 @@ std::span<const Method> HeadCorrectionMethods();
 std::span<const Method> PowerCorrectionMethods();
 std::span<const Method> PinMethods();
 std::span<const Method> VariableMethods();
+std::span<const Method> PeripheralMethods();
+std::span<const Method> DiagnosticMethods();
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -64,12 +64,15 @@ std::optional<OutputPacket> Answer(CardClient& client, std::span<const unsigned 
   const std::string_view method(name->via.str.ptr, name->via.str.size);
   const Arguments arguments(array->via.array.ptr, array->via.array.size);
   if (log != nullptr) *log = Describe(method, arguments);
+  CardCounters& counters = client.Owner.Counters;
+  ++counters.Calls;
   try {
     OutputPacket answer = OutputPacket::AllocateResponse(request);
     if (!FindMethod(method).Call(client, arguments, answer)) return std::nullopt;
     answer.Close();
     return answer;
   } catch (const std::exception& error) {
+    ++counters.FailedCalls;
     if (log != nullptr) log->append(" failed: ").append(TextOf(error));
     return ErrorAnswer(request, TextOf(error));
   }

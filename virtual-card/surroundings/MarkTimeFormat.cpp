@@ -21,8 +21,8 @@ std::string Digits(std::int64_t number, std::size_t count) {
   return text;
 }
 
-struct Moment {
-  explicit Moment(const DateTime& time) {
+struct CalendarTime {
+  explicit CalendarTime(const DateTime& time) {
     const std::int64_t seconds = time.GetTicks() / DateTime::TicksPerSecond;
     SecondOfDay = seconds % SecondsPerDay;
     const std::chrono::sys_days begin = std::chrono::year{1} / 1 / 1;
@@ -43,7 +43,7 @@ struct Moment {
   std::int64_t Week;
 };
 
-std::string Part(char letter, const Moment& moment) {
+std::string Part(char letter, const CalendarTime& moment) {
   switch (letter) {
     case 'H':
       return Digits(moment.SecondOfDay / 3600, 2);
@@ -77,7 +77,7 @@ std::string Part(char letter, const Moment& moment) {
 }  // namespace
 
 std::string TimeText(std::string_view format, const DateTime& time) {
-  const Moment moment(time);
+  const CalendarTime moment(time);
   std::string text;
   for (std::size_t i = 0; i < format.size(); ++i) {
     if (format[i] != '%') {

@@ -14,6 +14,7 @@
 #include "surroundings/MarkTimeFormat.h"
 #include "surroundings/Pins.h"
 #include "surroundings/RunInputs.h"
+#include "surroundings/SerialPorts.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -21,6 +22,7 @@ struct RunSurroundings {
   AbortSignal& Abort;  // of the run that is running; also wakes its waits
   RunInputs& Inputs;
   Pins& Ports;
+  SerialPorts& Serial;
   ListVariables& Variables;
   MarkTimeFormat& TimeFormat;
   ListSource& Lists;
@@ -28,6 +30,7 @@ struct RunSurroundings {
   std::function<ClientLib::ProcessVariables()> GetProcessVariables;  // what holds at the start of a run
   std::function<ClientLib::DateTime()> GetLocalTime;
   std::function<void(std::int32_t)> TellProgress;
+  std::function<void(std::int32_t)> CheckSpiModule;  // throws when there is none of that number
 };
 
 }  // namespace VELTRO::KELVO::VirtualCard
