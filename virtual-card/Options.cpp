@@ -94,6 +94,28 @@ void AddInputs(CLI::App& app, std::vector<InputSetting>& inputs) {
       ->allow_extra_args(false);
 }
 
+void AddWires(CLI::App& app, std::vector<Wire>& wires) {
+  const auto parse = [&wires](const CLI::results_t& results) {
+    for (const std::string& text : results) {
+      const auto wire = ParseWire(text);
+      if (!wire) {
+        Refuse("--wire", text, "PORT.PIN=PORT.PIN, from an output to an input, ports 0 to 7, pins 0 to 31");
+      }
+      const auto leads = [&](const Wire& other) { return other.To == wire->To; };
+      if (std::ranges::any_of(wires, leads)) {
+        throw CLI::ValidationError("--wire", "two wires lead to the input of '" + text + "'");
+      }
+      wires.push_back(*wire);
+    }
+    return true;
+  };
+  app.add_option("--wire", parse, "A wire from an output pin to an input pin; may be repeated")
+      ->type_name("PORT.PIN=PORT.PIN")
+      ->type_size(1)
+      ->expected(1, -1)
+      ->allow_extra_args(false);
+}
+
 }  // namespace
 
 std::optional<Options> ParseOptions(int count, const char* const* arguments, int& exitCode) {
@@ -119,6 +141,12 @@ std::optional<Options> ParseOptions(int count, const char* const* arguments, int
       ->default_str("0.1");
   app.add_flag("--svg-all-runs", options.DrawAllRuns, "Draw all runs into one picture, not the latest alone");
   AddInputs(app, options.Inputs);
+  AddWires(app, options.Wires);
+  app.add_option(
+         "--serial-port", options.SerialPort,
+         "Terminal to connect serial port 0 with, or 'pty' for a pseudo-terminal of its own (default: none, "
+         "it receives what it sends)")
+      ->type_name("PATH");
   using Id = std::numeric_limits<std::int32_t>;
   AddWhole(app, "--standalone-list", options.StandaloneList, Id::min(), Id::max(),
            "The list that GOTO_STANDALONE_LIST branches to")

@@ -9,6 +9,7 @@
 
 #include "client/CardInfo.h"
 #include "console/InputSetting.h"
+#include "console/WireSetting.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -22,7 +23,9 @@ struct Options {
   double Beam = 0.1;    // field units
   bool DrawAllRuns = false;
   std::vector<InputSetting> Inputs;
+  std::vector<Wire> Wires;
   std::optional<std::int32_t> StandaloneList;
+  std::string SerialPort;        // a terminal's path; empty: none
   std::string StateDirectory;    // empty: none
   std::size_t Queue = 16 << 20;  // bytes of notifications that wait for one client at most
   static constexpr std::int64_t MostConnections = 10000;

@@ -12,6 +12,7 @@
 #include "Options.h"
 #include "base/Log.h"
 #include "card/Card.h"
+#include "card/SerialTerminal.h"
 #include "client/CardInfo.h"
 #include "console/StandardInput.h"
 #include "server/SearchResponder.h"
@@ -69,7 +70,10 @@ void Serve(const Options& options, const sigset_t& stopSignals) {
              options.StateDirectory,
              options.Memory},
             server);
-  for (const InputSetting& input : options.Inputs) card.Inputs.Set(input.Port, input.Bits);
+  card.Ports.Connect(options.Wires);
+  for (const InputSetting& input : options.Inputs) card.Ports.SetLevels(input.Port, input.Bits);
+  std::optional<SerialTerminal> terminal;
+  if (!options.SerialPort.empty()) terminal.emplace(options.SerialPort, card.Serial);
   std::optional<SearchResponder> responder;
   if (options.Ssdp) {
     responder.emplace(SearchSettings{options.SsdpInterfaces, options.Serial, address, server.GetPort()});
@@ -80,6 +84,7 @@ void Serve(const Options& options, const sigset_t& stopSignals) {
   }
   server.Start(card);
   SayLine({"Listening on ", server.GetPlace()});
+  if (options.SerialPort == SerialTerminal::Pseudo) SayLine({"Serial port 0: ", terminal->GetPath()});
   const StandardInput console(card);
   WaitForStop(stopSignals);
   responder.reset();

@@ -3,7 +3,6 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <csignal>
@@ -14,16 +13,7 @@ namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::MutexLock;
 
-namespace {
-
-char Printable(char character) {
-  const auto code = static_cast<unsigned char>(character);
-  return code < 0x20 || code == 0x7F ? '?' : character;
-}
-
-}  // namespace
-
-void LineWriter::Put(std::initializer_list<std::string_view> pieces) noexcept {
+void LineWriter::Put(const Line& line) noexcept {
   const MutexLock lock(mutex_);
   // Two lines, should one of them have to say how many were dropped before.
   if (count_ + 2 > MostLines || !Start()) {
@@ -31,24 +21,12 @@ void LineWriter::Put(std::initializer_list<std::string_view> pieces) noexcept {
     return;
   }
   AppendDropped();
-  Append(pieces);
+  Append(line);
   changed_.NotifyAll();
 }
 
-void LineWriter::Append(std::initializer_list<std::string_view> pieces) {
-  Line& line = lines_[(first_ + count_++) % MostLines];
-  char* at = line.Bytes.data();
-  char* const end = at + MostCharacters;
-  bool isCut = false;
-  for (std::string_view piece : pieces) {
-    const auto room = static_cast<std::size_t>(end - at);
-    isCut |= piece.size() > room;
-    piece = piece.substr(0, room);
-    at = std::ranges::transform(piece, at, Printable).out;
-  }
-  if (isCut) at = std::fill_n(at, 3, '.');
-  *at++ = '\n';
-  line.Size = static_cast<std::size_t>(at - line.Bytes.data());
+void LineWriter::Append(const Line& line) {
+  lines_[(first_ + count_++) % MostLines] = line;
 }
 
 void LineWriter::AppendDropped() {
@@ -56,7 +34,9 @@ void LineWriter::AppendDropped() {
   char number[20];
   const char* const end = std::to_chars(number, number + sizeof number, dropped_).ptr;
   dropped_ = 0;
-  Append({"Nobody read what was written here: ", {number, end}, " lines are missing."});
+  Line line;
+  line.Assign({"Nobody read what was written here: ", {number, end}, " lines are missing."});
+  Append(line);
 }
 
 bool LineWriter::Start() {
@@ -93,7 +73,7 @@ void LineWriter::Work() {
 }
 
 void LineWriter::Write(const Line& line) const {
-  std::string_view left(line.Bytes.data(), line.Size);
+  std::string_view left = line.GetText();
   while (!left.empty()) {
     const ssize_t written = write(descriptor_, left.data(), left.size());
     if (written > 0) {

@@ -4,9 +4,8 @@
 #include <array>
 #include <chrono>
 #include <cstddef>
-#include <initializer_list>
-#include <string_view>
 
+#include "base/Line.h"
 #include "common/Mutex.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -22,23 +21,15 @@ class LineWriter {
   LineWriter(const LineWriter&) = delete;
   LineWriter& operator=(const LineWriter&) = delete;
 
-  // Takes one line, made of these pieces. Texts of clients may be in it: what is no printable character is replaced,
-  // and a long line is cut.
-  void Put(std::initializer_list<std::string_view> pieces) noexcept;
+  void Put(const Line& line) noexcept;
   // Waits until all of it is written, but no longer than that.
   void WaitUntilWritten(std::chrono::milliseconds longest) noexcept;
 
  private:
   static constexpr std::size_t MostLines = 512;
-  static constexpr std::size_t MostCharacters = 1000;
-
-  struct Line {
-    std::array<char, MostCharacters + 4> Bytes;  // with "...\n", still few enough to be written in one piece
-    std::size_t Size = 0;
-  };
 
   void Work();
-  void Append(std::initializer_list<std::string_view> pieces) KELVO_REQUIRES(mutex_);
+  void Append(const Line& line) KELVO_REQUIRES(mutex_);
   // Says how many lines were dropped, if any were.
   void AppendDropped() KELVO_REQUIRES(mutex_);
   bool Start() KELVO_REQUIRES(mutex_);

@@ -7,6 +7,7 @@
 #include <new>
 
 #include "base/LineWriter.h"
+#include "base/RecentLines.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -22,15 +23,30 @@ LineWriter& WriterTo() {
   return writer;
 }
 
+RecentLines& RecentlyLogged() {
+  alignas(RecentLines) static std::byte place[sizeof(RecentLines)];
+  static RecentLines& lines = *new (place) RecentLines;
+  return lines;
+}
+
 }  // namespace
 
 void LogLine(std::initializer_list<std::string_view> pieces) noexcept {
-  WriterTo<STDERR_FILENO>().Put(pieces);
+  Line line;
+  line.Assign(pieces);
+  RecentlyLogged().Add(line);
+  WriterTo<STDERR_FILENO>().Put(line);
+}
+
+std::string RecentLog() {
+  return RecentlyLogged().Get();
 }
 
 void SayLine(std::initializer_list<std::string_view> pieces) noexcept {
   WriterTo<STDERR_FILENO>().WaitUntilWritten(Moment);
-  WriterTo<STDOUT_FILENO>().Put(pieces);
+  Line line;
+  line.Assign(pieces);
+  WriterTo<STDOUT_FILENO>().Put(line);
 }
 
 void FinishLog() noexcept {

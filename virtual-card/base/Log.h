@@ -2,6 +2,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <string>
 #include <string_view>
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -14,6 +15,8 @@ inline void LogLine(std::string_view text) noexcept {
 }
 // One line on stdout, behind what stderr was told before.
 void SayLine(std::initializer_list<std::string_view> pieces) noexcept;
+// The latest lines on stderr, 64 KiB at most, whether anybody has read them or not. This one may throw std::bad_alloc.
+std::string RecentLog();
 // At the end of the program: gives what has been said a moment to be written.
 void FinishLog() noexcept;
 

@@ -20,6 +20,12 @@ class MemoryBudget {
     } while (!used_.compare_exchange_weak(used, used + bytes, std::memory_order_relaxed));
     return true;
   }
+  // From 0 to 1.
+  double GetFreeShare() const noexcept {
+    return most_ == 0
+               ? 0
+               : 1 - static_cast<double>(used_.load(std::memory_order_relaxed)) / static_cast<double>(most_);
+  }
   void Give(std::size_t bytes) noexcept { used_.fetch_sub(bytes, std::memory_order_relaxed); }
 
  private:

@@ -13,6 +13,9 @@ Card::Card(CardSettings settings, Notifier& clients)
       Laser(state_),
       Motf(Configuration.QuadratureDecoder),
       Inputs(runSignal_),
+      Ports(runSignal_),
+      Serial(runSignal_),
+      Pending(runSignal_),
       Variables(runSignal_),
       Fonts(memory_, state_),
       Files(state_.GetHost(), memory_),
@@ -20,11 +23,18 @@ Card::Card(CardSettings settings, Notifier& clients)
       PowerCorrection(Files),
       Lists(Execution, memory_, state_),
       Scanner(Configuration, Execution),
-      Execution(
-          std::move(settings.Execution),
-          {runSignal_, Inputs, Variables, Lists, Fonts, [this] { return Configuration.Variables.Get(); },
-           [this] { return ClientLib::DateTime(System.GetTime()); },
-           [&clients](std::int32_t value) { clients.NotifyProgress(value); }},
-          clients) {}
+      Modules(Configuration, Execution),
+      Diagnostics(Counters, clients, Configuration, memory_, state_, Serial),
+      Execution(std::move(settings.Execution),
+                {runSignal_, Inputs, Ports, Serial, Variables, TimeFormat, Lists, Fonts,
+                 [this] { return Configuration.Variables.Get(); },
+                 [this] { return ClientLib::DateTime(System.GetTime()); },
+                 [&clients](std::int32_t value) { clients.NotifyProgress(value); },
+                 [this](std::int32_t module) { Modules.CheckSpi(module); }},
+                clients, Counters) {
+  Configuration.Gpio.Follow([this](const ClientLib::GpioConfig& config) { Ports.Configure(config); });
+  Configuration.SerialPorts.Follow(
+      [this](const ClientLib::SerialPortConfig& config) { Serial.Configure(config); });
+}
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -7,19 +7,26 @@
 
 #include "base/MemoryBudget.h"
 #include "card/CardConfiguration.h"
+#include "card/CardCounters.h"
+#include "card/CardDiagnostics.h"
 #include "card/CardFiles.h"
 #include "card/CardFonts.h"
 #include "card/CardHeadCorrections.h"
 #include "card/CardLaser.h"
 #include "card/CardLists.h"
+#include "card/CardModules.h"
 #include "card/CardMotf.h"
 #include "card/CardPowerCorrection.h"
 #include "card/CardScanner.h"
 #include "card/CardSystem.h"
 #include "card/Executor.h"
 #include "card/Notifier.h"
+#include "card/PendingWork.h"
 #include "surroundings/ListVariables.h"
+#include "surroundings/MarkTimeFormat.h"
+#include "surroundings/Pins.h"
 #include "surroundings/RunInputs.h"
+#include "surroundings/SerialPorts.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -49,18 +56,25 @@ class Card {
 
  public:
   const CardIdentity Identity;
+  CardCounters Counters;
   CardConfiguration Configuration;
   CardSystem System;
   CardLaser Laser;
   CardMotf Motf;
   RunInputs Inputs;
+  Pins Ports;
+  SerialPorts Serial;
+  PendingWork Pending;
   ListVariables Variables;
+  MarkTimeFormat TimeFormat;
   CardFonts Fonts;
   CardFiles Files;
   CardHeadCorrections HeadCorrections;
   CardPowerCorrection PowerCorrection;
   CardLists Lists;
   CardScanner Scanner;
+  CardModules Modules;
+  CardDiagnostics Diagnostics;
   Executor Execution;  // the last, so that no run outlives what it acts upon
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "card/PeripheralChecks.h"
 #include "card/TimeZones.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -16,7 +17,11 @@ CardConfiguration::CardConfiguration(StateDirectory& directory)
       System(directory, [](const ClientLib::SystemConfig& config) { FindTimeZone(config.TimeZone); }),
       Motf(directory),
       QuadratureDecoder(directory),
-      Events(directory) {}
+      Events(directory),
+      Gpio(directory, CheckPorts),
+      SerialPorts(directory, CheckSerialPorts),
+      Spi(directory, CheckSpiModules),
+      AdapterBoard(directory) {}
 
 void CardConfiguration::BeginUpdate() {
   const MutexLock lock(mutex_);

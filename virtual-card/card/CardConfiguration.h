@@ -11,6 +11,10 @@
 #include "config/QuadratureDecoderConfig.h"
 #include "config/ScannerConfig.h"
 #include "config/SystemConfig.h"
+#include "peripherals/AdapterBoardConfig.h"
+#include "peripherals/GpioConfig.h"
+#include "peripherals/SerialPortConfig.h"
+#include "peripherals/SpiConfig.h"
 #include "services/EventConfig.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -28,6 +32,10 @@ class CardConfiguration {
   KeptRecord<ClientLib::MotfConfig> Motf;
   KeptRecord<ClientLib::QuadratureDecoderConfig> QuadratureDecoder;
   KeptRecord<ClientLib::EventConfig> Events;
+  KeptRecord<ClientLib::GpioConfig> Gpio;
+  KeptRecord<ClientLib::SerialPortConfig> SerialPorts;
+  KeptRecord<ClientLib::SpiConfig> Spi;
+  KeptRecord<ClientLib::AdapterBoardConfig> AdapterBoard;
 
   // Throws std::runtime_error "An update is already active.".
   void BeginUpdate();
@@ -43,7 +51,8 @@ class CardConfiguration {
  private:
   // Every record there is: settings of all of them can be grouped.
   std::vector<UpdateParticipant*> AllRecords() {
-    return {&Laser, &Scanner, &Variables, &System, &Motf, &QuadratureDecoder, &Events};
+    return {&Laser,  &Scanner, &Variables,   &System, &Motf,        &QuadratureDecoder,
+            &Events, &Gpio,    &SerialPorts, &Spi,    &AdapterBoard};
   }
 
   ClientLib::Mutex mutex_;

@@ -30,10 +30,12 @@ void Tell(F tell) noexcept {
 
 }  // namespace
 
-Executor::Executor(ExecutorSettings settings, const RunSurroundings& surroundings, Notifier& clients)
+Executor::Executor(ExecutorSettings settings, const RunSurroundings& surroundings, Notifier& clients,
+                   CardCounters& counters)
     : settings_(settings.Runs),
       surroundings_(surroundings),
       clients_(clients),
+      counters_(counters),
       plotter_(std::move(settings.Plotter)),
       thread_([this] { Work(); }) {}
 
@@ -93,7 +95,10 @@ void Executor::Work() {
     RunSettings settings = settings_;
     settings.Limit = job->Limit;
     const RunResult result =
-        Simulate(settings, surroundings_, {carets_, position_, plotter_}, listId, std::move(job->List));
+        Simulate(settings, surroundings_, {carets_, position_, plotter_, counters_.ListCommands}, listId,
+                 std::move(job->List));
+    ++counters_.Runs;
+    if (result.Aborted) ++counters_.AbortedRuns;
     WritePicture();
     {
       const MutexLock lock(mutex_);

@@ -5,6 +5,7 @@
 #include <optional>
 #include <thread>
 
+#include "card/CardCounters.h"
 #include "card/Notifier.h"
 #include "common/Mutex.h"
 #include "drawing/Plotter.h"
@@ -29,7 +30,8 @@ struct ExecutorSettings {
 class Executor {
  public:
   // Throws as Plotter does.
-  Executor(ExecutorSettings settings, const RunSurroundings& surroundings, Notifier& clients);
+  Executor(ExecutorSettings settings, const RunSurroundings& surroundings, Notifier& clients,
+           CardCounters& counters);
   ~Executor() { Stop(); }
   Executor(const Executor&) = delete;
   Executor& operator=(const Executor&) = delete;
@@ -72,6 +74,7 @@ class Executor {
   const RunSettings settings_;
   const RunSurroundings surroundings_;  // the abort signal is raised and cleared under the mutex
   Notifier& clients_;
+  CardCounters& counters_;
   Carets carets_;
 
   // The executing thread's own.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <exception>
+#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -55,6 +56,13 @@ class KeptRecord : public UpdateParticipant {
     }
   }
 
+  // Calls `follower` with the active record, now and whenever it has become another. It must neither throw nor use the
+  // record. Once, before others use it.
+  void Follow(std::function<void(const R&)> follower) {
+    const ClientLib::MutexLock lock(mutex_);
+    follower_ = std::move(follower);
+    TellFollower();
+  }
   R Get() {
     const ClientLib::MutexLock lock(mutex_);
     return active_;
@@ -67,12 +75,14 @@ class KeptRecord : public UpdateParticipant {
       throw std::runtime_error("The record is too large.");
     const ClientLib::MutexLock lock(mutex_);
     (pending_ ? *pending_ : active_) = std::move(record);
+    if (!pending_) TellFollower();
   }
   // The same for a part of it: `change` gets the record to be changed.
   template <class Change>
   void Edit(Change&& change) {
     const ClientLib::MutexLock lock(mutex_);
     change(pending_ ? *pending_ : active_);
+    if (!pending_) TellFollower();
   }
   // What is stored, or without it the defaults. Throws as StateDirectory::Read, as the check, or std::exception when
   // what is stored is no such record.
@@ -89,13 +99,18 @@ class KeptRecord : public UpdateParticipant {
   }
   void EndUpdate(bool keep) override {
     const ClientLib::MutexLock lock(mutex_);
-    if (keep && pending_) active_ = std::move(*pending_);
+    const bool isChanged = keep && pending_;
+    if (isChanged) active_ = std::move(*pending_);
     pending_.reset();
+    if (isChanged) TellFollower();
   }
   void Reset() override { Set(R()); }
   bool IsSound() const override { return sound_; }
 
  private:
+  void TellFollower() KELVO_REQUIRES(mutex_) {
+    if (follower_) follower_(active_);
+  }
   R Stored() {
     const auto bytes = directory_.Read(std::string(Name));
     return bytes ? FromStored<R>(*bytes) : R();
@@ -108,6 +123,7 @@ class KeptRecord : public UpdateParticipant {
   ClientLib::Mutex mutex_;
   R active_ KELVO_GUARDED_BY(mutex_);
   std::optional<R> pending_ KELVO_GUARDED_BY(mutex_);
+  std::function<void(const R&)> follower_ KELVO_GUARDED_BY(mutex_);
 };
 
 }  // namespace VELTRO::KELVO::VirtualCard

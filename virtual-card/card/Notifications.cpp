@@ -14,6 +14,7 @@ void Notifier::NotifyEvent(std::int32_t event, std::int32_t value) {
   msgpack::packer packer(packet);
   packer.pack_array(2).pack(event).pack(value);
   Notify(packet.Close());
+  ++count_;
 }
 
 void Notifier::NotifyProgress(std::int32_t value) {
@@ -33,6 +34,7 @@ void Notifier::NotifyError(const std::string& text) {
   // With an empty trace: clients would put the text in the place of one that is missing, too.
   ClientLib::RpcRemoteException(text, "").Pack(packet);
   Notify(packet.Close());
+  ++count_;
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard

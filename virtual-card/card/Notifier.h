@@ -1,6 +1,7 @@
 // What the card tells all its clients unasked.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -18,8 +19,13 @@ class Notifier {
   void NotifyListIdle(std::int32_t listId);
   void NotifyError(const std::string& text);
 
+  // How many there have been.
+  std::uint64_t GetCount() const { return count_; }
+
  private:
   void NotifyEvent(std::int32_t event, std::int32_t value);
+
+  std::atomic<std::uint64_t> count_{0};
 };
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -52,4 +52,11 @@ void StateDirectory::Write(const std::string& name, std::string_view bytes) {
   memory_.insert_or_assign(name, std::string(bytes));
 }
 
+void StateDirectory::TryToWrite() {
+  const std::string name = "SelfTest";
+  const MutexLock lock(mutex_);
+  host_.Replace(name, name);
+  host_.Remove(name);
+}
+
 }  // namespace VELTRO::KELVO::VirtualCard

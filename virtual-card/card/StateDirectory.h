@@ -29,6 +29,9 @@ class StateDirectory {
   // Replaces what is stored in one step, so that a power cut leaves the old or the new. Throws as HostDirectory::Replace.
   void Write(const std::string& name, std::string_view bytes);
 
+  // Throws as Write when nothing can be written.
+  void TryToWrite();
+
  private:
   static std::string ReadFromHost(const std::string& name, const Descriptor& file, std::size_t mostBytes);
 

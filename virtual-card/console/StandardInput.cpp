@@ -50,7 +50,7 @@ std::string_view TakeWord(std::string_view& text) {
 bool SetInput(Card& card, std::string_view text) {
   const std::string_view port = TakeWord(text);
   const auto input = ParseInput(port, text);
-  if (input) card.Inputs.Set(input->Port, input->Bits);
+  if (input) card.Ports.SetLevels(input->Port, input->Bits);
   return input.has_value();
 }
 

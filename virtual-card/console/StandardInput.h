@@ -9,9 +9,9 @@
 #include <string_view>
 #include <thread>
 
+#include "base/Wake.h"
 #include "card/Card.h"
 #include "common/Mutex.h"
-#include "server/Socket.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 

@@ -44,10 +44,18 @@ void Clock::WaitFor(double timeout, const std::function<bool()>& condition) {
   if (IsAborted() || condition()) return;
   if (std::isinf(speed_) && std::isfinite(timeout)) {
     Advance(timeout);
-    return;
+  } else {
+    Wait(timeout, condition);
   }
+}
+
+void Clock::WaitForOutside(double timeout, const std::function<bool()>& condition) {
+  if (!IsAborted() && !condition()) Wait(timeout * Pace(), condition);
+}
+
+void Clock::Wait(double timeout, const std::function<bool()>& condition) {
   CatchUp();
-  const double pace = std::isinf(speed_) ? 1 : speed_;
+  const double pace = Pace();
   const double begin = RealTime();
   const double left = limit_ - now_;
   const double longest = std::min(timeout, left);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cmath>
 #include <functional>
 #include <limits>
 
@@ -24,6 +25,8 @@ class Clock {
   // expires. Without waiting for real time the time-out passes at once; for want of one, time passes as it
   // really does.
   void WaitFor(double timeout, const std::function<bool()>& condition);
+  // The same for what happens outside, so that the time-out is of real time at any speed.
+  void WaitForOutside(double timeout, const std::function<bool()>& condition);
   // Waits until real time has caught up with simulated time.
   void CatchUp() { WaitForRealTime(0); }
 
@@ -43,6 +46,10 @@ class Clock {
   // A wait for each short vector would cost more than it takes.
   static constexpr double LeadUs = 1000;
 
+  // Simulated time per real time while something outside is waited for.
+  double Pace() const { return std::isinf(speed_) ? 1 : speed_; }
+  // Real time passes until `condition` holds or, in simulated time, `timeout` is over.
+  void Wait(double timeout, const std::function<bool()>& condition);
   double RealTime() const;
   void WaitForRealTime(double lead);
   [[noreturn]] void RefuseLimit() const;

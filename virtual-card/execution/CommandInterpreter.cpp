@@ -18,7 +18,7 @@ const Table& AllCommands() {
     Table all;
     for (const auto area :
          {MotionCommands(), ShapeCommands(), PixelCommands(), ParameterCommands(), LaserCommands(),
-          FlowCommands(), WaitCommands(), VariableCommands(), FontCommands()}) {
+          FlowCommands(), WaitCommands(), VariableCommands(), FontCommands(), PeripheralCommands()}) {
       for (const CommandRow& row : area) all.emplace(row.Code, row.Execute);
     }
     return all;
@@ -62,6 +62,7 @@ void Interpret(Run& run) {
       const auto row = table.find(command.Code);
       if (row == table.end()) throw std::runtime_error("not supported by the virtual card.");
       ValueReader values(command.Payload);
+      run.Executed.store(run.Executed.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
       row->second(run, values);
     });
   }

@@ -78,5 +78,6 @@ std::span<const CommandRow> FlowCommands();
 std::span<const CommandRow> WaitCommands();
 std::span<const CommandRow> VariableCommands();
 std::span<const CommandRow> FontCommands();
+std::span<const CommandRow> PeripheralCommands();
 
 }  // namespace VELTRO::KELVO::VirtualCard

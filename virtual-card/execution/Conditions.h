@@ -20,7 +20,7 @@ struct InputCondition {
     return {values.AsUInt32(), values.AsInt32(), values.AsBool(), values.AsBool(), values.AsUInt32()};
   }
   bool Holds(Run& run) const {
-    const std::uint32_t equal = ~(run.Around.Inputs.Get(Port) ^ Value) & Mask;
+    const std::uint32_t equal = ~(run.Around.Ports.Get(Port) ^ Value) & Mask;
     return (All ? equal == Mask : equal != 0) == Expected;
   }
 };

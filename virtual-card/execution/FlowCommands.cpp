@@ -90,7 +90,7 @@ void StartSwitch(Run& run, std::int32_t value) {
 }
 
 void SwitchInput(Run& run, std::int32_t port, bool isShifted, std::uint32_t mask) {
-  const std::uint32_t bits = run.Around.Inputs.Get(port) & mask;
+  const std::uint32_t bits = run.Around.Ports.Get(port) & mask;
   StartSwitch(run, static_cast<std::int32_t>(isShifted && mask != 0 ? bits >> std::countr_zero(mask) : bits));
 }
 

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <ctime>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -43,13 +42,8 @@ void MarkText(Run& run, std::string_view text) {
   run.Calls.Enter(std::move(first), std::move(glyphs));
 }
 
-std::string TimeOfDay(ClientLib::DateTime local) {
-  const std::time_t now = local.ToSeconds();
-  std::tm time{};
-  gmtime_r(&now, &time);
-  char text[9] = "";
-  std::strftime(text, sizeof text, "%H:%M:%S", &time);
-  return text;
+void MarkTime(Run& run) {
+  MarkText(run, TimeText(run.Around.TimeFormat.Get(), run.Around.GetLocalTime()));
 }
 
 void MarkCounter(Run& run, std::int32_t nameBits, std::int32_t digits) {
@@ -69,7 +63,7 @@ std::span<const CommandRow> FontCommands() {
   static constexpr CommandRow Rows[] = {
       {CommandCode::SELECT_FONT, [](Run& run, std::int32_t id) { SelectFont(run, id); }},
       {CommandCode2::MARK_CHAR, [](Run& run, std::int32_t character) { MarkCharacter(run, character); }},
-      {CommandCode2::MARK_TIME, [](Run& run) { MarkText(run, TimeOfDay(run.Around.GetLocalTime())); }},
+      {CommandCode2::MARK_TIME, [](Run& run) { MarkTime(run); }},
       {CommandCode2::MARK_COUNTER,
        [](Run& run, std::int32_t name, std::int32_t digits) { MarkCounter(run, name, digits); }},
   };

@@ -97,8 +97,6 @@ constexpr CommandRow Taken(std::int32_t code) {
   return {code, [](Run&, Values...) {}};
 }
 
-using Bytes = Array<std::uint8_t>;
-
 }  // namespace
 
 std::span<const CommandRow> ParameterCommands() {
@@ -158,15 +156,9 @@ std::span<const CommandRow> ParameterCommands() {
       Taken<double, std::int32_t, std::int32_t>(CommandCode::MOTF_WAIT_DISTANCE),
       Taken<double>(CommandCode::MOTF_TILE_OFFSET),
       Taken<std::int32_t, std::uint32_t, std::uint32_t>(CommandCode::PERIPHERAL_ENHCMD),
-      Taken<std::uint32_t, std::uint32_t, std::uint32_t>(CommandCode::PERIPHERAL_PORT),
       Taken<std::int32_t, std::uint32_t>(CommandCode::PERIPHERAL_DAC),
       Taken<std::int32_t, std::uint32_t, std::uint32_t, std::uint32_t>(CommandCode::PERIPHERAL_TRACE_CFG),
       Taken<std::int32_t>(CommandCode::PERIPHERAL_TRACE_LABEL),
-      Taken<std::int32_t, std::uint32_t>(CommandCode::PERIPHERAL_SPI),
-      Taken<Bytes>(CommandCode2::SERIAL_PORT_TRANSMIT),
-      Taken<Bytes>(CommandCode2::SERIAL_PORT_TRANSMIT_LINE),
-      Taken<Bytes, Bytes>(CommandCode2::SERIAL_PORT_VERIFY_RESPONSE),
-      Taken<Bytes, Bytes>(CommandCode2::SERIAL_PORT_VERIFY_RESPONSE_LINE),
   };
   return Rows;
 }

@@ -1,6 +1,7 @@
 // One run of a list: all that its commands act upon.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 
@@ -19,6 +20,7 @@ struct Run {
   Programs& Prepared;
   CallStack& Calls;
   std::optional<std::int32_t> StandaloneList;
+  std::atomic<std::uint64_t>& Executed;  // commands
 
   std::optional<std::int32_t> Font = {};  // chosen by the run; else the active one
 };

@@ -48,7 +48,7 @@ RunResult Simulate(const RunSettings& settings, const RunSurroundings& surroundi
     calls.Enter(programs.PrepareList(listId, std::move(list)));
     calls.Enter(std::make_shared<const Program>("Process variables",
                                                 StartingValues(surroundings.GetProcessVariables())));
-    Run run{clock, motion, surroundings, programs, calls, settings.StandaloneList};
+    Run run{clock, motion, surroundings, programs, calls, settings.StandaloneList, traces.Commands};
     Interpret(run);
   });
   std::optional<std::string> another = ErrorOf([&] { motion.Stop(); });

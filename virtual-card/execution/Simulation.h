@@ -1,6 +1,7 @@
 // A list's way from its commands to motion to a drawing.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -28,9 +29,10 @@ struct RunResult {
 
 // What a run leaves behind, and others may look at while it goes on.
 struct RunTraces {
-  Carets& Places;           // in the lists
-  GalvoPosition& Position;  // where it begins, too
-  Plotter& Picture;         // of which it is one run
+  Carets& Places;                        // in the lists
+  GalvoPosition& Position;               // where it begins, too
+  Plotter& Picture;                      // of which it is one run
+  std::atomic<std::uint64_t>& Commands;  // counts those that are carried out, as nobody else does meanwhile
 };
 
 // Runs the list to its end, in the calling thread. What fails, for want of memory also, is the run's error.

@@ -1,8 +1,11 @@
 #include "methods/MethodTable.h"
 
+#include <algorithm>
 #include <unordered_map>
 
 namespace VELTRO::KELVO::VirtualCard {
+
+using ClientLib::OutputPacket;
 
 namespace {
 
@@ -11,10 +14,10 @@ using Table = std::unordered_map<std::string_view, const Method*>;
 const Table& AllMethods() {
   static const Table table = [] {
     Table all;
-    for (const auto area :
-         {CardMethods(), ListMethods(), FontMethods(), LaserMethods(), ConfigurationMethods(),
-          ScannerMethods(), ProcessMethods(), MotfMethods(), RecordMethods(), FileMethods(),
-          HeadCorrectionMethods(), PowerCorrectionMethods()}) {
+    for (const auto area : {CardMethods(), ListMethods(), FontMethods(), LaserMethods(),
+                            ConfigurationMethods(), ScannerMethods(), ProcessMethods(), MotfMethods(),
+                            RecordMethods(), FileMethods(), HeadCorrectionMethods(), PowerCorrectionMethods(),
+                            PinMethods(), VariableMethods(), PeripheralMethods(), DiagnosticMethods()}) {
       for (const Method& method : area) all.emplace(method.GetName(), &method);
     }
     return all;
@@ -37,6 +40,27 @@ void Method::CheckCount(std::string_view name, std::size_t wanted, std::size_t g
 void Method::RefuseType(std::string_view name, std::size_t index) {
   throw std::runtime_error("Method " + Quoted(name) + ": argument " + std::to_string(index) +
                            " is of the wrong type.");
+}
+
+void Method::Postpone(CardClient& client, std::chrono::milliseconds timeout, OutputPacket answer,
+                      std::function<bool(OutputPacket& answer, bool isOver)> tryToPack) {
+  constexpr std::chrono::milliseconds Longest = std::chrono::hours(1);
+  const auto deadline = std::chrono::steady_clock::now() + std::min(timeout, Longest);
+  const auto kept =
+      std::make_shared<OutputPacket>(std::move(answer));  // functions are copied, packets are not
+  client.Owner.Pending.Add(&client, deadline, [&client, kept, tryToPack](bool isOver) {
+    try {
+      if (!tryToPack(*kept, isOver)) return false;
+      client.Answers.TakeAnswer(kept->Close());
+    } catch (const std::exception& error) {
+      client.Answers.GiveUp(error.what());
+    }
+    return true;
+  });
+}
+
+bool HasMethod(std::string_view name) {
+  return AllMethods().contains(name);
 }
 
 const Method& FindMethod(std::string_view name) {

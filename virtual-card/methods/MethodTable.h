@@ -5,9 +5,14 @@
 //   Method("DeleteList", [](Card& card, std::int32_t id, bool) { card.Lists.Delete(id); })
 // One that acts on what belongs to the client who asks takes that client in place of the card.
 // The number and the types of the arguments that a request brings are checked against it. What it returns is
-// the method's result; what it throws is the error that the client gets.
+// the method's result; what it throws is the error that the client gets. One that returns Later<Result> lets the client
+// wait for its answer, while other requests of the client go on.
 #pragma once
 
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -24,6 +29,16 @@ namespace VELTRO::KELVO::VirtualCard {
 
 using Arguments = std::span<const msgpack::object>;
 
+// A result that is there when Ask gives one, which it does at the latest when the time is over. It is asked again whenever
+// something has changed on the card, by any thread, and outlives the request.
+template <class T>
+struct Later {
+  using Content = T;
+
+  std::chrono::milliseconds Timeout;
+  std::function<std::optional<T>(bool isOver)> Ask;
+};
+
 class Method {
  public:
   template <std::convertible_to<std::string_view> Text, class F>
@@ -32,18 +47,27 @@ class Method {
   }
 
   std::string_view GetName() const { return name_; }
-  // Calls the method and packs its result into `answer`. Throws std::runtime_error "Method 'NAME' takes N
+  // Calls the method and packs its result into `answer`; returns false, and has taken `answer`, when the client gets it
+  // later. Throws std::runtime_error "Method 'NAME' takes N
   // arguments, M were given." or "Method 'NAME': argument K is of the wrong type." (K counts from 1), or what
   // the method throws.
-  void Call(CardClient& client, Arguments arguments, ClientLib::OutputPacket& answer) const {
-    function_(name_, client, arguments, answer);
+  bool Call(CardClient& client, Arguments arguments, ClientLib::OutputPacket& answer) const {
+    return function_(name_, client, arguments, answer);
   }
 
  private:
   template <class F, class Result, class On, class... Values>
   static constexpr void Check(std::string_view name, Result (F::*)(On&, Values...) const) {
-    ClientLib::Signature::Check(name, ClientLib::WireTypeOf<Result>,
+    ClientLib::Signature::Check(name, WireTypeOfResult<Result>(),
                                 {ClientLib::WireTypeOf<std::remove_cvref_t<Values>>...});
+  }
+  template <class Result>
+  static constexpr ClientLib::WireType WireTypeOfResult() {
+    if constexpr (requires { &Result::Ask; }) {
+      return ClientLib::WireTypeOf<typename Result::Content>;
+    } else {
+      return ClientLib::WireTypeOf<Result>;
+    }
   }
   static void CheckCount(std::string_view name, std::size_t wanted, std::size_t given);
   [[noreturn]] static void RefuseType(std::string_view name, std::size_t index);
@@ -60,8 +84,21 @@ class Method {
   static Card& Subject(CardClient& client, const Card*) { return client.Owner; }
   static CardClient& Subject(CardClient& client, const CardClient*) { return client; }
 
+  static void Postpone(CardClient& client, std::chrono::milliseconds timeout, ClientLib::OutputPacket answer,
+                       std::function<bool(ClientLib::OutputPacket& answer, bool isOver)> tryToPack);
+
+  template <class T>
+  static void Postpone(CardClient& client, Later<T> later, ClientLib::OutputPacket& answer) {
+    Postpone(client, later.Timeout, std::move(answer),
+             [ask = std::move(later.Ask)](ClientLib::OutputPacket& taken, bool isOver) {
+               const std::optional<T> result = ask(isOver);
+               if (result) msgpack::packer(taken).pack(*result);
+               return result.has_value();
+             });
+  }
+
   template <class F, class Result, class On, class... Values>
-  static void InvokeWith(std::string_view name, CardClient& client, Arguments arguments,
+  static bool InvokeWith(std::string_view name, CardClient& client, Arguments arguments,
                          ClientLib::OutputPacket& answer, Result (F::*)(On&, Values...) const) {
     CheckCount(name, sizeof...(Values), arguments.size());
     [[maybe_unused]] std::size_t index = 0;
@@ -73,23 +110,28 @@ class Method {
     if constexpr (std::is_void_v<Result>) {
       std::apply(call, taken);
       packer.pack_nil();
+    } else if constexpr (requires { &Result::Ask; }) {
+      Postpone(client, std::apply(call, taken), answer);
+      return false;
     } else {
       packer.pack(std::apply(call, taken));
     }
+    return true;
   }
 
   template <class F>
-  static void Invoke(std::string_view name, CardClient& client, Arguments arguments,
+  static bool Invoke(std::string_view name, CardClient& client, Arguments arguments,
                      ClientLib::OutputPacket& answer) {
-    InvokeWith(name, client, arguments, answer, &F::operator());
+    return InvokeWith(name, client, arguments, answer, &F::operator());
   }
 
   std::string_view name_;
-  void (*function_)(std::string_view, CardClient&, Arguments, ClientLib::OutputPacket&);
+  bool (*function_)(std::string_view, CardClient&, Arguments, ClientLib::OutputPacket&);
 };
 
 // The method of that name. Throws std::runtime_error "Unknown method 'NAME'.".
 const Method& FindMethod(std::string_view name);
+bool HasMethod(std::string_view name);
 
 // The rows of each area.
 std::span<const Method> CardMethods();
@@ -104,5 +146,9 @@ std::span<const Method> RecordMethods();
 std::span<const Method> FileMethods();
 std::span<const Method> HeadCorrectionMethods();
 std::span<const Method> PowerCorrectionMethods();
+std::span<const Method> PinMethods();
+std::span<const Method> VariableMethods();
+std::span<const Method> PeripheralMethods();
+std::span<const Method> DiagnosticMethods();
 
 }  // namespace VELTRO::KELVO::VirtualCard

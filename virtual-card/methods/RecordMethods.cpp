@@ -42,6 +42,10 @@ std::span<const Method> RecordMethods() {
     Add<&CardConfiguration::Motf>(all);
     Add<&CardConfiguration::QuadratureDecoder>(all);
     Add<&CardConfiguration::Events>(all);
+    Add<&CardConfiguration::Gpio>(all);
+    Add<&CardConfiguration::SerialPorts>(all);
+    Add<&CardConfiguration::Spi>(all);
+    Add<&CardConfiguration::AdapterBoard>(all);
     return all;
   }();
   return rows;

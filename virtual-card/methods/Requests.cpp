@@ -51,7 +51,8 @@ const char* TextOf(const std::exception& error) {
 
 }  // namespace
 
-OutputPacket Answer(CardClient& client, std::span<const unsigned char> frame, std::string* log) {
+std::optional<OutputPacket> Answer(CardClient& client, std::span<const unsigned char> frame,
+                                   std::string* log) {
   InputPacket request = InputPacket::Allocate(frame.data(), 0, static_cast<int>(frame.size()));
   if (request.GetType() != PacketType::Request) throw std::runtime_error("A frame is no request.");
   const msgpack::object_handle name = request.Unpack();
@@ -63,12 +64,15 @@ OutputPacket Answer(CardClient& client, std::span<const unsigned char> frame, st
   const std::string_view method(name->via.str.ptr, name->via.str.size);
   const Arguments arguments(array->via.array.ptr, array->via.array.size);
   if (log != nullptr) *log = Describe(method, arguments);
+  CardCounters& counters = client.Owner.Counters;
+  ++counters.Calls;
   try {
     OutputPacket answer = OutputPacket::AllocateResponse(request);
-    FindMethod(method).Call(client, arguments, answer);
+    if (!FindMethod(method).Call(client, arguments, answer)) return std::nullopt;
     answer.Close();
     return answer;
   } catch (const std::exception& error) {
+    ++counters.FailedCalls;
     if (log != nullptr) log->append(" failed: ").append(TextOf(error));
     return ErrorAnswer(request, TextOf(error));
   }

@@ -1,6 +1,7 @@
 // From a request's frame to its answer.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 
@@ -10,9 +11,10 @@
 namespace VELTRO::KELVO::VirtualCard {
 
 // Carries out the client's request in `frame`, header included, and gives its answer: the result, or the error that
-// came of it. `log`, if any, becomes a line about both. Throws std::runtime_error when the frame holds no
+// came of it; nothing when the client gets it later. `log`, if any, becomes a line about both. Throws std::runtime_error when the frame holds no
 // request.
-ClientLib::OutputPacket Answer(CardClient& client, std::span<const unsigned char> frame, std::string* log);
+std::optional<ClientLib::OutputPacket> Answer(CardClient& client, std::span<const unsigned char> frame,
+                                              std::string* log);
 
 // The answer to a request that is not carried out, of which `frame` has the header and the request id at least. Throws
 // std::runtime_error when it has not.

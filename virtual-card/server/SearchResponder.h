@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "base/Wake.h"
 #include "common/IPAddress.h"
 #include "server/Socket.h"
 

@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "base/Wake.h"
 #include "card/Card.h"
 #include "card/Notifier.h"
 #include "common/IPAddress.h"

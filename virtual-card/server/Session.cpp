@@ -67,7 +67,7 @@ void Session::Start() {
 void Session::Work() {
   if (settings_.Verbose) LogLine({peer_, " connected"});
   try {
-    CardClient client(card_, memory_.Work);
+    CardClient client(card_, memory_.Work, *this);
     while (const auto request = ReceiveRequest()) {
       Serve(client, *request);
       client.Work.Give();
@@ -86,12 +86,13 @@ void Session::Serve(CardClient& client, const Request& request) {
   const bool isRefused = !request.Refusal.empty();
   std::string log = request.Refusal;
   client.Work.Take(CostOf(request.Frame));
-  OutputPacket answer = isRefused ? Refuse(request.Frame, request.Refusal)
-                                  : Answer(client, request.Frame, settings_.Verbose ? &log : nullptr);
+  std::optional<OutputPacket> answer =
+      isRefused ? Refuse(request.Frame, request.Refusal)
+                : Answer(client, request.Frame, settings_.Verbose ? &log : nullptr);
   if (!isRefused) input_.Drop(request.Frame.size());
   inputCharge_.Resize(0);
   if (settings_.Verbose) LogLine({peer_, " ", log});
-  Send(FrameKind::Answer, answer.Close());
+  if (answer) Send(FrameKind::Answer, answer->Close());
 }
 
 std::optional<Session::Request> Session::ReceiveRequest() {
@@ -178,9 +179,9 @@ void Session::Send(FrameKind kind, std::span<const unsigned char> frame) noexcep
   if (frame.empty() || closed_) return;
   if (output_.IsEmpty()) wake_.Signal();
   if (!Keep(kind, frame)) {
-    GiveUp(" leaves more unread than there is room for: disconnected");
+    CloseFor(" leaves more unread than there is room for: disconnected");
   } else if (output_.GetNotificationBytes() > settings_.MostNotificationBytes) {
-    GiveUp(" does not read its notifications: disconnected");
+    CloseFor(" does not read its notifications: disconnected");
   }
 }
 
@@ -194,8 +195,15 @@ bool Session::Keep(FrameKind kind, std::span<const unsigned char> bytes) noexcep
   }
 }
 
-void Session::GiveUp(std::string_view reason) noexcept {
+void Session::CloseFor(std::string_view reason) noexcept {
   LogLine({peer_, reason});
+  Close();
+}
+
+void Session::GiveUp(std::string_view reason) noexcept {
+  const MutexLock lock(outputMutex_);
+  if (closed_) return;
+  LogLine({peer_, " disconnected: ", reason});
   Close();
 }
 

@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "base/MemoryBudget.h"
+#include "base/Wake.h"
 #include "base/WorkMemory.h"
 #include "card/CardClient.h"
 #include "common/Mutex.h"
@@ -40,7 +41,7 @@ struct SessionSettings {
 // Requests are read and carried out by the session's own thread, one after another. Frames are sent by
 // whoever has them, as far as the socket takes them; the server's thread sends the rest when it takes more.
 // Nobody waits for a client but its own thread.
-class Session {
+class Session : private AnswerTaker {
  public:
   // A longer body is refused. Lists come in pieces of less than 2 MiB; an object of MessagePack of one byte
   // takes 24 when it is unpacked, so this is also what bounds a hostile request.
@@ -54,7 +55,7 @@ class Session {
   Session(Descriptor socket, std::string peer, Card& card, Wake& wake, SessionMemory& memory,
           const SessionSettings& settings);
   // Ends the connection and joins the thread.
-  ~Session();
+  ~Session() override;
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
@@ -96,6 +97,8 @@ class Session {
   // Throws std::runtime_error when there are none by then.
   void WaitForBytes(std::chrono::steady_clock::time_point deadline) const;
   void Send(FrameKind kind, std::span<const unsigned char> frame) noexcept;
+  void TakeAnswer(std::span<const unsigned char> frame) noexcept override { Send(FrameKind::Answer, frame); }
+  void GiveUp(std::string_view reason) noexcept override;
   // Keeps the bytes for later; false when there is no room for them.
   bool Keep(FrameKind kind, std::span<const unsigned char> bytes) noexcept KELVO_REQUIRES(outputMutex_);
   // Sends as much as the socket takes and returns how much. A connection that has failed takes everything.
@@ -103,7 +106,7 @@ class Session {
   // A client that asks without reading the answers is not asked for more.
   void WaitForRoom();
   void Close() noexcept KELVO_REQUIRES(outputMutex_);
-  void GiveUp(std::string_view reason) noexcept KELVO_REQUIRES(outputMutex_);
+  void CloseFor(std::string_view reason) noexcept KELVO_REQUIRES(outputMutex_);
 
   const Descriptor socket_;
   const std::string peer_;

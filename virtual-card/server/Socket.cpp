@@ -3,12 +3,9 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <sys/eventfd.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -49,20 +46,6 @@ bool IsExhaustion(int error) {
 std::string Place(const IPAddress& address, int port) {
   const bool is6 = address.GetFamily() == IPAddress::Family::IPv6;
   return (is6 ? "[" + address.ToString() + "]" : address.ToString()) + ":" + std::to_string(port);
-}
-
-Wake::Wake() : event_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-  if (!event_.IsOpen()) throw std::system_error(errno, std::generic_category(), "eventfd");
-}
-
-void Wake::Signal() {
-  const std::uint64_t one = 1;
-  static_cast<void>(!write(event_.Get(), &one, sizeof one));  // fails only when it is signalled anyway
-}
-
-void Wake::Clear() {
-  std::uint64_t count = 0;
-  static_cast<void>(!read(event_.Get(), &count, sizeof count));
 }
 
 Descriptor Listen(const IPAddress& address, int port) {

@@ -10,19 +10,6 @@ namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::Descriptor;
 
-// Wakes a poll from another thread.
-class Wake {
- public:
-  // Throws std::system_error.
-  Wake();
-  int Get() const { return event_.Get(); }
-  void Signal();
-  void Clear();
-
- private:
-  Descriptor event_;
-};
-
 // A place as it is written: "127.0.0.1:49374" or "[::1]:49374".
 std::string Place(const ClientLib::IPAddress& address, int port);
 // A socket that listens; port 0 takes a free one. Throws std::runtime_error "Cannot listen on PLACE:

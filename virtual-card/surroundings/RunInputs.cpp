@@ -6,20 +6,6 @@ namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::MutexLock;
 
-void RunInputs::Set(std::int32_t port, std::uint32_t bits) {
-  {
-    const MutexLock lock(mutex_);
-    ports_[port] = bits;
-  }
-  waits_.Wake();
-}
-
-std::uint32_t RunInputs::Get(std::int32_t port) {
-  const MutexLock lock(mutex_);
-  const auto found = ports_.find(port);
-  return found == ports_.end() ? 0 : found->second;
-}
-
 void RunInputs::Start() {
   {
     const MutexLock lock(mutex_);

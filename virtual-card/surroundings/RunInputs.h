@@ -1,8 +1,5 @@
-// What comes to the card from outside while lists run: its input ports, the start input, the word to resume.
+// What comes to the card from outside while lists run, besides levels on its pins: the start input, the word to resume.
 #pragma once
-
-#include <cstdint>
-#include <map>
 
 #include "common/Mutex.h"
 #include "surroundings/AbortSignal.h"
@@ -15,9 +12,6 @@ class RunInputs {
   // `waits` is woken by every change.
   explicit RunInputs(AbortSignal& waits) : waits_(waits) {}
 
-  void Set(std::int32_t port, std::uint32_t bits);
-  std::uint32_t Get(std::int32_t port);  // 0 until it is set
-
   // Each is kept until the run takes it, so that a moment too early is not too early; but not beyond the run.
   void Start();
   void Resume();
@@ -28,7 +22,6 @@ class RunInputs {
  private:
   AbortSignal& waits_;
   ClientLib::Mutex mutex_;
-  std::map<std::int32_t, std::uint32_t> ports_ KELVO_GUARDED_BY(mutex_);
   bool start_ KELVO_GUARDED_BY(mutex_) = false;
   bool resume_ KELVO_GUARDED_BY(mutex_) = false;
 };
