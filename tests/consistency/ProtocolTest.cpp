@@ -1,13 +1,5 @@
 // docs/protocol.md, the library and the virtual card speak of the same methods, records and numbers.
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <map>
 #include <regex>
-#include <set>
-#include <sstream>
 
 #include "client/CardInfo.h"
 #include "config/LaserConfig.h"
@@ -24,6 +16,7 @@
 #include "services/EventConfig.h"
 #include "services/FileAPIVL.h"
 #include "services/OpticalParameters.h"
+#include "support/Usual.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {

@@ -1,12 +1,6 @@
 // What exported functions ask the card, and what they make of its answers.
 #pragma once
 
-#include <functional>
-#include <span>
-#include <sstream>
-#include <string>
-
-#include "support/Calls.h"
 #include "support/FakeCard.h"
 
 namespace VELTRO::KELVO::Test {

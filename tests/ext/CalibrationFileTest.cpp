@@ -1,8 +1,4 @@
 // Power calibrations in local files.
-#include <filesystem>
-#include <fstream>
-#include <tuple>
-
 #include "ext/AskedCard.h"
 #include "support/TemporaryDirectory.h"
 

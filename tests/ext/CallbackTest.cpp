@@ -1,13 +1,7 @@
 // Callbacks: what they may do, and what others may count on.
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <atomic>
 #include <barrier>
-#include <condition_variable>
 
 #include "support/FakeCard.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {

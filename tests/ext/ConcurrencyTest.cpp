@@ -1,21 +1,8 @@
 // Many threads, many connections, many descriptors, processes that fork.
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <atomic>
-#include <filesystem>
-#include <random>
-#include <set>
 
 #include "support/FakeCard.h"
-#include "support/Process.h"
 
 // A forked child lacks the other threads of its parent, and a leak check takes what they own for lost.
 static bool isForkedChild = false;

@@ -1,9 +1,4 @@
 // Settings: their defaults, their way to the card and back, what is refused, and what a card keeps.
-#include <cmath>
-#include <cstring>
-#include <map>
-#include <tuple>
-
 #include "ext/AskedCard.h"
 #include "int/CardProcess.h"
 

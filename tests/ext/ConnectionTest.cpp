@@ -1,18 +1,6 @@
 // Connections through the exported functions, against a card that misbehaves on purpose.
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <atomic>
-#include <fstream>
-#include <functional>
-
 #include "support/BlackHole.h"
 #include "support/FakeCard.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {

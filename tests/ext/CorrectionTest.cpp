@@ -1,9 +1,6 @@
 // Corrections of heads and of power: their files, and what a card does with them.
-#include <unistd.h>
-
 #include "ext/FileCard.h"
 #include "int/CardProcess.h"
-#include "support/Calls.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {

@@ -2,13 +2,9 @@
 #include <linux/capability.h>
 #include <sys/syscall.h>
 
-#include <array>
-#include <atomic>
-
 #include "int/CardProcess.h"
 #include "support/FakeCard.h"
 #include "support/NetworkLab.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {

@@ -1,6 +1,4 @@
 // The example programs as a user runs them, on a virtual card in another process: what they print and how they end.
-#include <tuple>
-
 #include "int/CardProcess.h"
 
 namespace VELTRO::KELVO::Test {

@@ -1,17 +1,7 @@
 // Local files, and cards whose files do not behave.
 #pragma once
 
-#include <atomic>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <mutex>
-#include <random>
-#include <thread>
-#include <tuple>
-
 #include "support/FakeCard.h"
-#include "support/Process.h"
 #include "support/TemporaryDirectory.h"
 
 namespace VELTRO::KELVO::Test {

@@ -1,13 +1,6 @@
 // Files through the flat functions: on a virtual card in another process, and on cards that misbehave.
-#include <unistd.h>
-
-#include <algorithm>
-#include <optional>
-#include <span>
-
 #include "ext/FileCard.h"
 #include "int/CardProcess.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {

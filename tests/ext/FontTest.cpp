@@ -1,6 +1,5 @@
 // Fonts through the flat functions, on a virtual card in another process.
 #include "int/CardProcess.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {

@@ -1,10 +1,4 @@
 // Every exported function keeps to the frame: with a handle that names nothing it returns -1 and leaves a text.
-#include <functional>
-#include <sstream>
-#include <type_traits>
-#include <vector>
-
-#include "support/Calls.h"
 #include "support/FakeCard.h"
 
 namespace VELTRO::KELVO::Test {

@@ -1,12 +1,6 @@
 // What the library makes of the network below it: cards that are busy, dead, or not yet to be reached.
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <optional>
-
 #include "int/CardProcess.h"
 #include "support/NetworkLab.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {

@@ -1,9 +1,6 @@
 // Lists and their labels: how they are numbered, filled, taken from text and released.
-#include <thread>
-
 #include "ext/UploadCard.h"
 #include "support/FailingMemory.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {

@@ -1,10 +1,6 @@
 // Lists as text, and as the bytes in which they reach a card.
 #pragma once
 
-#include <cstdio>
-#include <tuple>
-
-#include "support/Calls.h"
 #include "support/FakeCard.h"
 
 namespace VELTRO::KELVO::Test {

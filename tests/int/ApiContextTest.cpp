@@ -1,12 +1,6 @@
 // What surrounds the calls: the table of handles and the last error.
 #include "capi/APIContext.h"
 
-#include <unistd.h>
-
-#include <algorithm>
-#include <optional>
-#include <thread>
-
 #include "Helpers.h"
 #include "capi/Frame.h"
 

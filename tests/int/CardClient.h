@@ -2,17 +2,6 @@
 // file of a picture.
 #pragma once
 
-#include <sys/socket.h>
-
-#include <condition_variable>
-#include <cstdio>
-#include <fstream>
-#include <mutex>
-#include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "client/ClientAPI.h"
 #include "config/ProcessVariables.h"
 #include "config/RecordWire.h"

@@ -1,19 +1,9 @@
 // The virtual card as a child process, on a port of its own.
 #pragma once
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <csignal>
-#include <cstdio>
-#include <string>
-#include <utility>
-#include <vector>
-
+#include "support/Process.h"
 #include "support/TemporaryDirectory.h"
 
 namespace VELTRO::KELVO::Test {

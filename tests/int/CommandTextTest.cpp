@@ -1,12 +1,7 @@
 // The text form of commands and lists, there and back.
 #include <bit>
 #include <charconv>
-#include <cmath>
-#include <cstdio>
-#include <cstring>
-#include <limits>
 #include <locale>
-#include <random>
 
 #include "Helpers.h"
 #include "lists/CommandCodes.h"

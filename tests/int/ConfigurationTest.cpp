@@ -8,10 +8,7 @@
 #include "config/ScannerConfig.h"
 #include "config/SystemConfig.h"
 #include "int/CardClient.h"
-#include "int/CardProcess.h"
 #include "int/Filler.h"
-#include "int/Helpers.h"
-#include "kelvo/kelvo.h"
 #include "services/EventConfig.h"
 
 namespace VELTRO::KELVO::Test {

@@ -1,7 +1,4 @@
 // What a search's answers mean, and the addresses that serial numbers predict.
-#include <array>
-#include <tuple>
-
 #include "client/CardAddresses.h"
 #include "client/CardInfo.h"
 #include "client/Ping.h"

@@ -1,9 +1,6 @@
 // The oddities of handles of card files.
 #include "services/FileHandle.h"
 
-#include <stdexcept>
-#include <tuple>
-
 #include "Helpers.h"
 
 namespace VELTRO::KELVO::Test {

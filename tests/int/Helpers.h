@@ -1,16 +1,8 @@
 // What the tests of the inside share.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <span>
-#include <sstream>
-#include <string>
-#include <vector>
-
 #include "rpc/RpcCaller.h"
 #include "support/FakeCard.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 

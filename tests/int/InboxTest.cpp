@@ -1,8 +1,4 @@
 // Who gets which answer.
-#include <atomic>
-#include <random>
-#include <thread>
-
 #include "Helpers.h"
 #include "rpc/Inbox.h"
 

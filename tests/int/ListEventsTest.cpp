@@ -1,7 +1,4 @@
 // List notifications: values, waits, callbacks; the statistics of a run.
-#include <atomic>
-#include <thread>
-
 #include "Helpers.h"
 #include "lists/ListAPI.h"
 

@@ -1,16 +1,7 @@
 // The command log.
 #include "rpc/RpcLogger.h"
 
-#include <sys/resource.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <csignal>
-#include <filesystem>
-#include <fstream>
 #include <locale>
-#include <optional>
-#include <thread>
 
 #include "Helpers.h"
 #include "support/FailingMemory.h"

@@ -1,16 +1,11 @@
 // Optical parameters: hash code, JSON, text, bytes.
 #include "services/OpticalParameters.h"
 
-#include <algorithm>
-#include <array>
-#include <cmath>
 #include <nlohmann/json.hpp>
-#include <tuple>
 
 #include "Helpers.h"
 #include "capi/FlatRecord.h"
 #include "config/RecordWire.h"
-#include "kelvo/kelvo.h"
 #include "support/FailingMemory.h"
 
 namespace VELTRO::KELVO::Test {

@@ -1,10 +1,5 @@
 // Frames to the byte, bodies as a hostile peer might send them, the buffer they arrive in, remote errors.
 #include <pthread.h>
-#include <sys/resource.h>
-#include <unistd.h>
-
-#include <fstream>
-#include <random>
 
 #include "Helpers.h"
 #include "rpc/Body.h"

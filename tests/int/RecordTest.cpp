@@ -9,7 +9,6 @@
 #include "config/SystemConfig.h"
 #include "int/Filler.h"
 #include "int/Helpers.h"
-#include "kelvo/kelvo.h"
 #include "services/EventConfig.h"
 #include "services/OpticalParameters.h"
 

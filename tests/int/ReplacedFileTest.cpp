@@ -1,16 +1,7 @@
 // Files come under their names as a whole or not at all, wherever links lead and whatever fails.
 #include "common/ReplacedFile.h"
 
-#include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <map>
 
 #include "Helpers.h"
 #include "support/TemporaryDirectory.h"

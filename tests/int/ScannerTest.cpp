@@ -1,12 +1,8 @@
 // The formats of scan heads, the records of the scanner, and affine maps.
-#include <algorithm>
-#include <random>
-
 #include "capi/FlatRecord.h"
 #include "config/ScannerConfig.h"
 #include "config/ScannerMonitoringConfig.h"
 #include "int/Helpers.h"
-#include "kelvo/kelvo.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {

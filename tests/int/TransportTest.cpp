@@ -1,19 +1,13 @@
 // The connection from the inside: connecting, waiting, reading, ending, each with time-outs of the test's
 // own.
-#include <gtest/gtest.h>
 #include <sched.h>
-#include <unistd.h>
 
-#include <fstream>
 #include <future>
-#include <iterator>
 
 #include "Helpers.h"
 #include "client/ClientAPI.h"
 #include "rpc/RpcClient.h"
 #include "support/BlackHole.h"
-#include "support/FakeCard.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {

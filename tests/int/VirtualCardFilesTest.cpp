@@ -1,9 +1,4 @@
 // The virtual card's files as clients have them open, and what it refuses.
-#include <sys/stat.h>
-
-#include <filesystem>
-#include <thread>
-
 #include "int/CardClient.h"
 #include "services/OpticalParameters.h"
 

@@ -1,10 +1,7 @@
 // Where a run goes on the virtual card: branches, calls, switches, waits, glyphs. Progress values mark the way.
-#include <thread>
-
 #include "int/CardClient.h"
 #include "lists/ListStatus.h"
 #include "services/Font.h"
-#include "support/Process.h"
 #include "surroundings/AbortSignal.h"
 
 namespace VELTRO::KELVO::Test {

@@ -1,14 +1,8 @@
 // The virtual card when there is no memory left: its inside in this process, where allocations fail at will.
-#include <atomic>
-#include <cstdlib>
-#include <limits>
-#include <new>
-
 #include "drawing/Drawing.h"
 #include "int/CardClient.h"
 #include "server/OutputQueue.h"
 #include "server/Server.h"
-#include "support/FakeCard.h"
 
 namespace {
 

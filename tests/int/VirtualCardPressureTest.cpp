@@ -1,11 +1,6 @@
 // The virtual card under clients and readers that would bring it down, or keep others from it.
-#include <filesystem>
-#include <list>
-
 #include "int/CardClient.h"
 #include "services/Font.h"
-#include "support/FakeCard.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {

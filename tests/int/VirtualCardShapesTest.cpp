@@ -1,7 +1,5 @@
 // What the virtual card draws, and how long it takes: against points computed from the formulas.
-#include <cmath>
 #include <complex>
-#include <functional>
 #include <numbers>
 
 #include "drawing/SvgWriter.h"

@@ -1,9 +1,5 @@
 // The virtual card's state directory: what may lie in it, who may use it, and what survives.
-#include <sys/resource.h>
-#include <sys/stat.h>
-
 #include <cinttypes>
-#include <filesystem>
 
 #include "config/LaserConfig.h"
 #include "config/RecordText.h"

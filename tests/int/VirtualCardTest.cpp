@@ -5,8 +5,6 @@
 #include "int/CardClient.h"
 #include "lists/ListStatus.h"
 #include "services/Font.h"
-#include "support/FakeCard.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {

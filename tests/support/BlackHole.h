@@ -1,12 +1,10 @@
 // A place that does not answer those who connect to it.
 #pragma once
 
-#include <arpa/inet.h>
-#include <gtest/gtest.h>
 #include <netinet/in.h>
-#include <sys/socket.h>
 
 #include "common/Descriptor.h"
+#include "support/Usual.h"
 
 namespace VELTRO::KELVO::Test {
 

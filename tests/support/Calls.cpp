@@ -1,7 +1,5 @@
 #include "support/Calls.h"
 
-#include <vector>
-
 namespace VELTRO::KELVO::Test {
 
 std::string LastError() {

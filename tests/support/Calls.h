@@ -1,13 +1,8 @@
 // Calls of exported functions, so that a failing test names the call and tells what the library says to it.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <sstream>
-#include <string>
-
 #include "kelvo/kelvo.h"
+#include "support/Usual.h"
 
 namespace VELTRO::KELVO::Test {
 

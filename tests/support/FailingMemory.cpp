@@ -1,8 +1,5 @@
 #include "support/FailingMemory.h"
 
-#include <cstdlib>
-#include <new>
-
 namespace VELTRO::KELVO::Test {
 namespace {
 

@@ -1,7 +1,7 @@
 // Allocations that fail when a test says so.
 #pragma once
 
-#include <cstdint>
+#include "support/Usual.h"
 
 namespace VELTRO::KELVO::Test {
 

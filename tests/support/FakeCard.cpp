@@ -1,14 +1,8 @@
 #include "support/FakeCard.h"
 
-#include <arpa/inet.h>
-#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <stdexcept>
 
 namespace VELTRO::KELVO::Test {
 

@@ -2,17 +2,8 @@
 // nothing of the library, so that both ends cannot be wrong together.
 #pragma once
 
-#include <atomic>
-#include <cstdint>
-#include <functional>
-#include <list>
-#include <mutex>
-#include <string>
-#include <string_view>
-#include <thread>
-#include <vector>
-
 #include "rpc/MsgPack.h"
+#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 

@@ -1,22 +1,12 @@
 // Networks of a test's own: namespaces, which nobody else sees and which end with the process, however it ends.
 #pragma once
 
-#include <arpa/inet.h>
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <net/if.h>
 #include <poll.h>
 #include <sched.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <cstdio>
-#include <cstring>
-#include <sstream>
-#include <string>
-#include <utility>
 
 #include "common/Descriptor.h"
+#include "support/Usual.h"
 
 namespace VELTRO::KELVO::Test {
 

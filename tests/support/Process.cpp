@@ -1,13 +1,5 @@
 #include "support/Process.h"
 
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <thread>
-#include <vector>
-
 namespace VELTRO::KELVO::Test {
 
 namespace {

@@ -1,11 +1,6 @@
 // What the process under test holds: descriptors, threads, memory. And clocks for tests.
 #pragma once
 
-#include <chrono>
-#include <cstddef>
-#include <cstdint>
-#include <functional>
-
 #include "support/Calls.h"
 
 namespace VELTRO::KELVO::Test {

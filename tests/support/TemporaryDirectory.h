@@ -1,15 +1,9 @@
 // A directory for a test, and devices that a test may ruin.
 #pragma once
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/sysmacros.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <string>
+#include "support/Usual.h"
 
 namespace VELTRO::KELVO::Test {
 
