@@ -297,8 +297,7 @@ TEST(Append, EveryFunctionAppendsItsCommand) {
 }
 
 TEST(Append, WhatIsEmptyAppendsNothing) {
-  FakeCard card(FakeCard::Obliging());
-  const Connection connection(card.Port());
+  const FakeConnection connection;
   const std::int64_t list = vlListAllocate(connection);
   EXPECT_OK(vlListAppendLabel(list, "label"));
   EXPECT_OK(vlListAppendMarkText(list, ""));
@@ -306,16 +305,14 @@ TEST(Append, WhatIsEmptyAppendsNothing) {
 }
 
 TEST(Append, WhatCannotBeAppendedIsRefusedWithAText) {
-  FakeCard card(FakeCard::Obliging());
-  const Connection connection(card.Port());
+  const FakeConnection connection;
   const std::int64_t list = vlListAllocate(connection);
   for (const Row& row : failing) EXPECT_TRUE(FailsWith(row.name, nullptr, row.append(list), row.text));
   EXPECT_EQ(vlListCommandCount(list), 0);
 }
 
 TEST(Append, ListsOfEveryCommandComeBackFromTheCardAndFromTextAsTheyWere) {
-  const CardProcess card;
-  Connection connection(card.GetPort());
+  const CardConnection connection;
   const std::int64_t list = vlListAllocate(connection);
   for (const Row& row : rows) ASSERT_OK(row.append(list)) << row.name;
   const std::int64_t fetched = vlListAllocate(connection);

@@ -118,8 +118,7 @@ TEST(Callbacks, KeepADisconnectUntilTheyReturn) {
 }
 
 TEST(Callbacks, NeitherRunNorBeginOnceTheyAreUnregistered) {
-  FakeCard card(Notifying());
-  Connection connection(card.Port());
+  const FakeConnection connection(Notifying());
   shared.done = shared.release = false;
   std::uint32_t id = 0;
   vlListRegisterProgressCallback(connection, &BlockUntilReleased, &id);
@@ -181,7 +180,7 @@ TEST(Callbacks, ThatWaitForEachOtherAreToldSo) {
 }
 
 TEST(Notifications, OfErrorsReachTheirCallbacks) {
-  FakeCard card([](Peer& peer) {
+  const FakeConnection connection([](Peer& peer) {
     Request request;
     const msgpack::type::nil_t nil;
     if (!peer.Handshake() || !peer.Next(request)) return;
@@ -189,7 +188,6 @@ TEST(Notifications, OfErrorsReachTheirCallbacks) {
               Response(request.Id, false));
     peer.WaitForEnd();
   });
-  Connection connection(card.Port());
   shared.done = false;
   shared.found.clear();
   std::uint32_t id = 0;

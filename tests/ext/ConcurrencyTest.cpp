@@ -28,7 +28,7 @@ bool IsAnEnd(const std::string& text) {
 TEST(Threads, EachGetsItsOwnAnswer) {
   constexpr int Callers = 16;
   constexpr int Rounds = 100;
-  FakeCard card([](Peer& peer) {
+  const FakeConnection connection([](Peer& peer) {
     std::mt19937 random(1);
     if (!peer.Handshake()) return;
     for (;;) {
@@ -42,7 +42,6 @@ TEST(Threads, EachGetsItsOwnAnswer) {
       peer.Send(all);
     }
   });
-  Connection connection(card.Port());
   std::atomic<int> right{0};
   std::vector<std::thread> callers;
   for (int caller = 0; caller < Callers; ++caller) {
@@ -99,8 +98,7 @@ TEST(Resources, ElevenHundredDescriptorsAreNoneTooMany) {
   while (opened.size() < 1100) opened.push_back(open("/dev/null", O_RDONLY | O_CLOEXEC));
   ASSERT_GT(opened.back(), 1024);
   {
-    FakeCard card(FakeCard::Obliging());
-    Connection connection(card.Port());
+    const FakeConnection connection;
     bool running = true;
     EXPECT_OK(vlListIsExecutionInProgress(connection, &running));
     EXPECT_FALSE(running);
@@ -141,16 +139,14 @@ TEST(Resources, SignalsInterruptNothing) {
 }
 
 TEST(ResourcesDeathTest, TheExitOfAChildLeavesTheConnectionsToItsParent) {
-  const FakeCard card(FakeCard::Obliging());
-  const Connection connection(card.Port());
+  const FakeConnection connection;
   EXPECT_EXIT((isForkedChild = true, std::exit(0)), testing::ExitedWithCode(0), "");
   bool running = true;
   EXPECT_OK(vlListIsExecutionInProgress(connection, &running));
 }
 
 TEST(ResourcesDeathTest, AChildMayExitWhateverItsParentWasDoing) {
-  const FakeCard card(FakeCard::Obliging());
-  const Connection connection(card.Port());
+  const FakeConnection connection;
   std::atomic<bool> over{false};
   // As good as always one of them has the table of handles locked.
   std::vector<std::jthread> busy;
@@ -207,13 +203,12 @@ TEST(Waits, TellValueNothingAndFailureApart) {
 }
 
 TEST(Waits, FailAtOnceWhenTheConnectionIsLost) {
-  FakeCard card([](Peer& peer) {
+  const FakeConnection connection([](Peer& peer) {
     Request request;
     if (!peer.Handshake() || !peer.Next(request)) return;
     peer.Send(Response(request.Id, false) + Notification(0x02, 3));
     usleep(50000);
   });
-  Connection connection(card.Port());
   ASSERT_OK(vlListExecute(connection, 3));
   const Stopwatch watch;
   std::int32_t value = 0;

@@ -236,8 +236,7 @@ void ExpectKept(std::int32_t card, const F& set, auto init, auto get, auto put, 
              area##Store##What)
 
 TEST(VirtualCard, StoresAndLoadsSettings) {
-  const CardProcess process;
-  const Connection card(process.GetPort());
+  const CardConnection card;
   // Static ones, and set field by field, so that what lies between the fields is 0.
   static vlProcessVariables variables;
   static vlMotfConfig motf;
@@ -266,8 +265,7 @@ TEST(VirtualCard, StoresAndLoadsSettings) {
 }
 
 TEST(VirtualCard, HasTimeZones) {
-  const CardProcess process;
-  Connection card(process.GetPort());
+  const CardConnection card;
   std::uint32_t zones[999], count = 0;
   std::uint64_t time = 0;
   vlSystemConfig config = Defaults(vlSystemInitConfig);
@@ -303,8 +301,7 @@ void SetFpsStart(std::int32_t card, double start) {
 }
 
 TEST(VirtualCard, TakesAGroupOfSettingsAtOnceOrNotAtAll) {
-  const CardProcess process;
-  Connection card(process.GetPort());
+  const CardConnection card;
   for (const bool isKept : {false, true}) {
     EXPECT_OK(vlConfigurationBeginUpdate(card));
     SetFpsStart(card, 1.5);

@@ -76,8 +76,7 @@ TEST(Connect, FailsWithAText) {
 TEST(Connect, EndsAtOnceWhenItsHandleIsDisconnected) {
   BlackHole hole;
   std::int32_t handle = [&] {
-    FakeCard card(FakeCard::Obliging());
-    const Connection latest(card.Port());
+    const FakeConnection latest;
     return static_cast<std::int32_t>(latest);
   }();
   for (int round = 0; round < (Sanitized ? 1000 : 4000); ++round) {
@@ -160,8 +159,7 @@ TEST(Handles, AHandleThatIsNoneIsNotConnected) {
 }
 
 TEST(Calls, EndWhenTheCardDoesNotAnswer) {
-  FakeCard card(FakeCard::Answering([](const Request&) { return std::string(); }));
-  Connection connection(card.Port());
+  const FakeConnection connection(FakeCard::Answering([](const Request&) { return std::string(); }));
   std::uint32_t timeout = 0;
   EXPECT_OK(vlGetTimeout(connection, &timeout));
   EXPECT_EQ(timeout, 17000U);
@@ -175,10 +173,9 @@ TEST(Calls, EndWhenTheCardDoesNotAnswer) {
 }
 
 TEST(Calls, EndWhenTheCardStopsReading) {
-  FakeCard card([](Peer& peer) {
+  const FakeConnection connection([](Peer& peer) {
     if (peer.Handshake()) peer.WaitForEnd();
   });
-  Connection connection(card.Port());
   const std::int64_t list = vlListAllocate(connection);
   for (int i = 0; i < 400000; ++i) vlListAppendMarkAbs2D(list, i, i);
   vlSetTimeout(connection, 200);
@@ -299,13 +296,12 @@ TEST(Calls, RefuseAnswersOfAnotherKindAndGoOn) {
 }
 
 TEST(Calls, AHeaderThatClaimsMuchCostsNothing) {
-  FakeCard card([](Peer& peer) {
+  const FakeConnection connection([](Peer& peer) {
     Request request;
     if (!peer.Handshake() || !peer.Next(request)) return;
     peer.Send(std::string("\x94\x01\xF0\xFF\xFF\x7F", 6) + std::string(1000, 'x'));
     peer.WaitForEnd();
   });
-  Connection connection(card.Port());
   vlSetTimeout(connection, 300);
   const std::size_t before = ResidentBytes();
   EXPECT_EQ(vlListExecute(connection, 1), -1);
@@ -369,7 +365,7 @@ TEST(Calls, LargeAnswersAreNotManyTimesLargerInMemory) {
 TEST(Calls, LeaveAtOnceWhileAnEarlierOneIsUnanswered) {
   // The first call is answered only after the second has come: with small frames held back until the first is
   // acknowledged, that takes 40 ms and more.
-  FakeCard card([](Peer& peer) {
+  const FakeConnection connection([](Peer& peer) {
     if (!peer.Handshake()) return;
     Request first;
     Request second;
@@ -378,7 +374,6 @@ TEST(Calls, LeaveAtOnceWhileAnEarlierOneIsUnanswered) {
       peer.Send(Response(first.Id, false));
     }
   });
-  Connection connection(card.Port());
   bool ignored = false;
   constexpr int Rounds = 20;
   const Stopwatch watch;

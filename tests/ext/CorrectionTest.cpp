@@ -91,8 +91,7 @@ TEST(HeadCorrections, AreKeptByTheVirtualCard) {
   bool exists = false;
   for (const bool isStartedAnew : {false, true}) {
     SCOPED_TRACE(isStartedAnew);
-    const CardProcess card({"--state", folder / "state"});
-    const Connection c(card.GetPort());
+    const CardConnection c({"--state", folder / "state"});
     EXPECT_EQ(Told(vlHeadCorrectionGetSelectedCorrection(c, 1, &slot), slot), isStartedAnew ? "0 3" : "0 -1");
     EXPECT_OK(vlHeadCorrectionSet(c, 1, 3, json.c_str()));
     EXPECT_OK(vlHeadCorrectionSet(c, 0, 7, other.c_str()));
@@ -132,8 +131,7 @@ TEST(PowerCorrections, AreKeptByTheVirtualCard) {
   bool exists = false;
   for (const bool isStartedAnew : {false, true}) {
     SCOPED_TRACE(isStartedAnew);
-    const CardProcess card({"--state", folder / "state"});
-    const Connection c(card.GetPort());
+    const CardConnection c({"--state", folder / "state"});
     EXPECT_EQ(Outcome(vlPowerCorrectionGet(c, again.c_str())),
               isStartedAnew ? "0" : "No power correction exists on the card.");
     EXPECT_OK(vlPowerCorrectionCreate(c, &p));

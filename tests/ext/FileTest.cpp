@@ -8,8 +8,7 @@ namespace {
 namespace fs = std::filesystem;
 
 TEST(Files, ComeBackAsTheyWereSent) {
-  const CardProcess card;
-  const Connection c(card.GetPort());
+  const CardConnection c;
   const Folder folder;
   const std::string sent = folder / "sent", back = folder / "back";
   struct Progress {
@@ -36,8 +35,7 @@ TEST(Files, ComeBackAsTheyWereSent) {
 }
 
 TEST(Files, AreListedFoundAndDeleted) {
-  const CardProcess card;
-  const Connection c(card.GetPort());
+  const CardConnection c;
   const Folder folder;
   const std::string small = folder / "small", none = folder / "new";
   constexpr auto Jobs = vlDirectorySelector_JOBFILES;

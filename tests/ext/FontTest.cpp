@@ -37,8 +37,7 @@ TEST(Fonts, AreBuiltOfCopiesOfLists) {
 }
 
 TEST(Fonts, AreLoadedStoredAndDeletedByTheCard) {
-  const CardProcess card;
-  const Connection c(card.GetPort());
+  const CardConnection c;
   const std::int64_t font = vlFontAllocate(c, 3);
   const char* const notLoaded = "There is no font 3 on the card.";
   EXPECT_EQ(Outcome(vlFontGet(c, 3)), notLoaded);
@@ -55,8 +54,7 @@ TEST(Fonts, AreLoadedStoredAndDeletedByTheCard) {
 }
 
 TEST(Fonts, MayBeReleasedWhileOthersAddCharacters) {
-  const CardProcess card;
-  const Connection c(card.GetPort());
+  const CardConnection c;
   const std::int64_t list = vlListAllocate(c);
   for (int round = 0; round < 50; ++round) {
     const std::int64_t font = vlFontAllocate(c, 1);

@@ -126,23 +126,20 @@ TEST(Frame, RefusesHandlesThatNameNothing) {
 }
 
 TEST(Frame, RefusesListsThatDoNotExist) {
-  FakeCard card(FakeCard::Obliging());
-  Connection connection(card.Port());
+  const FakeConnection connection;
   ExpectRefusals(onLists, connection, "List does not exist.");
   EXPECT_OK(vlListReleaseHandle(ListOf(connection))) << "it is gone already";
 }
 
 TEST(Frame, RefusesFontsThatDoNotExist) {
-  FakeCard card(FakeCard::Obliging());
-  Connection connection(card.Port());
+  const FakeConnection connection;
   ASSERT_EQ(vlListAllocate(connection) & 0xFFFFFFFF, 1);  // a list is no font
   ExpectRefusals(onFonts, connection, "Font does not exist.");
   EXPECT_FAILS(vlFontSet(connection, ListOf(connection)), "Font does not exist.");
 }
 
 TEST(Frame, ASuccessErasesTheErrorBefore) {
-  FakeCard card(FakeCard::Obliging());
-  Connection connection(card.Port());
+  const FakeConnection connection;
   EXPECT_EQ(vlListAllocate(-1), -1);
   EXPECT_EQ(vlGetLastErrorLen(), 15 + 2);
   EXPECT_EQ(vlListAllocate(connection) & 0xFFFFFFFF, 1);

@@ -6,8 +6,7 @@ namespace VELTRO::KELVO::Test {
 namespace {
 
 TEST(Lists, AreNumberedAndNeverNumberedAgain) {
-  FakeCard card(FakeCard::Obliging());
-  Connection connection(card.Port());
+  const FakeConnection connection;
   const std::int64_t first = vlListAllocate(connection);
   EXPECT_EQ(first >> 32, connection);
   EXPECT_OK(vlListReleaseHandle(first));
@@ -19,8 +18,7 @@ TEST(Lists, AreNumberedAndNeverNumberedAgain) {
 }
 
 TEST(Lists, MayBeReleasedWhileOthersAppend) {
-  FakeCard card(FakeCard::Obliging());
-  Connection connection(card.Port());
+  const FakeConnection connection;
   for (int round = 0; round < 50; ++round) {
     const std::int64_t list = vlListAllocate(connection);
     std::vector<std::thread> threads;
@@ -50,8 +48,7 @@ TEST(Lists, AreForgottenByWhoeverUsedThemLast) {
 }
 
 TEST(Lists, KeepTheirLoops) {
-  FakeCard card(FakeCard::Obliging());
-  Connection connection(card.Port());
+  const FakeConnection connection;
   const std::int64_t list = vlListAllocate(connection);
   EXPECT_FAILS(vlListAppendLoopBreak(list), "No loop opened!");
   EXPECT_OK(vlListAppendLoopStart(list, 3));
@@ -66,8 +63,7 @@ TEST(Lists, KeepTheirLoops) {
 
 TEST(Lists, AreAppendedToByManyThreads) {
   constexpr std::uint32_t Marks = 20000;
-  FakeCard card(FakeCard::Obliging());
-  Connection connection(card.Port());
+  const FakeConnection connection;
   std::vector<std::int64_t> own(16);
   for (std::int64_t& list : own) list = vlListAllocate(connection);
   const std::int64_t common = vlListAllocate(connection);
@@ -124,8 +120,7 @@ TEST(Labels, DoNotComeAlongWhenAListIsAppended) {
 }
 
 TEST(Lists, AreNotMadeFromTextThatIsNone) {
-  FakeCard card(FakeCard::Obliging());
-  const Connection connection(card.Port());
+  const FakeConnection connection;
   const std::int64_t first = vlListAllocateFromString(connection, "[{LOF}]");
   for (const char* text : {"", "[ { MA, P2D[ X=1 ] } ]", "[ { MA, P2D[ X=1 Y=2 ] } x ]"}) {
     EXPECT_FAILS(vlListAllocateFromString(connection, text), "Illegal list content!");

@@ -126,6 +126,15 @@ class Client : public ClientAPI {
   Events events_;
 };
 
+struct OwnCard {
+  CardProcess Card;
+};
+// A client of a card of its own.
+struct LoneClient : OwnCard, Client {
+  explicit LoneClient(std::vector<std::string> arguments = {})
+      : OwnCard{CardProcess(std::move(arguments))}, Client(Card) {}
+};
+
 // A connection that sends and takes mere bytes.
 inline int Connect(int port) {
   sockaddr_storage address{};

@@ -91,4 +91,15 @@ class CardProcess {
   std::string firstLine_, warnings_;
 };
 
+// A connection to a virtual card of its own.
+class CardConnection {
+ public:
+  explicit CardConnection(std::vector<std::string> arguments = {}) : card_(std::move(arguments)) {}
+  operator std::int32_t() const { return connection_; }
+
+ private:
+  const CardProcess card_;
+  const Connection connection_{card_.GetPort()};
+};
+
 }  // namespace VELTRO::KELVO::Test

@@ -63,8 +63,7 @@ TEST(VirtualCardConfiguration, IsTheSameAfterARestart) {
 }
 
 TEST(VirtualCardConfiguration, TakesOrDropsAGroupOfSettingsAsAWhole) {
-  const CardProcess process;
-  const Connection card(process.GetPort());
+  const CardConnection card;
   const auto before = PassAll(Way::Fetch, card);
   for (const bool keep : {false, true}) {
     EXPECT_OK(vlConfigurationBeginUpdate(card));

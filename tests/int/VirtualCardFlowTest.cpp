@@ -71,8 +71,7 @@ TEST(VirtualCardFlow, GoesWhereItsCommandsLead) {
       // A signal that is set, and time-outs, which take no real time.
       {"SIS @ WFS @ -1 WFS @ -1 SIR @ WFS @ 2000000000 WS 2000000000 PI 1", "1 done"},
   };
-  const CardProcess card({"--speed", "max", "--input", "3=0x12", "--standalone-list", "8"});
-  Client client(card);
+  LoneClient client({"--speed", "max", "--input", "3=0x12", "--standalone-list", "8"});
   SetCalledLists(client);
   for (const auto& [list, way] : cases) EXPECT_EQ(Way(client, list), way) << list;
   // What is set outlives its run, but not the reset that Way begins with.
@@ -83,8 +82,7 @@ TEST(VirtualCardFlow, GoesWhereItsCommandsLead) {
 
 TEST(VirtualCardFlow, IsAbortedAtOnceInEveryEndlessListAndWait) {
   for (const char* speed : {"1", "max"}) {
-    const CardProcess card({"--speed", speed});
-    Client client(card);
+    LoneClient client({"--speed", speed});
     SetCalledLists(client);
     for (const Text endless : {"BR 0", "NO BR -1", "BRL 13", "LOS 2147483647 1 CL 8 CL 9 LOE 1", "WS -1",
                                "SUS", "WI U32:1 1 true true U32:1 -1", "WFS U32:1 -1"}) {
@@ -124,8 +122,7 @@ TEST(VirtualCardFlow, ObeysStandardInput) {
 }
 
 TEST(VirtualCardFlow, EndsAtItsExecutionLimit) {
-  const CardProcess card({"--speed", "max"});
-  Client client(card);
+  LoneClient client({"--speed", "max"});
   client.Call("SetExecutionLimit", 5);
   EXPECT_EQ(client.Refusal("SetExecutionLimit", -1), "The execution limit must not be negative.");
   EXPECT_EQ(client.Call<int>("GetExecutionLimit"), 5);
@@ -161,8 +158,7 @@ TEST(VirtualCardFlow, TakesListsAsTheyAreWhenCalledAndTellsWhereItIs) {
 }
 
 TEST(VirtualCardFlow, MarksCharactersTimesAndCounters) {
-  const CardProcess card({"--speed", "max"});
-  Client client(card);
+  LoneClient client({"--speed", "max"});
   Font font(3);
   for (const char character : Text("0123456789:-")) {
     font.CharContainer[static_cast<std::uint16_t>(character)] = List("PI " + std::to_string(character));

@@ -101,8 +101,7 @@ TEST(VirtualCardShapes, LieOnTheirCurvesFromEndToEnd) {
   };
   constexpr int Samples = 4000;
   const PictureFile picture;
-  const CardProcess card({"--speed", "max", "--svg", picture.Name(), "--beam", "0.1"});
-  Client client(card);
+  LoneClient client({"--speed", "max", "--svg", picture.Name(), "--beam", "0.1"});
   for (const auto& [commands, formula, way] : shapes) {
     std::vector<InPlane> curve, drawn;
     double length = 0;
@@ -163,8 +162,7 @@ TEST(VirtualCardShapes, AreDrawnInTheTimeThatTheyTake) {
       {"MFSTP 1,0 MFSTP3 1,0,5", 100 + 500, 2, "", " "},
   };
   const PictureFile picture;
-  const CardProcess card({"--speed", "max", "--svg", picture.Name()});
-  Client client(card);
+  LoneClient client({"--speed", "max", "--svg", picture.Name()});
   for (const auto& [list, microseconds, macroVectors, strokes, dots] : cases) {
     SCOPED_TRACE(list);
     client.Run("J3A 0,0,0");
@@ -209,8 +207,7 @@ TEST(VirtualCardShapes, AreRefusedWhenTheyMakeNoSense) {
       {"0 (JLL): The length must be finite and not negative.", "JLL -1.0"},
       {"0 (DLP): The length of a dash must be finite and not negative.", "DLP F64[-1;2]"},
   };
-  const CardProcess card({"--speed", "max"});
-  Client client(card);
+  LoneClient client({"--speed", "max"});
   for (const auto& [error, list] : cases) {
     client.Run("JA 0,0");
     EXPECT_EQ(client.Run(list), (Events{Text("error List 7, command ") + error, "idle 7"}));
@@ -231,8 +228,7 @@ TEST(VirtualCardPicture, KeepsTheFirstOfTooMany) {
 }
 
 TEST(VirtualCardShapes, AreAbortedInTheMiddle) {
-  const CardProcess card({"--speed", "max", "--beam", "1e-9"});
-  Client client(card);
+  LoneClient client({"--speed", "max", "--beam", "1e-9"});
   client.Run("PI 1 ARCA 1e6,0 6e5", "progress");
   const Stopwatch watch;
   client.Lists.AbortExecution();

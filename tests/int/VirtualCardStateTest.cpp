@@ -192,8 +192,7 @@ TEST(StoredLists, OutliveTheCardAndSoDoFonts) {
 
 TEST(StoredLists, AreOnTheDiskUntilTheyAreDeletedThere) {
   Stored stored;
-  const CardProcess card({"--state", stored.State.Path});
-  Client c(card);
+  LoneClient c({"--state", stored.State.Path});
   for (const int id : {7, 24}) c.Lists.Set(id, stored.Small, false, -1), c.Call("StoreList", id);
   c.Call("DeleteList", 7, false);
   c.Call("DeleteList", 24, true);
@@ -254,8 +253,7 @@ TEST(StoredLists, AreNotTakenWhenTheyAreDamagedAndCanBeStoredAnew) {
 TEST(VirtualCardState, TakesNothingThatItCouldNotKeep) {
   constexpr std::size_t MiB = 1 << 20;
   const TemporaryDirectory state;
-  const CardProcess card({"--state", state.Path});
-  Client c(card);
+  LoneClient c({"--state", state.Path});
   const std::vector<std::uint32_t> words(65537);
   EventConfig events;
   for (int i = 0; i < 400000; ++i) events.EventSettings[1].Exclusions.insert(i);
@@ -276,8 +274,7 @@ TEST(VirtualCardState, TakesNothingThatItCouldNotKeep) {
 }
 
 TEST(VirtualCardState, HasRoomForSoManyVariablesOnly) {
-  const CardProcess card({"--speed", "max"});
-  Client c(card);
+  LoneClient c({"--speed", "max"});
   CommandList variables;
   for (std::uint32_t i = 0; i < 65536; ++i) variables.Append(static_cast<std::int32_t>(*CodeOf("IVS")), i, 1);
   c.Lists.Set(1, variables, false, -1);
@@ -292,8 +289,7 @@ TEST(VirtualCardState, HasRoomForSoManyListsOnly) {
   const Text first = state.Path + "/List-1";
   std::ofstream{first};
   fs::resize_file(first, 256 << 20);  // damaged, and it takes all the room there is
-  const CardProcess card({"--state", state.Path});
-  Client c(card);
+  LoneClient c({"--state", state.Path});
   CommandList list = List("NO");
   for (const int id : {1, 2}) c.Lists.Set(id, list, false, -1);
   EXPECT_EQ(c.Refusal("StoreList", 2), "Cannot write 'List-2': Disk quota exceeded.");

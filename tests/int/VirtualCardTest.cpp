@@ -44,8 +44,7 @@ TEST(VirtualCardRun, TakesTheTimeThatItsCommandsTake) {
        "PEC 1 U32:1 U32:1 PPT U32:1 U32:1 U32:1 PDA 1 U32:1 PTC 1 U32:1 U32:1 U32:1 PTL 1 PSP 1 U32:1 "
        "STX Byte[1] STXL Byte[1] SVR Byte[1] Byte[2] SVRL Byte[1] Byte[2] NO"},
   };
-  const CardProcess card({"--speed", "max"});
-  Client client(card);
+  LoneClient client({"--speed", "max"});
   for (const auto& [name, microseconds, macroVectors, microVectors, list] : cases) {
     SCOPED_TRACE(name);
     client.Run("J3A 0,0,0");  // the galvos stay where a run leaves them
@@ -110,8 +109,7 @@ TEST(VirtualCardRun, EndsWithAnErrorThatNamesTheCommand) {
       {"0 (LOE): No loop is open here.", "LOE 1"},
       {"1 (LOE): It ends loop depth 2, but depth 1 is open here.", "LOS 1 1 LOE 2"},
   };
-  const CardProcess card({"--speed", "max"});
-  Client client(card);
+  LoneClient client({"--speed", "max"});
   for (const auto& [error, list] : cases) {
     client.Run("JA 0,0");
     EXPECT_EQ(client.Run(list), (Events{Text("error List 7, command ") + error, "idle 7"}));
@@ -119,8 +117,7 @@ TEST(VirtualCardRun, EndsWithAnErrorThatNamesTheCommand) {
 }
 
 TEST(VirtualCardLists, ComeBackAsTheyWereSent) {
-  const CardProcess card;
-  Client client(card);
+  LoneClient client;
   ListAPI& lists = client.Lists;
   CommandList list;
   for (int i = 0; i < 100000; ++i) list.AppendMarkAbs(Point2D{{i * 0.1, -i * 0.3}});
@@ -141,8 +138,7 @@ TEST(VirtualCardLists, ComeBackAsTheyWereSent) {
 }
 
 TEST(VirtualCardCalls, AreRefusedWithWordsThatHelp) {
-  const CardProcess card;
-  Client c(card);
+  LoneClient c;
   ClientLib::SystemConfig zone;
   zone.TimeZone = "Mars";
   const std::pair<Text, const char*> cases[] = {
@@ -176,8 +172,7 @@ TEST(VirtualCardCalls, AreRefusedWithWordsThatHelp) {
 TEST(VirtualCardCalls, AreAnsweredForWhatTheCardDoesNotHave) {
   const TemporaryDirectory state;
   std::ofstream(state.Path + "/LaserConfig") << "damaged";
-  const CardProcess card({"--speed", "max", "--state", state.Path});
-  Client c(card);
+  LoneClient c({"--speed", "max", "--state", state.Path});
   const auto get = [&](const char* method, const auto&... arguments) {
     return c.Call<double>(method, arguments...);
   };
@@ -321,8 +316,7 @@ TEST(VirtualCardConnections, OutliveARequestThatIsTooLong) {
 }
 
 TEST(VirtualCardErrors, AreToldOnceToWhoeverCalls) {
-  const CardProcess card({"--speed", "max"});
-  const Connection connection(card.GetPort());
+  const CardConnection connection({"--speed", "max"});
   static std::mutex mutex;
   static std::condition_variable told;
   static Text message;
@@ -353,8 +347,7 @@ TEST(VirtualCardErrors, AreToldOnceToWhoeverCalls) {
 TEST(VirtualCardPicture, ShowsWhatTheLaserMarked) {
   const PictureFile picture;
   std::filesystem::create_symlink("target", picture.Name());
-  const CardProcess card({"--speed", "max", "--svg", picture.Name(), "--beam", "0.2"});
-  Client client(card);
+  LoneClient client({"--speed", "max", "--svg", picture.Name(), "--beam", "0.2"});
   client.Run(
       "JA -10,5 MA 30,5 PI 50 MR 0.1,0.2 MR 0.2,0.1 JA 0,0 LON SL 10.0 LOF JA 10,20 LON "
       "JA 20,20 MA 20,-2.5e-7 LOF");

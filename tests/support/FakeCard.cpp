@@ -148,6 +148,15 @@ FakeCard::Script FakeCard::Answering(std::function<std::string(const Request&)> 
   };
 }
 
+FakeCard::Script FakeCard::Then(std::function<void(Peer&, const Request&)> act) {
+  return [act = std::move(act)](Peer& peer) {
+    Request request;
+    if (!peer.Handshake() || !peer.Next(request)) return;
+    act(peer, request);
+    peer.WaitForEnd();
+  };
+}
+
 FakeCard::Script FakeCard::Obliging() {
   return Answering([](const Request& request) { return Response(request.Id, false); });
 }

@@ -83,6 +83,8 @@ class FakeCard {
   static Script Answering(std::function<std::string(const Request&)> answer);
   // The same, each with false.
   static Script Obliging();
+  // After the handshake and the first request does this, and waits until the client closes.
+  static Script Then(std::function<void(Peer&, const Request&)> act);
 
  private:
   void Accept();
@@ -96,6 +98,17 @@ class FakeCard {
   std::list<Peer> peers_;
   std::vector<std::thread> threads_;
   std::thread acceptor_;
+};
+
+// A connection to a fake card of its own.
+class FakeConnection {
+ public:
+  explicit FakeConnection(FakeCard::Script script = FakeCard::Obliging()) : card_(std::move(script)) {}
+  operator std::int32_t() const { return connection_; }
+
+ private:
+  FakeCard card_;
+  const Connection connection_{card_.Port()};
 };
 
 }  // namespace VELTRO::KELVO::Test
