@@ -2,20 +2,13 @@
 #include <regex>
 
 #include "client/CardInfo.h"
-#include "config/LaserConfig.h"
-#include "config/MotfConfig.h"
-#include "config/ProcessVariables.h"
-#include "config/QuadratureDecoderConfig.h"
-#include "config/ScannerConfig.h"
-#include "config/SystemConfig.h"
+#include "int/Filler.h"
 #include "kelvo/KelvoClientAPI.h"
 #include "lists/Command.h"
 #include "methods/MethodTable.h"
 #include "rpc/Body.h"
 #include "rpc/Packet.h"
-#include "services/EventConfig.h"
 #include "services/FileAPIVL.h"
-#include "services/OpticalParameters.h"
 #include "support/Usual.h"
 
 namespace VELTRO::KELVO::Test {

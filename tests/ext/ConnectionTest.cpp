@@ -67,7 +67,7 @@ TEST(Connect, FailsWithAText) {
     const Stopwatch watch;
     EXPECT_EQ(vlConnect(host, port), -1);
     const std::string error = LastError();
-    EXPECT_NE(error.find(text), std::string::npos) << error << " instead of " << text;
+    EXPECT_THAT(error, HasSubstr(text)) << error << " instead of " << text;
     EXPECT_EQ(LastError(), "") << "reading it clears it";
     EXPECT_LT(watch.Milliseconds(), Prompt) << text;
   }
@@ -146,6 +146,14 @@ TEST(Handles, RiseAndAreNotUsedAgain) {
   EXPECT_OK(vlDisconnect(second));
   EXPECT_OK(vlDisconnect(third));
   EXPECT_FAILS(vlDisconnect(second), "There is no connection corresponding to this handle.");
+}
+
+TEST(LastErrors, AreErasedByASuccess) {
+  const FakeConnection connection;
+  EXPECT_EQ(vlListAllocate(-1), -1);
+  EXPECT_EQ(vlGetLastErrorLen(), 15 + 2);
+  EXPECT_EQ(vlListAllocate(connection) & 0xFFFFFFFF, 1);
+  EXPECT_EQ(vlGetLastErrorLen(), 2);
 }
 
 TEST(Handles, AHandleThatIsNoneIsNotConnected) {
@@ -287,7 +295,7 @@ TEST(Calls, RefuseAnswersOfAnotherKindAndGoOn) {
     bytes = one.bytes;
     std::int32_t status = 77;
     EXPECT_EQ(vlListGetListStatus(connection, 1, &status), -1);
-    EXPECT_NE(LastError().find(one.text), std::string::npos) << one.text;
+    EXPECT_THAT(LastError(), HasSubstr(one.text)) << one.text;
     EXPECT_EQ(status, 77);
     bool running = true;
     EXPECT_OK(vlListIsExecutionInProgress(connection, &running));
@@ -398,7 +406,7 @@ TEST(Log, HoldsTheVersionsThenTheCalls) {
   vlListIsExecutionInProgress(connection, &running);
   EXPECT_EQ(vlListExecute(connection, 42), -1);
   const std::string dashes(36, '-');
-  EXPECT_TRUE(LastError().starts_with("BeginException" + dashes + "\nNo such\\0list\nforged\nInner"));
+  EXPECT_THAT(LastError(), StartsWith("BeginException" + dashes + "\nNo such\\0list\nforged\nInner"));
   ASSERT_OK(vlDisableCommandLogging(connection));
   vlListExecute(connection, 43);
 

@@ -144,11 +144,9 @@ TEST_F(Discovery, CardsAnswerForThemselvesOnly) {
       ask(search + "st: " + Target + "\r\n\r\n");
       const std::string place = family == AF_INET ? "192.168.77.11" : "[fe80::11]";
       const std::string answer = socket.Receive(5000);
-      EXPECT_TRUE(answer.starts_with("HTTP/1.1 200 OK\r\n")) << answer;
-      EXPECT_NE(answer.find("\r\nLOCATION: http://" + place + ":49374/\r\n"), std::string::npos) << answer;
-      EXPECT_NE(answer.find("\r\nUSN: uuid:kelvo-virtual-card-7::" + std::string(Target) + "\r\n"),
-                std::string::npos)
-          << answer;
+      EXPECT_THAT(answer, StartsWith("HTTP/1.1 200 OK\r\n"));
+      EXPECT_THAT(answer, HasSubstr("\r\nLOCATION: http://" + place + ":49374/\r\n"));
+      EXPECT_THAT(answer, HasSubstr("\r\nUSN: uuid:kelvo-virtual-card-7::" + std::string(Target) + "\r\n"));
       EXPECT_EQ(socket.Receive(50), "") << "one answer, to one of them";
     }
   }
@@ -304,7 +302,7 @@ TEST_F(Discovery, CardsTellTheAddressThatIsNearestToTheSearcher) {
   socket.Peer = GroupSocket::Group(AF_INET, 1909);
   socket.Send("M-SEARCH * HTTP/1.1\r\nMAN:\"ssdp:discover\"\r\nST: " + std::string(Target) + "\r\n\r\n");
   const std::string answer = socket.Receive(5000);
-  EXPECT_NE(answer.find("\r\nLOCATION: http://192.168.77.11:"), std::string::npos) << answer;
+  EXPECT_THAT(answer, HasSubstr("\r\nLOCATION: http://192.168.77.11:"));
 }
 
 TEST_F(Discovery, PingsTheAddressesThatSerialNumbersPredict) {

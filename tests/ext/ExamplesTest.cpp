@@ -18,7 +18,7 @@ std::pair<int, std::string> RunExample(const std::string& command) {
 void ExpectExample(const std::string& command, int code, const std::string& text) {
   const auto [exitCode, output] = RunExample(command);
   EXPECT_EQ(exitCode, code) << command << "\n" << output;
-  EXPECT_NE(output.find(text), std::string::npos) << command << "\n" << output;
+  EXPECT_THAT(output, HasSubstr(text)) << command << "\n" << output;
 }
 
 TEST(Examples, SayWhatTheyDidOrWhyNot) {

@@ -77,7 +77,7 @@ TEST_F(Link, AnAddressThatIsNotReadyIsWaitedFor) {
     const Inside inside((isFree ? unplugged : doubled).Space());
     const auto [code, output] = Shell(std::string("ip addr add ") + (isFree ? "fe80::2" : "fe80::1") +
                                       "/64 dev eth0 && ip addr show dev eth0");
-    ASSERT_NE(output.find("tentative"), std::string::npos) << output;
+    ASSERT_THAT(output, HasSubstr("tentative"));
     const Stopwatch watch;
     std::uint32_t count = 77;
     EXPECT_EQ(vlDiscover(nullptr, 0, &count), isFree ? 0 : -1);

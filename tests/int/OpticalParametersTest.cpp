@@ -1,11 +1,11 @@
 // Optical parameters: hash code, JSON, text, bytes.
-#include "services/OpticalParameters.h"
 
 #include <nlohmann/json.hpp>
 
 #include "Helpers.h"
 #include "capi/FlatRecord.h"
 #include "config/RecordWire.h"
+#include "int/Filler.h"
 #include "support/FailingMemory.h"
 
 namespace VELTRO::KELVO::Test {
@@ -159,7 +159,7 @@ TEST(OpticalParameters, AreTextAndJsonInTheOrderOfTheirFields) {
 
 TEST(OpticalParameters, TravelInTheOrderOfTheirFields) {
   const std::string bytes = Packed(Distinct()), hex = Hex(bytes);
-  EXPECT_TRUE(hex.starts_with("DC 00 1C 07 01 02 0A 04 05 06 07 CB 40 21 00 00 00 00 00 00 CB ")) << hex;
+  EXPECT_THAT(hex, StartsWith("DC 00 1C 07 01 02 0A 04 05 06 07 CB 40 21 00 00 00 00 00 00 CB "));
   const auto unpacked = msgpack::unpack(bytes.data(), bytes.size());
   std::ostringstream values;
   values << unpacked.get();

@@ -201,8 +201,8 @@ TEST(Client, WithoutACallbackDropsNotificationsAndLogsSo) {
   client.Stop();
   std::ifstream file(configuration.LogFile);
   const std::string log{std::istreambuf_iterator<char>(file), {}};
-  EXPECT_NE(log.find("\tReceived notification but no callback registered.\n"), std::string::npos) << log;
-  EXPECT_NE(log.find("\tReceived invalid notification message!\n"), std::string::npos);
+  EXPECT_THAT(log, HasSubstr("\tReceived notification but no callback registered.\n"));
+  EXPECT_THAT(log, HasSubstr("\tReceived invalid notification message!\n"));
 }
 
 TEST(Transport, KeepsALateAnswerForWhoeverAsks) {

@@ -155,8 +155,7 @@ TEST(VirtualCardFolders, AreNoLinks) {
   const OddState odd;
   fs::create_directory_symlink(odd.Outside.Path, odd.State.Path + "/files/BINFILES");
   CardProcess refused({"--state", odd.State.Path});
-  EXPECT_TRUE(refused.GetFirstLine().starts_with("Cannot use '" + odd.State.Path + "/files/BINFILES': "))
-      << refused.GetFirstLine();
+  EXPECT_THAT(refused.GetFirstLine(), StartsWith("Cannot use '" + odd.State.Path + "/files/BINFILES': "));
   EXPECT_EQ(refused.End(0), 1);
 }
 

@@ -114,7 +114,7 @@ TEST(VirtualCardFlow, ObeysStandardInput) {
   }
   for (const Text line : {"input 4", "input 4 -1", "start now", "signal", "fly"}) {
     card.Say(line);
-    EXPECT_NE(card.ReadLine().find("not '" + line + "'."), Text::npos);
+    EXPECT_THAT(card.ReadLine(), HasSubstr("not '" + line + "'."));
   }
   card.EndInput();
   client.Lists.AbortExecution();

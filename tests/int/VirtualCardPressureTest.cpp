@@ -202,7 +202,7 @@ TEST(VirtualCardPressure, ConnectionsBeyondTheLimitAreClosed) {
   for (int i = 0; i < 5; ++i) peers.emplace_back(Connect(card));
   Peer refused(Connect(card));
   EXPECT_FALSE(refused.Fill(1));
-  EXPECT_TRUE(card.ReadLine().ends_with(" refused: all connections are taken\n"));
+  EXPECT_THAT(card.ReadLine(), EndsWith(" refused: all connections are taken\n"));
   const Text call = FrameOf(0x00, 1, "IsUpdateActive", std::vector<int>());
   for (Peer& peer : peers) EXPECT_TRUE(peer.Send(call) && peer.Fill(Response(1, false).size()));
   peers.pop_back();

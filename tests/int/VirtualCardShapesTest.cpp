@@ -224,7 +224,7 @@ TEST(VirtualCardPicture, KeepsTheFirstOfTooMany) {
   drawing.AddDot({});
   EXPECT_TRUE(drawing.GetDots().empty());
   WriteSvg(drawing, 1, picture.Name());
-  EXPECT_NE(picture.Content().find("<!-- Cut: only the first 2000000 segments are drawn. -->"), Text::npos);
+  EXPECT_THAT(picture.Content(), HasSubstr("<!-- Cut: only the first 2000000 segments are drawn. -->"));
 }
 
 TEST(VirtualCardShapes, AreAbortedInTheMiddle) {

@@ -64,7 +64,7 @@ TEST(VirtualCardState, IsOfPlainFilesThatAreWhole) {
       for (const Text& line :
            {"Taking the defaults for the stored LaserConfig: " + named(reason, "LaserConfig"),
             "Selecting no head corrections: " + named(reason, "HeadCorrections")})
-        EXPECT_NE(card.GetWarnings().find(line + "\n"), Text::npos) << card.GetWarnings();
+        EXPECT_THAT(card.GetWarnings(), HasSubstr(line + "\n"));
       Client c(card);
       EXPECT_EQ(c.Refusal("LoadPowerCalibrationByEngine", 1), named(reason, "PowerCalibration1"));
       c.Call("SetLaserConfig", config);

@@ -89,7 +89,7 @@ TEST(VirtualCardRun, IsAbortedAtOnceHoweverLongItWouldTake) {
   // The picture of the last one ends where the time did, at a thousandth of a unit per microsecond.
   const Text content = picture.Content();
   const std::size_t end = content.find(",0'/>");
-  ASSERT_NE(content.find("<polyline points='2,0 3,0"), Text::npos) << content;
+  ASSERT_THAT(content, HasSubstr("<polyline points='2,0 3,0"));
   const double microseconds = client.Lists.GetLastExecutionStats().ExecutionTime;
   EXPECT_NEAR(std::stod(content.substr(content.rfind(' ', end))), 2 + microseconds * 0.001, 1e-6);
 }
@@ -167,6 +167,7 @@ TEST(VirtualCardCalls, AreRefusedWithWordsThatHelp) {
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(text, expected);
   EXPECT_TRUE(c.Lists.GetStoredListIDs().empty());
+  EXPECT_EQ(c.Call<ClientLib::SystemConfig>("GetSystemConfig").TimeZone, "UTC");
 }
 
 TEST(VirtualCardCalls, AreAnsweredForWhatTheCardDoesNotHave) {
@@ -362,7 +363,7 @@ TEST(VirtualCardPicture, ShowsWhatTheLaserMarked) {
            "<circle cx='0' cy='0' r='0.1'/>",
            "stroke-width='0.2'",
        }) {
-    EXPECT_NE(content.find(part), Text::npos) << part << " is not in\n" << content;
+    EXPECT_THAT(content, HasSubstr(part));
   }
   EXPECT_EQ(content.find("<circle"), content.rfind("<circle")) << "a laser that moved made no dot";
   EXPECT_TRUE(std::filesystem::is_symlink(picture.Name()));
@@ -374,7 +375,7 @@ TEST(VirtualCardProgram, DoesWhatItsOptionsSay) {
   const PictureFile picture;
   CardProcess card({"--svg", picture.Name(), "--svg-all-runs", "--speed", "max", "--input", "1=3", "--input",
                     "2=0x10", "--verbose"});
-  EXPECT_NE(picture.Content().find("</svg>"), Text::npos) << "it is written when the card starts";
+  EXPECT_THAT(picture.Content(), HasSubstr("</svg>")) << "it is written when the card starts";
   {
     Client client(card);
     EXPECT_EQ(client.GetFirmwareProductVersion() + client.GetCardSerialNumber(), "Virtual 3.1012345");
@@ -385,12 +386,12 @@ TEST(VirtualCardProgram, DoesWhatItsOptionsSay) {
     client.Refusal("Fly", 1);
   }
   // Of both runs, with a margin of five beams.
-  EXPECT_NE(picture.Content().find("width='3mm' height='1mm' viewBox='-0.5 -0.5 3 1'"), Text::npos);
-  EXPECT_NE(picture.Content().find("<polyline points='0,0 1,0 2,0'/>"), Text::npos) << picture.Content();
+  EXPECT_THAT(picture.Content(), HasSubstr("width='3mm' height='1mm' viewBox='-0.5 -0.5 3 1'"));
+  EXPECT_THAT(picture.Content(), HasSubstr("<polyline points='0,0 1,0 2,0'/>"));
   Text log;
   while (!log.ends_with(" disconnected\n") && log.size() < 100000) log += card.ReadLine();
   for (const char* part : {" connected\n", "ExecuteList(7)", "Unknown method 'Fly'."}) {
-    EXPECT_NE(log.find(part), Text::npos) << log;
+    EXPECT_THAT(log, HasSubstr(part));
   }
 }
 
@@ -430,7 +431,7 @@ TEST(VirtualCardProgram, SaysWhatIsWrongWithItsArguments) {
   };
   for (const auto& [arguments, exitCode, error] : cases) {
     CardProcess card(arguments);
-    EXPECT_NE(card.GetFirstLine().find(error), Text::npos) << card.GetFirstLine();
+    EXPECT_THAT(card.GetFirstLine(), HasSubstr(error));
     EXPECT_EQ(card.End(0), exitCode);
   }
 }
