@@ -305,10 +305,7 @@ TEST(Waits, FailAtOnceWhenTheConnectionIsLost) {
 }
 
 TEST(Notifications, ThatMakeNoSenseEndTheConnectionWithALine) {
-  const struct {
-    std::string frame;
-    const char* text;
-  } cases[] = {
+  const std::pair<std::string, const char*> cases[] = {
       {Notification(0x33, 1), "RpcEventType::_from_integral: invalid argument"},
       {FrameOf(0x02, std::make_tuple(0x11)), "Could not process event!"},
       {FrameOf(0x02, std::make_tuple(0x02, "text")), "Could not process event!"},
@@ -320,20 +317,15 @@ TEST(Notifications, ThatMakeNoSenseEndTheConnectionWithALine) {
       {Frame(0x01, "\xC0"), "Invalid packet!"},
       {"\x93\x01", "Invalid packet!"},
   };
-  for (const auto& one : cases) {
-    FakeCard card([&](Peer& peer) {
-      Request request;
-      if (!peer.Handshake() || !peer.Next(request)) return;
-      peer.Send(one.frame);
-      peer.WaitForEnd();
-    });
-    Connection connection(card.Port());
+  for (const auto& [frame, text] : cases) {
+    const FakeConnection connection(
+        FakeCard::Then([&, &bytes = frame](Peer& peer, const Request&) { peer.Send(bytes); }));
     testing::internal::CaptureStdout();
-    EXPECT_FAILS(vlListExecute(connection, 1), "ConnectionAborted") << one.text;
+    EXPECT_FAILS(vlListExecute(connection, 1), "ConnectionAborted") << text;
     vlDisconnect(connection);
-    const std::string line = testing::internal::GetCapturedStdout();
-    EXPECT_THAT(line, StartsWith("Exception occurred when trying to receive: " + std::string(one.text)));
-    EXPECT_THAT(line, EndsWith("\n"));
+    EXPECT_THAT(
+        testing::internal::GetCapturedStdout(),
+        AllOf(StartsWith("Exception occurred when trying to receive: " + std::string(text)), EndsWith("\n")));
   }
 }
 

@@ -48,6 +48,7 @@
 
 namespace VELTRO::KELVO::Test {
 
+using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
