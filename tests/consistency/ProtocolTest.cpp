@@ -9,17 +9,12 @@
 #include "rpc/Body.h"
 #include "rpc/Packet.h"
 #include "services/FileAPIVL.h"
-#include "support/Usual.h"
+#include "support/TemporaryDirectory.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
 
 using namespace ClientLib;
-
-std::string ContentOf(const std::filesystem::path& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 // The names in backticks in a cell of a table.
 std::vector<std::string> NamesIn(const std::string& cell) {

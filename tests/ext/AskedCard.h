@@ -16,6 +16,7 @@ struct AskedCard {
     return Frame(0x01, Packed(request.Id) + Answer);
   })};
   Connection Handle{Card.Port()};
+  operator std::int32_t() const { return Handle; }
 };
 
 // A call, what the card is asked by it, what the call ends with and has written then, and the card's packed answer.

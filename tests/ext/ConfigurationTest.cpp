@@ -58,8 +58,7 @@ TEST(Configuration, HasDefaultsAsTextAndNeedsRoomForItsZero) {
 }
 
 TEST(Configuration, IsLoadedAndStoredByTheCard) {
-  AskedCard card;
-  const std::int32_t c = card.Handle;
+  AskedCard c;
   const AskingCall calls[] = {
       {ASK(vlLaserLoadConfig(c)), "LoadLaserConfig[]"},
       {ASK(vlLaserStoreConfig(c)), "StoreLaserConfig[]"},
@@ -76,12 +75,11 @@ TEST(Configuration, IsLoadedAndStoredByTheCard) {
       {ASK(vlEventLoadConfig(c)), "LoadEventConfig[]"},
       {ASK(vlEventStoreConfig(c)), "StoreEventConfig[]"},
   };
-  ExpectAsked(card, calls);
+  ExpectAsked(c, calls);
 }
 
 TEST(Configuration, IsTakenFromTheCardOrStaysAsItWas) {
-  AskedCard card;
-  const std::int32_t c = card.Handle;
+  AskedCard c;
   const std::string zone(127, 'z');
   const auto *const laserAsked = "GetLaserConfig[]", *const asked = "GetSystemConfig[]";
   const auto system = [](int version, const std::string& name, std::vector<int> axes) {
@@ -108,12 +106,11 @@ TEST(Configuration, IsTakenFromTheCardOrStaysAsItWas) {
       {ASK(vlSystemGetConfig(c, &s), s.TimeZone), asked, "Axes::_from_integral: invalid argument " + zone,
        system(5, "x", {64 + 5})},
   };
-  ExpectAsked(card, calls);
+  ExpectAsked(c, calls);
 }
 
 TEST(Configuration, IsNotSentWhenItIsWrong) {
-  AskedCard card;
-  const std::int32_t c = card.Handle;
+  AskedCard c;
   vlLaserConfig laser = Defaults(vlLaserInitConfig);
   laser.HotPowerTarget = 7;
   vlSystemConfig endless = Defaults(vlSystemInitConfig), axes = endless;
@@ -137,7 +134,7 @@ TEST(Configuration, IsNotSentWhenItIsWrong) {
        "Error converting QuadratureDecoderConfig from C."},
       {ASK(vlEventSetConfig(c, &events)), "", "Error converting EventConfig from C."},
   };
-  ExpectAsked(card, calls);
+  ExpectAsked(c, calls);
   EXPECT_EQ(TextOf(vlProcessToStringVariables, variables), "Illegal number of OnOffPattern values");
   EXPECT_EQ(TextOf(vlMotfToStringConfig, motf), "MotfOperatingMode::_from_integral: invalid argument");
   EXPECT_EQ(TextOf(vlMotfQuadratureDecoderToStringConfig, decoders),

@@ -69,6 +69,7 @@ TEST(Connect, EndsAtOnceWhenItsHandleIsDisconnected) {
     ++handle;  // the one that is next
     std::atomic<bool> ended{false};
     std::thread ending([&] {
+      if (round < 5) usleep(static_cast<useconds_t>(round) * 10000);  // in the middle of its waiting
       while (!ended && vlDisconnect(handle) != 0) std::this_thread::yield();
     });
     const Stopwatch watch;

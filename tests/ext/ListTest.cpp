@@ -21,16 +21,11 @@ TEST(Lists, MayBeReleasedWhileOthersAppend) {
   const FakeConnection connection;
   for (int round = 0; round < 50; ++round) {
     const std::int64_t list = vlListAllocate(connection);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 2; ++i) {
-      threads.emplace_back([list] {
-        while (vlListAppendMarkAbs2D(list, 1, 2) == 0) continue;
-        EXPECT_EQ(LastError(), "List does not exist.");
-      });
-    }
-    while (vlListCommandCount(list) < 1000) std::this_thread::yield();
-    EXPECT_OK(vlListReleaseHandle(list));
-    for (std::thread& thread : threads) thread.join();
+    Together(3, [&](std::uint32_t i) {
+      while (i < 2 && vlListAppendMarkAbs2D(list, 1, 2) == 0) continue;
+      while (i == 2 && vlListCommandCount(list) < 1000) std::this_thread::yield();
+      EXPECT_EQ(Outcome(i == 2 ? vlListReleaseHandle(list) : -1), i == 2 ? "0" : "List does not exist.");
+    });
   }
 }
 
@@ -45,20 +40,6 @@ TEST(Lists, AreForgottenByWhoeverUsedThemLast) {
   EXPECT_OK(vlListAppendMarkAbs2D(left, 1, 2));
   EXPECT_OK(vlDisconnect(connection));
   EXPECT_FAILS(vlListAppendMarkAbs2D(left, 1, 2), "There is no connection corresponding to this handle.");
-}
-
-TEST(Lists, KeepTheirLoops) {
-  const FakeConnection connection;
-  const std::int64_t list = vlListAllocate(connection);
-  EXPECT_FAILS(vlListAppendLoopBreak(list), "No loop opened!");
-  EXPECT_OK(vlListAppendLoopStart(list, 3));
-  EXPECT_OK(vlListAppendLoopBreak(list));
-  EXPECT_FAILS(vlListSet(connection, 1, list, false, -1), "There are open loops inside the list!");
-  EXPECT_OK(vlListAppendLoopEnd(list));
-  EXPECT_OK(vlListSet(connection, 1, list, false, -1));
-  EXPECT_EQ(vlListCommandCount(list), 3);
-  EXPECT_OK(vlListClear(list));
-  EXPECT_EQ(vlListCommandCount(list), 0);
 }
 
 TEST(Lists, AreAppendedToByManyThreads) {

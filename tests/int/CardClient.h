@@ -151,7 +151,7 @@ inline int Connect(const CardProcess& card) {
 class PictureFile {
  public:
   Text Name() const { return directory_.Path + "/run.svg"; }
-  Text Content() const { return {std::istreambuf_iterator<char>(std::ifstream(Name()).rdbuf()), {}}; }
+  Text Content() const { return ContentOf(Name()); }
 
  private:
   TemporaryDirectory directory_;

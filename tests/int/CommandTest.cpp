@@ -1,10 +1,11 @@
-// Commands and lists to the byte, and the enumerations that name them.
+// Commands, lists and fonts to the byte, and the enumerations that name them.
 #include "Helpers.h"
 #include "common/ReflectiveEnum.h"
 #include "lists/CommandCodes.h"
 #include "lists/CommandList.h"
 #include "lists/CommandValueReader.h"
 #include "lists/ListAPI.h"
+#include "services/FontAPI.h"
 #include "support/FailingMemory.h"
 
 namespace VELTRO::KELVO::Test {
@@ -60,18 +61,16 @@ TEST(CommandValueReader, ClassifiesATypeByteByItsBits) {
     if (R::IsPoint(type)) text += "point ";
     return text + std::to_string(R::GetDimensions(type)) + "*" + std::to_string(R::GetBytes(type));
   };
-  for (const auto& [type, text] :
-       std::vector<std::pair<std::uint8_t, std::string>>{{0x24, "value unsigned 1*1"},
-                                                         {0x21, "value 1*2"},
-                                                         {0x2B, "value floating 1*8"},
-                                                         {0x6B, "value floating point 2*8"},
-                                                         {0xA2, "value point 3*4"},
-                                                         {0xEB, "value floating point 4*8"},
-                                                         {0x35, "value unsigned array 1*2"},
-                                                         {0xB2, "value array point 3*4"},
-                                                         {0xC0, "4*1"}}) {
-    EXPECT_EQ(classify(type), text);
-  }
+  const std::pair<std::uint8_t, const char*> rows[] = {{0x24, "value unsigned 1*1"},
+                                                       {0x21, "value 1*2"},
+                                                       {0x2B, "value floating 1*8"},
+                                                       {0x6B, "value floating point 2*8"},
+                                                       {0xA2, "value point 3*4"},
+                                                       {0xEB, "value floating point 4*8"},
+                                                       {0x35, "value unsigned array 1*2"},
+                                                       {0xB2, "value array point 3*4"},
+                                                       {0xC0, "4*1"}};
+  for (const auto& [type, text] : rows) EXPECT_EQ(classify(type), text) << int{type};
 }
 
 TEST(Command, EveryTypeOfValueHasItsBytes) {
@@ -240,7 +239,9 @@ TEST(CommandCodes, AreWhatCardsKnowAndEachHasOneMnemonic) {
       {"MFSTP3", 0x184}, {"M3R", 0x216},     {"ELLG", 0x434},   {"BEZC3R", 0x4A6},  {"JAS3A", 0x714},
       {"PV3", 0x814},    {"MS", 0x1011},     {"VPD", 0x1029},   {"PSP", 0x1536},    {"SVRL", 0x1623},
       {"UV3", 0x10014},  {"BACF", 0x100115}, {"LOB", 0x100163}, {"EXLC", 0x1002A7}, {"GTSAL", 0x1002A1},
-      {"WFS", 0x100310}, {"SUS", 0x100318},
+      {"WFS", 0x100310}, {"SUS", 0x100318},  {"J3A", 0x114},    {"SPMA", 0x50},     {"ARCA", 0x310},
+      {"PASA", 0x610},   {"UV2", 0x10010},   {"PV2", 0x810},    {"PWR", 0x10},      {"PI", 0x1},
+      {"IC", 0x2},       {"STX", 0x1612},
   };
   for (const auto& [mnemonic, code] : rows) EXPECT_EQ(CodeOf(mnemonic), code) << mnemonic;
   // Relative commands and three-dimensional ones differ from their counterparts by a bit.
@@ -399,6 +400,30 @@ TEST(ListAPI, AnUploadIsCutWhereItsBytesAreFull) {  // 921600, with 4 for each c
     EXPECT_EQ(Upload(list, false),  // before anything is sent
               "Command " + std::to_string(payloads.size()) + " is too large to be uploaded.");
   }
+}
+
+TEST(Font, TravelsAsItsIdAndItsGlyphsAndReadsAsTheCharactersWithTheirCommands) {
+  Font font(300);
+  font.CharContainer[0x20AC].AppendLaserOn();
+  font.CharContainer['A'].AppendProgress(7);
+  font.CharContainer['A'].AppendLaserOff();
+  font.CharContainer[' '] = font.CharContainer[0xD800] = font.CharContainer[0xE9] = CommandList();
+  const std::string bytes =
+      "92 CD 01 2C 85 20 90 41 92 92 01 C4 09 01 00 00 05 22 07 00 00 00 92 12 C4 00 CC E9 90 "
+      "CD 20 AC 91 92 11 C4 00 CD D8 00 90";
+  const std::string text =
+      "CharContainer=[ ]{  }[A]{ { PI, I32[ 7 ] }, { LOF } }[\u00E9]{  }[\u20AC]{ { LON } }[\uFFFD]{  }";
+  CallRecorder caller;
+  FontAPI(caller).Set(font);
+  EXPECT_EQ(Hex(caller.Calls.at(0)), "91 " + bytes);
+  EXPECT_EQ(to_string(Unpacked<Font>(Bytes(bytes))), text);
+  for (const char* row :
+       {"C0", "91 01", "93 01 80 C0", "92 A1 31 80", "92 CE 80 00 00 00 80", "92 01 90", "92 01 81 FF 90",
+        "92 01 81 CE 00 01 00 00 90", "92 01 81 A1 41 90", "92 01 82 41 90 41 90", "92 01 81 41 C0",
+        "92 01 81 41 80", "92 01 81 41 91 FF", "92 01 81 41 91 92 01 A0", "92 01 81 41 91 93 01 C4 00 C0"}) {
+    EXPECT_THROW(font = Unpacked<Font>(Bytes(row)), msgpack::type_error) << row;
+  }
+  EXPECT_EQ(std::to_string(font.Id) + font.ToString(), "300" + text);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 // The text form of commands and lists, there and back.
 #include <bit>
 #include <charconv>
-#include <locale>
 
 #include "Helpers.h"
 #include "lists/CommandCodes.h"
@@ -152,17 +151,12 @@ TEST(CommandText, OfAListIsTakenWholeOrNotAtAll) {
               check);
 }
 
-struct Commas : std::numpunct<char> {  // for a locale that need not be installed
-  char do_decimal_point() const override { return ','; }
-  std::string do_grouping() const override { return "\1"; }
-};
-
 void AppendArrays(CommandList& list, const auto&... elements) {
   list.Append(1, std::span(&elements, 1)..., std::span(&elements, 0)...);
 }
 
 TEST(CommandText, EveryCodeAndValueComesBackBitForBitInAnyLocale) {
-  const std::locale before = std::locale::global(std::locale(std::locale(), new Commas));
+  const CommaLocale commas;
   CommandList list;
   for (const auto code : CommandCode::_values()) list.Append(code, Point2D{code._to_integral() / 7.0, 0.1});
   for (const auto code : CommandCode2::_values()) list.Append(code);
@@ -176,7 +170,6 @@ TEST(CommandText, EveryCodeAndValueComesBackBitForBitInAnyLocale) {
               Point4DInt{4, 3, 2, 1});
   AppendArrays(list, std::uint8_t{255}, std::uint16_t{65535}, Point2DInt{1, -1}, Point3DInt{1, 2, 3});
   CommandList read = CommandList::FromString(list.ToString());
-  std::locale::global(before);
   EXPECT_EQ(Hex(read.Bytes()), Hex(list.Bytes())) << list.ToString();
 }
 

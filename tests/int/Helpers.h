@@ -1,6 +1,8 @@
 // What the tests of the inside share.
 #pragma once
 
+#include <locale>
+
 #include "rpc/RpcCaller.h"
 #include "support/FakeCard.h"
 
@@ -56,6 +58,17 @@ std::string Failure(auto&& f) {
   }
   return "no failure";
 }
+
+// As long as it lives, numbers of the global locale look like "1.234,5"; it need not be installed.
+struct CommaLocale {
+  struct Commas : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\1"; }
+  };
+  ~CommaLocale() { std::locale::global(before); }
+  const std::locale before = std::locale::global(std::locale(std::locale(), new Commas));
+};
 
 // Takes calls in place of a connection: keeps the packed arguments, and answers nil.
 struct CallRecorder : RpcCaller {

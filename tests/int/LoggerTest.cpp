@@ -1,8 +1,6 @@
 // The command log.
 #include "rpc/RpcLogger.h"
 
-#include <locale>
-
 #include "Helpers.h"
 #include "support/FailingMemory.h"
 
@@ -122,16 +120,10 @@ TEST(Logger, WithoutMemoryLosesLinesAndNothingElse) {
 }
 
 TEST(LogText, DoesNotDependOnTheLocale) {
-  struct Comma : std::numpunct<char> {
-    char do_decimal_point() const override { return ','; }
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-  };
-  const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Comma));
+  const CommaLocale commas;
   msgpack::zone zone;
   EXPECT_EQ(LogText(1234567.5) + LogText(1234567), "1234567.51234567");
   EXPECT_EQ(LogText(msgpack::object(std::vector<double>{12345.5, 1}, zone)), "[12345.5,1]");
-  std::locale::global(before);
 }
 
 }  // namespace

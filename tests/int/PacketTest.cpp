@@ -143,13 +143,8 @@ std::string PackedAgain(const RpcRemoteException& error) {
 }
 
 TEST(RemoteError, ConvertsEveryGoodShapeAndNoOther) {
-  const struct {
-    const char* Body;
-    const char* Text;
-    const char* StackTrace;
-    const char* Inner;   // its text; "-": none
-    const char* Packed;  // null: as it came
-  } rows[] = {
+  // The body, text, stack trace, inner error's text ("-": none), and how it is packed again (null: as it came).
+  const std::array<const char*, 5> rows[] = {
       {"93 A1 65 A1 73 C0", "e", "s", "-", nullptr},
       {"93 C4 01 65 C4 01 73 C0", "e", "s", "-", "93 A1 65 A1 73 C0"},  // byte strings
       {"93 A1 65 C0 C0", "e", "e: \n", "-", nullptr},                   // no second text: the collected one
@@ -159,13 +154,13 @@ TEST(RemoteError, ConvertsEveryGoodShapeAndNoOther) {
       {"93 A1 65 C0 93 A1 69 C0 93 A1 6A A1 75 C0", "e", "e: \ni: \nj: u\n", "i", nullptr},
       {"C0", "", "", "-", "93 A0 A0 C0"},
   };
-  for (const auto& row : rows) {
-    const RpcRemoteException error = FromBody(Bytes(row.Body));
-    EXPECT_EQ(error.GetText(), row.Text);
-    EXPECT_EQ(error.GetStackTrace(), row.StackTrace) << row.Body;
+  for (const auto& [body, text, stackTrace, innerText, packed] : rows) {
+    const RpcRemoteException error = FromBody(Bytes(body));
+    EXPECT_EQ(error.GetText(), text);
+    EXPECT_EQ(error.GetStackTrace(), stackTrace) << body;
     const auto inner = error.GetInner();
-    EXPECT_EQ(inner ? inner->GetText() : "-", row.Inner);
-    EXPECT_EQ(Hex(PackedAgain(error)), row.Packed == nullptr ? row.Body : row.Packed);
+    EXPECT_EQ(inner ? inner->GetText() : "-", innerText);
+    EXPECT_EQ(Hex(PackedAgain(error)), packed == nullptr ? body : packed);
     EXPECT_TRUE(PackedAgain(error).ends_with(inner ? PackedAgain(*inner) : "\xC0"));
   }
   // No array, too short, without a text, a second that is none, an inner that is no error.

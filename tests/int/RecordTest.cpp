@@ -230,6 +230,17 @@ TEST(Records, HaveEachFieldInItsPlaceOnTheWireAndInText) {
       "EnableIndex=true, DistancePerCount=6.5, ConfigVersion=4 }, { SimulateEncoder=true, "
       "SimulationSpeed=7.5, SimulationAcceleration=8.5, InvertDirection=true, EnableIndex=true, "
       "DistancePerCount=9.5, ConfigVersion=4 } ], ConfigVersion=4");
+  ExpectInPlace<OpticalParameters>(
+      "[7,1,2,8,3,4,5,6,7.5,8.5,9.5,10.5,11.5,12.5,13.5,14.5,[15.5,16.5,17.5],[18.5,19.5,20.5],21.5,22.5,"
+      "23.5,24.5,25.5,26.5,27.5,\"Asia\\/Kolkata\",[28.5,29.5,30.5,31.5],[32.5,33.5,34.5,35.5]]",
+      "ConfigVersion=7, MinorVersion=1, UsedAxes=2, HeadFormat=XY2_Dual3D, XLayers=3, YLayers=4, "
+      "ZLayers=5, "
+      "MLayers=6, MaxAngleX=7.5, MaxAngleY=8.5, MaxMagnification=9.5, Y2Z0=10.5, X2Y=11.5, O2X=12.5, "
+      "FocalLength=13.5, MaxLensTravel=14.5, FieldSize={ X=15.5, Y=16.5, Z=17.5 }, FieldOffset={ X=18.5, "
+      "Y=19.5, Z=20.5 }, Aperture=21.5, WorkingDistance=22.5, Wavelength=23.5, BitPerMicronZ0=24.5, "
+      "BitPerMicronZ1=25.5, BitPerMicronE0=26.5, BitPerMicronE1=27.5, Hash=Asia/Kolkata, InputScale={ "
+      "X=28.5, "
+      "Y=29.5, Z=30.5, M=31.5 }, InputOffset={ X=32.5, Y=33.5, Z=34.5, M=35.5 }");
   ExpectInPlace<EventConfig>("[1,{-7:[true,[-1,1,5]],3:[true,[-1,2,5]]}]",
                              "{ ConfigVersion=1, EventSettings=[ -7={ EnableGlobally=true, Exclusions=[ -1, "
                              "1, 5 ] }, 3={ EnableGlobally=true, Exclusions=[ -1, 2, 5 ] } ] }");

@@ -11,10 +11,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string ContentOf(const fs::path& path) {
-  return {std::istreambuf_iterator<char>(std::ifstream(path, std::ios::binary).rdbuf()), {}};
-}
-
 // A tree of files in a directory of its own.
 struct Tree : TemporaryDirectory {
   using Names =

@@ -152,12 +152,8 @@ TEST(Transforms, HaveInverses) {
 }
 
 TEST(Transforms, HaveTheNextBestWhereTheyHaveNoInverse) {
-  struct Row {
-    Transform3D map;
-    double tolerance;  // what counts as zero
-    Transform3D pseudoInverse;
-  };
-  const Row rows[] = {
+  // A map, what counts as zero, the pseudo inverse.
+  const std::tuple<Transform3D, double, Transform3D> rows[] = {
       {{{3, 0, 0, 0, 0.5, 0, 0, 0, 0}, {3, 4, 9}}, 0.5, {{1 / 3., 0, 0, 0, 0, 0, 0, 0, 0}, {-1, 0, 0}}},
       {{{1, 1, 0, 1, 1, 0, 0, 0, 2}, {2, 2, 0}},
        1e-9,

@@ -8,6 +8,7 @@
 #include "client/ClientAPI.h"
 #include "rpc/RpcClient.h"
 #include "support/BlackHole.h"
+#include "support/TemporaryDirectory.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -54,29 +55,6 @@ TEST(Adapter, KnowsItsHandleWhenTheFirstNotificationComes) {
     EXPECT_EQ(handle.get(), 7);
     adapter.Disconnect();
   }).join();
-}
-
-TEST(Adapter, DisconnectsAtOnceWhileConnecting) {
-  BlackHole hole;
-  for (int delay = 0; delay < 5; ++delay) {
-    ClientAdapter adapter;
-    const Stopwatch watch;
-    std::thread connecting(
-        [&] { EXPECT_NE(Failure([&] { adapter.Connect(Loopback, hole.port, 10000, 1); }), "no failure"); });
-    usleep(static_cast<useconds_t>(delay) * 10000);
-    // The first rounds may come before the connect has begun: asked again, it ends all the same.
-    std::atomic<bool> ended{false};
-    std::thread ending([&] {
-      while (!ended) {
-        adapter.Disconnect();
-        usleep(1000);
-      }
-    });
-    connecting.join();
-    ended = true;
-    ending.join();
-    EXPECT_LT(watch.Milliseconds(), 2000);
-  }
 }
 
 TEST(Adapter, ADisconnectBeforeTheConnectIsRemembered) {
@@ -199,8 +177,7 @@ TEST(Client, WithoutACallbackDropsNotificationsAndLogsSo) {
   EXPECT_NE(Failure([&] { client.EnableLogging("/no/such/folder/log", false, true, -1); }), "no failure");
   EXPECT_EQ(logging(), "/no/such/folder/log off");
   client.Stop();
-  std::ifstream file(configuration.LogFile);
-  const std::string log{std::istreambuf_iterator<char>(file), {}};
+  const std::string log = ContentOf(configuration.LogFile);
   EXPECT_THAT(log, HasSubstr("\tReceived notification but no callback registered.\n"));
   EXPECT_THAT(log, HasSubstr("\tReceived invalid notification message!\n"));
 }

@@ -3,29 +3,7 @@
 #include "int/CardClient.h"
 #include "server/OutputQueue.h"
 #include "server/Server.h"
-
-namespace {
-
-std::atomic<bool> othersFail{false};                      // all threads but those that are exempt
-thread_local bool isExempt = false;                       // the test's own thread
-thread_local int left = std::numeric_limits<int>::max();  // allocations of this thread that do not fail
-
-}  // namespace
-
-// Not inlined: the compiler would take the pairs of these for mismatched ones.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-  if ((othersFail && !isExempt) || left == 0) throw std::bad_alloc();
-  --left;
-  void* const memory = std::malloc(size == 0 ? 1 : size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
+#include "support/FailingMemory.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -36,22 +14,17 @@ using VirtualCard::FrameKind;
 using VirtualCard::OutputQueue;
 using VirtualCard::Server;
 
-constexpr int Unlimited = std::numeric_limits<int>::max();
-
 TEST(VirtualCardMemory, ADrawingIsWholeWhereverAnAllocationFails) {
   for (int allocations = 0; allocations < 12; ++allocations) {
     Drawing drawing;
     std::size_t drawn = 0;
-    left = allocations;
-    try {
-      for (;; ++drawn) {
+    Failure([&] {
+      for (const FailingMemory memory(allocations);; ++drawn) {
         const auto at = static_cast<double>(drawn);
         drawing.AddSegment(drawn % 2 == 0 ? Drawing::Kind::Jump : Drawing::Kind::Mark, {{at, 0}},
                            {{at + 1, 0}});
       }
-    } catch (const std::bad_alloc&) {
-      left = Unlimited;
-    }
+    });
     EXPECT_EQ(drawing.GetStrokes().size(), drawn) << allocations;
     drawing.AddSegment(Drawing::Kind::Mark, {{-1, 0}}, {{-2, 0}});
     for (const Drawing::Stroke& stroke : drawing.GetStrokes()) {
@@ -65,9 +38,7 @@ TEST(VirtualCardMemory, ADrawingIsWholeWhereverAnAllocationFails) {
 TEST(VirtualCardMemory, AQueueIsClearedWithoutAny) {
   OutputQueue queue;
   queue.Append(FrameKind::Notification, std::vector<unsigned char>(200000));
-  left = 0;
-  queue.Clear();
-  left = Unlimited;
+  (FailingMemory(), queue.Clear());
   EXPECT_TRUE(queue.IsEmpty() && queue.GetSize() == 0 && queue.GetNotificationBytes() == 0);
 }
 
@@ -96,7 +67,6 @@ TEST(VirtualCardMemory, AQueueForgetsWhatIsSentAndKeepsTheRestInOrder) {
 }
 
 TEST(VirtualCardMemory, WantOfItEndsCallsAndConnectionsAndNothingElse) {
-  isExempt = true;
   const PictureFile picture;
   Server server(IPAddress::Resolve("127.0.0.1"), 0, {30, 1 << 20, {}});
   Card card({{"F", "S", 30},
@@ -111,7 +81,7 @@ TEST(VirtualCardMemory, WantOfItEndsCallsAndConnectionsAndNothingElse) {
   for (Peer* peer : {&watching, &calling}) ASSERT_TRUE(peer->Send(call) && peer->Fill(answer));
   card.Lists.Set(7, List("MR 1,0"), false);
 
-  othersFail = true;
+  std::optional<FailingMemoryOfOthers> failing(std::in_place);
   for (int i = 0; i < 10; ++i) {
     Peer refused(Connect(server.GetPort()));
     EXPECT_FALSE(refused.Fill(1)) << "there was memory for it";
@@ -120,7 +90,7 @@ TEST(VirtualCardMemory, WantOfItEndsCallsAndConnectionsAndNothingElse) {
   EXPECT_FALSE(calling.Fill(answer + 1)) << "there was memory for an answer";
   card.Lists.Execute(7);
   while (card.Execution.GetRunningList()) std::this_thread::yield();
-  othersFail = false;
+  failing.reset();
 
   // Who is still there is told, and all works again.
   const Text told = FrameOf(0x82, std::make_tuple(Text("Out of memory."), "", msgpack::type::nil_t())) +
@@ -132,7 +102,6 @@ TEST(VirtualCardMemory, WantOfItEndsCallsAndConnectionsAndNothingElse) {
   EXPECT_TRUE(next.Fill(answer + 2 * Notification(0x01, 7).size())) << "done and idle";
   card.Execution.Stop();
   server.Stop();
-  isExempt = false;
 }
 
 }  // namespace

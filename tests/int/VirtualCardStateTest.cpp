@@ -13,10 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-Text Content(const Text& file) {
-  return {std::istreambuf_iterator<char>(std::ifstream(file).rdbuf()), {}};
-}
-
 TEST(VirtualCardState, IsOfPlainFilesThatAreWhole) {
   const TemporaryDirectory outside;
   const Text secret = outside.Path + "/secret", damaged = "What is stored is damaged.";
@@ -76,7 +72,7 @@ TEST(VirtualCardState, IsOfPlainFilesThatAreWhole) {
       c.Disconnect();
       EXPECT_EQ(card.End(SIGTERM), 0);
     }
-    EXPECT_EQ(Content(secret), "secret");
+    EXPECT_EQ(ContentOf(secret), "secret");
     EXPECT_FALSE(fs::exists(outside.Path + "/new"));
     if (store != "no failure") continue;
     const CardProcess card({"--state", state.Path});
@@ -117,7 +113,7 @@ TEST(VirtualCardState, StaysAsItWasWhenTheDiskIsFull) {
                                           {"files/CORRFILES/powerCorrection.kc7", "StorePowerCorrection"}};
   c.Call("CreatePowerCorrection", OpticalParameters());
   for (const auto& [file, method] : stored)
-    c.Call(method.c_str()), before.emplace_back(file, Content(state.Path + "/" + file));
+    c.Call(method.c_str()), before.emplace_back(file, ContentOf(state.Path + "/" + file));
   LaserConfig config;
   config.FpsStart = 7;
   c.Call("SetLaserConfig", config);
@@ -129,7 +125,7 @@ TEST(VirtualCardState, StaysAsItWasWhenTheDiskIsFull) {
               "Cannot write '" + fs::path(file).filename().string() + "': File too large.");
   for (const auto& [file, bytes] : before) {
     EXPECT_GT(bytes.size(), 16U);
-    EXPECT_EQ(Content(state.Path + "/" + file), bytes) << file;
+    EXPECT_EQ(ContentOf(state.Path + "/" + file), bytes) << file;
   }
   for (const auto& entry : fs::recursive_directory_iterator(state.Path))
     EXPECT_NE(entry.path().extension(), ".part") << entry.path();
@@ -173,7 +169,7 @@ struct Stored {
 TEST(StoredLists, OutliveTheCardAndSoDoFonts) {
   Stored stored;
   stored.Store();
-  EXPECT_EQ(Hex(Content(stored.At("List-8"))),
+  EXPECT_EQ(Hex(ContentOf(stored.At("List-8"))),
             Hex(Sealed(Bytes("93 FB 92 05 C4 00 92 D2 80 00 00 00 C4 03 61 62 63"))));
   const CardProcess card({"--state", stored.State.Path});
   Client c(card);
@@ -247,7 +243,7 @@ TEST(StoredLists, AreNotTakenWhenTheyAreDamagedAndCanBeStoredAnew) {
   EXPECT_EQ(c.Refusal("LoadFont", 4), "There is no stored font 4 on the card.");
   c.Lists.Set(20, stored.Small, false, -1);
   c.Call("StoreList", 20);
-  EXPECT_EQ(Hex(Content(stored.At("List-20"))), Hex(whole));
+  EXPECT_EQ(Hex(ContentOf(stored.At("List-20"))), Hex(whole));
 }
 
 TEST(VirtualCardState, TakesNothingThatItCouldNotKeep) {

@@ -108,6 +108,35 @@ TEST(VirtualCardRun, EndsWithAnErrorThatNamesTheCommand) {
       {"0 (LOS): The loop has no end.", "LOS 1 1"},
       {"0 (LOE): No loop is open here.", "LOE 1"},
       {"1 (LOE): It ends loop depth 2, but depth 1 is open here.", "LOS 1 1 LOE 2"},
+      {"0 (ARCA): The sweep must be finite and have at most 100000 turns.", "ARCA 1,0 1e6"},
+      {"0 (ARCA): The target is not finite.", "ARCA nan,0 1.0"},
+      {"0 (BEZA): The shape is not finite.", "BEZA 1e308,0 -1e308,0"},
+      {"0 (ELLA): The half axis must be positive and finite.", "ELLA 0,0 1.0 0.0 0.0"},
+      {"0 (ELLCA): The ratio of the half axes must be positive and finite.", "ELLCA 0,0 -1.0 0.0 1.0"},
+      {"0 (BMPA): There must be at least one power.", "BMPA 0,0 1,0 U16[] 0"},
+      {"0 (BMPA): Command value is of type DoubleArr, not UInt16Arr.", "BMPA 0,0 1,0 F64[] 0"},
+      {"0 (PASA): There must be at least one power and one exposure time.", "PASA 0,0 1,0 U16[1] F64[] 0"},
+      {"0 (PWR): There is no power channel 2.", "PWR U16:1 2"},
+      {"0 (JASA): The last point is not whole.", "JASA F64[1;2;3] 1"},
+      {"0 (LONP): The number of pulses must be finite and not negative.", "LONP -1 true"},
+      {"0 (DLP): The length of the whole pattern must be positive and finite.", "DLP F64[0;0]"},
+      {"2 (MA): The pattern is too short for a mark of this length.", "DLP F64[1e-9] DLE true 0.0 MA 1,0"},
+      {"2 (MA): The wobble is too fast for a mark of this duration.", "WOBF 1e9,1 WOBE true MA 1,0"},
+      {"0 (TRA): A transformation has 9 factors and 3 shifts.", "TRA F64[1] F64[1]"},
+      {"0 (SKWM): There is no sky-writing mode 3.", "SKWM 3"},
+      {"0 (SPSC): The scale of the speeds must be positive and finite.", "SPSC 0.0"},
+      {"0 (LY): The frequency must be positive and finite.", "LY 0.0"},
+      {"0 (SPMA): The magnification must be positive and finite.", "SPMA 0.0 false"},
+      {"0 (JD): The delay must be finite and not negative.", "JD -1.0"},
+      {"0 (LN): The delay must be finite.", "LN nan"},
+      {"0 (SKMCH): The cosine must be finite.", "SKMCH nan"},
+      {"0 (WOBA): The wobble must be finite.", "WOBA nan,0"},
+      {"0 (PASA): The exposure time must be finite and not negative.", "PASA 0,0 1,0 U16[1] F64[-1] 0"},
+      {"0 (PWRC): The length of the ramp must be finite and not negative.", "PWRC U16:1 -1.0 0"},
+      {"0 (PWSC): The scale of the power must be finite and not negative.", "PWSC -1.0 0"},
+      {"0 (LW): The width must be finite and not negative.", "LW -1.0"},
+      {"0 (JLL): The length must be finite and not negative.", "JLL -1.0"},
+      {"0 (DLP): The length of a dash must be finite and not negative.", "DLP F64[-1;2]"},
   };
   LoneClient client({"--speed", "max"});
   for (const auto& [error, list] : cases) {
@@ -126,6 +155,8 @@ TEST(VirtualCardLists, ComeBackAsTheyWereSent) {
   lists.Set(7, list, false, 42);
   lists.Set(-3, tail, true, 43);  // appending makes a list, too
   EXPECT_EQ(lists.Get(7).GetListField(), 42);
+  lists.AbortExecution();  // of nothing
+  EXPECT_EQ(lists.GetListStatus(7), ClientLib::ListStatus::Ready);
   lists.Set(7, tail, true, 42);
   list.Append(tail);
   EXPECT_TRUE(lists.Get(7).ToString() == list.ToString());
@@ -317,27 +348,15 @@ TEST(VirtualCardConnections, OutliveARequestThatIsTooLong) {
 }
 
 TEST(VirtualCardErrors, AreToldOnceToWhoeverCalls) {
-  const CardConnection connection({"--speed", "max"});
-  static std::mutex mutex;
-  static std::condition_variable told;
-  static Text message;
-  const auto keep = [](std::int32_t, std::int32_t, const char* text, std::uint32_t length) {
-    const std::lock_guard lock(mutex);
-    message.assign(text, length);
-    told.notify_all();
-  };
-  std::uint32_t id = 0;
-  ASSERT_EQ(vlListRegisterErrorEventCallback(connection, keep, &id), 0);
-  const std::int64_t list = vlListAllocate(connection);
-  ASSERT_EQ(vlListAppendJumpSpeed(list, 0), 0);
-  ASSERT_EQ(vlListSet(connection, 7, list, false, -1), 0);
-  ASSERT_EQ(vlListExecute(connection, 7), 0);
-  std::unique_lock lock(mutex);
-  ASSERT_TRUE(told.wait_for(lock, std::chrono::seconds(20), [] { return !message.empty(); }));
-  EXPECT_EQ(vlListExecute(connection, 8), -1);
+  LoneClient client({"--speed", "max"});
+  Text message;
+  client.GetListEvents().RegisterErrorEventCallback(
+      [&](int, int, const char* text, std::uint32_t length) { message.assign(text, length); });
+  client.Run("JS 0.0");
+  const Text refusal = Failure([&] { client.Lists.Execute(8); });
   for (const auto& [text, sentence] :
        {std::pair<Text, Text>{message, "List 7, command 0 (JS): The speed must be positive and finite."},
-        {LastError(), "There is no list 8 on the card."}}) {
+        {refusal, "There is no list 8 on the card."}}) {
     EXPECT_EQ(text, "BeginException------------------------------------\n" + sentence +
                         "\nInnerException------------------------------------\nStackTrace--------------------"
                         "--------------------\n"

@@ -19,4 +19,10 @@ class FailingMemory {
   bool HasFailed() const;
 };
 
+// As long as it lives, all allocations of all threads but its own fail.
+struct FailingMemoryOfOthers {
+  FailingMemoryOfOthers();
+  ~FailingMemoryOfOthers();
+};
+
 }  // namespace VELTRO::KELVO::Test

@@ -6,7 +6,7 @@
 #include <sched.h>
 
 #include "common/Descriptor.h"
-#include "support/Usual.h"
+#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 
@@ -26,14 +26,13 @@ class Inside {
   Descriptor before_ = OwnNamespace();
 };
 
-// A shell command's exit code and output.
-inline std::pair<int, std::string> Shell(const std::string& command) {
-  std::string output;
-  std::FILE* const pipe = popen(("exec 2>&1; " + command).c_str(), "re");
-  for (int next; (next = fgetc(pipe)) != EOF;) output += static_cast<char>(next);
-  const int status = pclose(pipe);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
-}
+// The test leaves the machine's own network first and never sends anything there.
+class NetworkTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (unshare(CLONE_NEWNET) != 0) GTEST_SKIP() << "This user may not make network namespaces.";
+  }
+};
 
 // A host: a namespace of its own.
 class Host {

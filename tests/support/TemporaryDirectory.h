@@ -17,6 +17,10 @@ struct TemporaryDirectory {
   std::string Path = "/tmp/kelvo-test-XXXXXX";
 };
 
+inline std::string ContentOf(const std::filesystem::path& path) {
+  return {std::istreambuf_iterator<char>(std::ifstream(path, std::ios::binary).rdbuf()), {}};
+}
+
 // Where to write to a device of memory: "null", or "full", which takes nothing. A fault under test could replace the
 // system's own when root runs it; so root has them elsewhere.
 inline std::string Device(const std::string& name) {
