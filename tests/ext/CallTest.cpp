@@ -171,7 +171,6 @@ TEST(Calls, OfTheScanner) {
        "\x91\x91\x91\5"},
       {ASK(vlScannerReadLastPositions(c, &at), count), "ReadLastPositions[]",
        "Error converting ScannerPositions to C. 1", "\x91\x93\x90\x90\x90"},
-      {ASK(vlScannerReadPositions(c, nullptr)), "", "Out parameter must not be null"},
       {ASK(vlScannerGetHeadBias(c, 1, &p), p.X, p.Y, p.Z), "GetHeadBias[1]", "0 4 5 6", "\x93\4\5\6"},
       {ASK(vlScannerSetHeadBias(c, 1, axes, biases, 2)), "SetHeadBias[1,34,[0.5,1.5]]"},
       {ASK(vlScannerCommunicationTransmitVeltro(c, 1, 6, &byte, 1, 9)), "",

@@ -167,12 +167,11 @@ TEST(Callbacks, ThatWaitForEachOtherAreToldSo) {
   };
   std::uint32_t id = 0;
   for (const std::int32_t handle : handles) vlListRegisterProgressCallback(handle, meet, &id);
-  const Stopwatch watch;
+  const AtMost promptly(5000);
   for (const std::int32_t handle : handles) EXPECT_OK(vlListExecute(handle, 1));
   for (const std::int32_t handle : handles) EXPECT_OK(vlListUnRegisterProgressCallback(handle, id));
   EXPECT_EQ(refused, 1);
   EXPECT_EQ(answered, 1);
-  EXPECT_LT(watch.Milliseconds(), 5000);
 }
 
 TEST(Notifications, OfErrorsReachTheirCallbacks) {

@@ -62,7 +62,7 @@ TEST(Threads, DisconnectWhileEightCall) {
     const std::int32_t handle = vlConnect("127.0.0.1", card.Port());
     ASSERT_GT(handle, 0) << LastError();
     std::atomic<int> started{0};
-    const Stopwatch watch;
+    const AtMost promptly(5000);
     Together(Callers + 1, [&](std::uint32_t caller) {
       if (caller == Callers) {
         while (started < round % 40) std::this_thread::yield();
@@ -76,7 +76,6 @@ TEST(Threads, DisconnectWhileEightCall) {
         EXPECT_TRUE(result == 0 || (result == -1 && IsAnEnd(text))) << result << " " << text;
       }
     });
-    EXPECT_LT(watch.Milliseconds(), 5000);
   }
 }
 
@@ -283,9 +282,14 @@ TEST(Notifications, ReachTheCallbacksOfTheirKind) {
   EXPECT_OK(vlListRegisterListIdleCallback(connection, Tell<'i'>, &idle));
   EXPECT_OK(vlListExecute(connection, 1));
   EXPECT_EQ(std::exchange(told, ""), "p10 d20 i30 ");
-  EXPECT_OK(vlListUnRegisterListDoneCallback(connection, done));
-  EXPECT_OK(vlListExecute(connection, 1));
-  EXPECT_EQ(told, "p10 i30 ");
+  for (const auto& [unregister, id, left] :
+       {std::tuple(&vlListUnRegisterProgressCallback, progress, "d20 i30 "),
+        {&vlListUnRegisterListDoneCallback, done, "i30 "},
+        {&vlListUnRegisterListIdleCallback, idle, ""}}) {
+    EXPECT_OK(unregister(connection, id));
+    EXPECT_OK(vlListExecute(connection, 1));
+    EXPECT_EQ(std::exchange(told, ""), left);
+  }
 }
 
 TEST(Waits, FailAtOnceWhenTheConnectionIsLost) {
@@ -296,12 +300,11 @@ TEST(Waits, FailAtOnceWhenTheConnectionIsLost) {
     usleep(50000);
   });
   ASSERT_OK(vlListExecute(connection, 3));
-  const Stopwatch watch;
+  const AtMost promptly(2000);
   std::int32_t value = 0;
   EXPECT_FAILS(vlListWaitForListIdle(connection, &value, 10000), "ConnectionAborted");
   EXPECT_OK(vlListWaitForListDone(connection, &value, 10000)) << "what has come is not lost";
   EXPECT_EQ(vlListWaitForListDone(connection, &value, 10000), -1);
-  EXPECT_LT(watch.Milliseconds(), 2000);
 }
 
 TEST(Notifications, ThatMakeNoSenseEndTheConnectionWithALine) {

@@ -1,5 +1,4 @@
 // Connections through the exported functions, against a card that misbehaves on purpose.
-#include "support/BlackHole.h"
 #include "support/FakeCard.h"
 
 namespace VELTRO::KELVO::Test {
@@ -40,7 +39,6 @@ TEST(Connect, FailsWithAText) {
       // An empty label is refused without asking a name server.
       {"no..such.host", 1, "Invalid IP address or unable to resolve host name with DNS."},
       {"", 1, "Invalid IP address or unable to resolve host name with DNS."},
-      {nullptr, 1, "A null pointer was passed for 'host'."},
       {"127.0.0.1", 0, "Port must be between 1 and 65535."},
       {"127.0.0.1", 65536, "Port must be between 1 and 65535."},
       {"127.0.0.1", 1, "Error: Cannot open connection to 127.0.0.1/1."},
@@ -51,11 +49,10 @@ TEST(Connect, FailsWithAText) {
       {"127.0.0.1", mistyping.Port(), "std::bad_cast"},
   };
   for (const auto& [host, port, text] : cases) {
-    const Stopwatch watch;
+    const AtMost promptly(Prompt, text);
     EXPECT_EQ(vlConnect(host, port), -1);
     EXPECT_THAT(LastError(), HasSubstr(text));
     EXPECT_EQ(LastError(), "") << "reading it clears it";
-    EXPECT_LT(watch.Milliseconds(), Prompt) << text;
   }
 }
 
@@ -73,7 +70,7 @@ TEST(Connect, EndsAtOnceWhenItsHandleIsDisconnected) {
       while (!ended && vlDisconnect(handle) != 0) std::this_thread::yield();
     });
     const Stopwatch watch;
-    ASSERT_EQ(vlConnect("127.0.0.1", hole.port), -1);
+    ASSERT_EQ(vlConnect("127.0.0.1", hole.Port), -1);
     ended = true;
     ending.join();
     ASSERT_LT(watch.Milliseconds(), Prompt) << "round " << round;
@@ -146,7 +143,6 @@ TEST(Handles, AHandleThatIsNoneIsNotConnected) {
     EXPECT_FALSE(connected);
     EXPECT_EQ(LastError(), "");
   }
-  EXPECT_EQ(vlIsConnected(1, nullptr), -1);
 }
 
 TEST(Calls, EndWhenTheCardDoesNotAnswer) {
@@ -209,10 +205,9 @@ TEST(Calls, EndAtOnceWhenTheConnectionIsEnded) {
     std::thread calling([&, call = call, state = state] { EXPECT_EQ(call(handle, list), -1) << state; });
     while (!reached) std::this_thread::yield();
     usleep(20000);  // into the middle of it; earlier or later the outcome is the same
-    const Stopwatch watch;
+    const AtMost promptly(Prompt, state);
     EXPECT_OK(vlDisconnect(handle));
     calling.join();
-    EXPECT_LT(watch.Milliseconds(), Prompt) << state;
   }
 }
 
@@ -339,13 +334,12 @@ TEST(Calls, LeaveAtOnceWhileAnEarlierOneIsUnanswered) {
   });
   bool ignored = false;
   constexpr int Rounds = 20;
-  const Stopwatch watch;
+  const AtMost promptly(Rounds * 20);
   std::thread other([&] {
     for (int i = 0; i < Rounds; ++i) vlListIsExecutionInProgress(connection, &ignored);
   });
   for (int i = 0; i < Rounds; ++i) EXPECT_OK(vlListExecute(connection, 1));
   other.join();
-  EXPECT_LT(watch.Milliseconds(), Rounds * 20);
 }
 
 TEST(Log, HoldsTheVersionsThenTheCalls) {

@@ -225,9 +225,8 @@ TEST_F(Discovery, TakesWhateverIsAnswered) {
       std::string expected = row.expected;
       if (const auto at = expected.find("SCOPE"); at != std::string::npos)
         expected.replace(at, 5, std::to_string(scope));
-      const Stopwatch watch;
+      const AtMost promptly(expected.starts_with("Socket") ? 4000 : SearchMs, row.name);
       EXPECT_EQ(Found(&vlDiscover), expected) << row.name;
-      EXPECT_LT(watch.Milliseconds(), expected.starts_with("Socket") ? 4000 : SearchMs) << row.name;
     }
     over = true;
   });
@@ -252,7 +251,6 @@ TEST_F(Discovery, ConnectsToWhereACardIsByNow) {
        {"", "192.168.77", "192.168.77.11%2", "localhost", "fe80::1%eth0", "fe80::1%", "fe80::1%4294967296"}) {
     EXPECT_EQ(Reached("100", none), "Invalid IP address.") << none;
   }
-  EXPECT_EQ(vlConnectByCardInfo(nullptr), -1);
   const std::tuple<const char*, const char*, int, const char*> rows[] = {
       {"100", "192.168.77.11", KELVO_DEFAULT_PORT, "100"},  // moved, and another card is there
       {"100", "192.168.77.22", 1, "100"},
@@ -329,19 +327,18 @@ TEST_F(Discovery, PingsNothingWhereThereIsNothingToPing) {
   Host network("169.254.200.1/16");
   CardHost card(network, "a", "169.254.0.6/16", {"--serial", "1", "--address", "::"});
   const Inside inside(network.Space());
-  const Stopwatch watch;
+  const AtMost promptly(3000);
   EXPECT_EQ(Pinged(4, 5, 1, 0, 50), "") << "no time is not for ever";
   EXPECT_EQ(Pinged(2, 1, 1, 300, 50), "");
   EXPECT_EQ(Pinged(-3, -5, 1, 300, 50), "");
   EXPECT_EQ(Pinged(0, 5, 0, 300, 50), "");
   EXPECT_EQ(Pinged(-1, 5, 1, 300, 50), "Invalid negative serial number.");
-  EXPECT_LT(watch.Milliseconds(), 3000);
 }
 
 TEST_F(Discovery, NamesWhatFailedWhenItCannotPing) {
   const Host nowhere;
   const Inside away(nowhere.Space());
-  const Stopwatch watch;
+  const AtMost promptly(3000);
   EXPECT_EQ(Pinged(0, 0x7FFFFFFF, 0x7FFFFFFF, -5, 2), "\"setsockopt\" failed in the \"Ping\" function.");
   EXPECT_EQ(Pinged(0, 5, 1, 300, 50), "\"sendto\" failed in the \"Ping\" function.");
   Together(1, [](std::uint32_t) {
@@ -353,7 +350,6 @@ TEST_F(Discovery, NamesWhatFailedWhenItCannotPing) {
     syscall(SYS_capset, &header, privileges.data());
     EXPECT_EQ(Pinged(0, 5, 1, 300, 50), "\"socket\" failed in the \"Ping\" function.");
   });
-  EXPECT_LT(watch.Milliseconds(), 3000);
 }
 
 bool IsUp(std::int32_t handle) {

@@ -136,13 +136,6 @@ struct LoneClient : OwnCard, Client {
 };
 
 // A connection that sends and takes mere bytes.
-inline int Connect(int port) {
-  sockaddr_storage address{};
-  const socklen_t length = IPAddress::Resolve("127.0.0.1").GetSockaddr(port, address);
-  const int result = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  EXPECT_EQ(connect(result, reinterpret_cast<const sockaddr*>(&address), length), 0);
-  return result;
-}
 inline int Connect(const CardProcess& card) {
   return Connect(card.GetPort());
 }

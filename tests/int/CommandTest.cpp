@@ -47,7 +47,7 @@ void ExpectArray(const char* bytes, const std::vector<T>& values) {
   const auto array = Reader(command).AsArray();
   EXPECT_EQ(array.GetCount(), values.size());
   for (std::size_t i = 0; i < values.size(); ++i) EXPECT_EQ(array.template As<T>(i), values[i]);
-  EXPECT_EQ(Failure([&] { array.template As<T>(values.size()); }), "Array index out of range.");
+  EXPECT_FAILURE(array.template As<T>(values.size()), "Array index out of range.");
 }
 
 TEST(CommandValueReader, ClassifiesATypeByteByItsBits) {
@@ -112,7 +112,7 @@ TEST(Command, TheHeaderComesWithTheFirstValue) {
   EXPECT_EQ(command.GetVersion(), 0U);
   EXPECT_EQ(Hex(Command(3, 100).GetPayload()), "01 00 00 00");
   Command half(1, Unsigned("\1"));
-  EXPECT_EQ(Failure([&] { half.Add(true); }), Malformed);
+  EXPECT_FAILURE(half.Add(true), Malformed);
   EXPECT_EQ(Hex(half.GetPayload()), "01");
 }
 
@@ -128,12 +128,12 @@ TEST(Command, TheLimitIsLookedAtWhenThePayloadGrows) {
     for (const std::size_t end : ends) {
       const std::size_t begin = command.GetByteCount();
       const bool taken = fits || end != ends.back();
-      EXPECT_EQ(Failure([&] { command.Add(Zeros(end - begin - 4)); }), taken ? "no failure" : TooLarge);
+      EXPECT_FAILURE(command.Add(Zeros(end - begin - 4)), taken ? "no failure" : TooLarge);
       EXPECT_EQ(command.GetByteCount(), taken ? end : begin);
     }
   }
   CommandList list;  // the same there
-  EXPECT_EQ(Failure([&] { list.Append(5, true, Zeros(921597 - 10)); }), TooLarge);
+  EXPECT_FAILURE(list.Append(5, true, Zeros(921597 - 10)), TooLarge);
   EXPECT_EQ(list.GetCommandCount(), 0U);
   list.Append(6, true, Zeros(921596 - 10));
   list.Append(7, Zeros(700000 - 8), 1.0, Zeros(1050000 - 700013));
@@ -147,18 +147,18 @@ TEST(CommandValueReader, ReadsInOrderChecksTypesAndReplaces) {
   Command::CommandValueReader reader;
   reader.SetNonConstCommand(command);
   reader.ReplaceInt32(-1);
-  EXPECT_EQ(Failure([&] { reader.ReplaceInt32(9); }), "Command value is of type Bool, not Int32.");
+  EXPECT_FAILURE(reader.ReplaceInt32(9), "Command value is of type Bool, not Int32.");
   EXPECT_TRUE(reader.AsBool());
   reader.SkipNext();
-  EXPECT_EQ(Failure([&] { reader.AsArray(); }), "Command value is of type Int32, not an array.");
+  EXPECT_FAILURE(reader.AsArray(), "Command value is of type Int32, not an array.");
   EXPECT_EQ(reader.AsInt32(), 8);
   EXPECT_EQ(Failure([&, array = reader.AsArray()] { array.AsByte(0); }),
             "Command value is of type UInt16Arr, not ByteArr.");
-  EXPECT_EQ(Failure([&] { reader.PeekType(); }), "Command has no further value.");
+  EXPECT_FAILURE(reader.PeekType(), "Command has no further value.");
   EXPECT_EQ(Hex(command.GetPayload().first(16)), "01 00 00 16 22 FF FF FF FF 01 01 01 00 22 08 00");
   EXPECT_EQ(command.GetValueCount(), 5U);
   reader.SetCommand(command);
-  EXPECT_EQ(Failure([&] { reader.ReplaceInt32(9); }), "Command is read-only.");
+  EXPECT_FAILURE(reader.ReplaceInt32(9), "Command is read-only.");
   CommandValueType type = CommandValueType::Invalid;
   EXPECT_TRUE(Command::TryParseValueType("P3IArr", type));
   EXPECT_FALSE(Command::TryParseValueType("UInt16", type));
@@ -193,10 +193,10 @@ TEST(ReflectiveEnum, KnowsItsNamesAndValuesInOrderAndNoOthers) {
   EXPECT_EQ(Sample::_from_integral(5)._to_string(), "Five");  // the first of two
   EXPECT_EQ(Sample(static_cast<Sample::_enumerated>(77))._to_string(), "77");
   for (const std::int64_t number : {2L, -1L, 0x7FFFFFFFL, 1L << 32, (1L << 32) + 5}) {
-    EXPECT_EQ(Failure([&] { Sample::_from_integral(number); }), "Sample::_from_integral: invalid argument");
+    EXPECT_FAILURE(Sample::_from_integral(number), "Sample::_from_integral: invalid argument");
   }
   for (const char* name : {"", "five", "Five ", "Fiv", "Five = 5", "Zero,"}) {
-    EXPECT_EQ(Failure([&] { Sample::_from_string(name); }), "Sample::_from_string: invalid argument") << name;
+    EXPECT_FAILURE(Sample::_from_string(name), "Sample::_from_string: invalid argument") << name;
     EXPECT_FALSE(Sample::_from_string_nothrow(name).has_value());
   }
 }
@@ -348,13 +348,13 @@ std::string Upload(CommandList& list, bool append) {
 
 TEST(CommandList, LoopsAreCountedAndHardlyChecked) {
   CommandList list;
-  EXPECT_EQ(Failure([&] { list.AppendLoopBreak(); }), "No loop opened!");
+  EXPECT_FAILURE(list.AppendLoopBreak(), "No loop opened!");
   list.AppendLoopStart(5);
   list.AppendLoopStart(6);
   list.AppendLoopBreak();
   for (int i = 0; i < 3; ++i) list.AppendLoopEnd();  // one too many: appended all the same
   EXPECT_EQ(Upload(list, false), "There are open loops inside the list!");
-  EXPECT_EQ(Failure([&] { list.AppendLoopBreak(); }), "No loop opened!");
+  EXPECT_FAILURE(list.AppendLoopBreak(), "No loop opened!");
   list.AppendLoopStart(7);
   EXPECT_EQ(list.ToString(),
             "[ { LOS, I32[ 5 ], I32[ 1 ] }, { LOS, I32[ 6 ], I32[ 2 ] }, { LOB }, { LOE, I32[ 2 ] }, "
@@ -369,8 +369,7 @@ TEST(LabelList, RefusesAReferenceFromACommandThatHasNoPosition) {
   LabelList labels;
   labels.AddDeclaration("end", 3);
   labels.AddReference("end", 2);
-  EXPECT_EQ(Failure([&] { labels.Resolve(commands); }),
-            "Label 'end' apparently referenced from invalid '1' at 2");
+  EXPECT_FAILURE(labels.Resolve(commands), "Label 'end' apparently referenced from invalid '1' at 2");
 }
 
 TEST(CommandList, AReferenceToALabelThatFoundNoMemoryIsNone) {

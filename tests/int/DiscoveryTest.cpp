@@ -121,7 +121,7 @@ TEST(Addresses, FollowEachOtherInStepsThatWrap) {
       ASSERT_EQ(place(PredictIPv6(n, isInternal), 13) - place(PredictIPv6(n - 1, isInternal), 13), 5) << n;
     }
   }
-  EXPECT_EQ(Failure([] { PredictIPv4(-1, false); }), "Invalid negative serial number.");
+  EXPECT_FAILURE(PredictIPv4(-1, false), "Invalid negative serial number.");
 }
 
 TEST(Addresses, NeedASerialNumberOfUpToFiveDigits) {
@@ -144,8 +144,8 @@ TEST(Addresses, AreWrittenIntoTheRoomThereIs) {
 }
 
 TEST(Addresses, ThatAreNoneAreNotPinged) {
-  EXPECT_EQ(Failure([] { Ping(IPAddress(), 1); }),
-            "An invalid address family was provided that is not supported for pinging.");
+  EXPECT_FAILURE(Ping(IPAddress(), 1),
+                 "An invalid address family was provided that is not supported for pinging.");
 }
 
 TEST(CardInfo, IsOrderedBySerialNumberAndAddress) {

@@ -59,6 +59,8 @@ std::string Failure(auto&& f) {
   return "no failure";
 }
 
+#define EXPECT_FAILURE(work, text) EXPECT_EQ(Failure([&] { work; }), text) << #work
+
 // As long as it lives, numbers of the global locale look like "1.234,5"; it need not be installed.
 struct CommaLocale {
   struct Commas : std::numpunct<char> {

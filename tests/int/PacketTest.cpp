@@ -43,14 +43,14 @@ TEST(Packet, FramesBeginWithTheirKindAndIdInItsShortestForm) {
 }
 
 TEST(Packet, WhatIsNoFrameIsRefused) {
-  EXPECT_EQ(Failure([] { InputPacket::Allocate(nullptr, 0, 100); }), "Invalid packet!");
+  EXPECT_FAILURE(InputPacket::Allocate(nullptr, 0, 100), "Invalid packet!");
   // No whole header, another start marker, no id, half of one, and ids that are no number of 32 bits.
   for (const char* row :
        {"94", "94 02 00 00 00", "95 01 01 00 00 00 07", "94 01 00 00 00 00", "94 01 03 00 00 00 CD 01",
         "94 01 01 00 00 00 FF", "94 81 01 00 00 00 C0", "94 00 01 00 00 00 C2", "94 01 02 00 00 00 A1 37",
         "94 01 02 00 00 00 91 07", "94 01 05 00 00 00 CA 40 E0 00 00", "94 01 01 00 00 00 C1",
         "94 01 09 00 00 00 CF 00 00 00 01 00 00 00 00"}) {
-    EXPECT_EQ(Failure([&] { Received(Bytes(row)); }), "Invalid packet!") << row;
+    EXPECT_FAILURE(Received(Bytes(row)), "Invalid packet!") << row;
   }
   // Within a larger buffer, with an id in a signed form, followed by the result.
   const std::string buffer = Bytes("00 00 94 01 05 00 00 00 D1 00 05 A1 72 FF");

@@ -183,7 +183,7 @@ TEST(VirtualCardFlow, MarksCharactersTimesAndCounters) {
 
 TEST(VirtualCardFlow, MissesNoKnock) {
   using namespace std::chrono_literals;
-  const Stopwatch watch;
+  const AtMost promptly(5000);
   for (const bool isAsleep : {false, true}) {
     VirtualCard::AbortSignal signal;
     const std::uint64_t wakes = signal.GetWakes();  // whatever is looked at is looked at now
@@ -195,7 +195,6 @@ TEST(VirtualCardFlow, MissesNoKnock) {
     signal.WaitUntil(std::chrono::steady_clock::now() + 10s, wakes);
     EXPECT_TRUE(signal.IsRaised());
   }
-  EXPECT_LT(watch.Milliseconds(), 5000);
 }
 
 }  // namespace

@@ -49,6 +49,16 @@ inline testing::AssertionResult FailsWith(const char* call, const char*, std::in
 // The call returns -1 and leaves that text as the last error.
 #define EXPECT_FAILS(call, text) EXPECT_PRED_FORMAT2(::VELTRO::KELVO::Test::FailsWith, call, text)
 
+// The text of a list.
+inline std::string TextOf(std::int64_t list) {
+  std::string text(static_cast<std::size_t>(vlListStringLen(list)) + 2, '?');
+  std::uint32_t length = 0;
+  EXPECT_FAILS(vlListToString(list, text.data(), static_cast<std::uint32_t>(text.size() - 1), &length),
+               "Buffer is too small.");
+  EXPECT_OK(vlListToString(list, text.data(), static_cast<std::uint32_t>(text.size()), &length));
+  return text.substr(0, length);
+}
+
 // A connection that is made when it is declared and ended with it; the handle is -1 when it failed.
 class Connection {
  public:

@@ -129,6 +129,42 @@ class Peer {
   std::string received_;
 };
 
+// A socket that listens on a free port of loopback.
+class Listener {
+ public:
+  explicit Listener(int backlog) {
+    sockaddr_in address{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
+    socklen_t length = sizeof address;
+    auto* generic = reinterpret_cast<sockaddr*>(&address);
+    EXPECT_EQ(bind(Socket, generic, length) + listen(Socket, backlog) + getsockname(Socket, generic, &length),
+              0);
+    Port = ntohs(address.sin_port);
+  }
+  ~Listener() { close(Socket); }
+  Listener(const Listener&) = delete;
+  Listener& operator=(const Listener&) = delete;
+
+  const int Socket = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  int Port = 0;
+};
+
+// A socket that is connected to that port.
+inline int Connect(int port) {
+  const sockaddr_in address{AF_INET, htons(static_cast<std::uint16_t>(port)), {htonl(INADDR_LOOPBACK)}, {}};
+  const int result = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  EXPECT_EQ(connect(result, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  return result;
+}
+
+// A listener whose backlog is full: a connect to it gets no answer at all.
+class BlackHole {
+  const Listener listener_{0};
+  const Peer filler_{Connect(listener_.Port)};
+
+ public:
+  const int Port = listener_.Port;
+};
+
 class FakeCard {
  public:
   using Script = std::function<void(Peer&)>;
@@ -136,33 +172,22 @@ class FakeCard {
   // Runs `script` for each connection, on a thread of its own. A test that sends it more says so.
   explicit FakeCard(Script script, std::size_t mostBytes = Peer::MostBytes)
       : script_(std::move(script)), mostBytes_(mostBytes) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    auto* generic = reinterpret_cast<sockaddr*>(&address);
-    if (bind(listener_, generic, length) != 0 || listen(listener_, 1024) != 0 ||
-        getsockname(listener_, generic, &length) != 0) {
-      throw std::runtime_error("no listener on loopback");
-    }
-    port_ = ntohs(address.sin_port);
     acceptor_ = std::thread([this] { Accept(); });
   }
   ~FakeCard() {
     stopping_ = true;
-    shutdown(listener_, SHUT_RDWR);
+    shutdown(listener_.Socket, SHUT_RDWR);
     acceptor_.join();
     {
       const std::lock_guard lock(mutex_);
       for (Peer& peer : peers_) peer.ShutDown();
     }
     for (std::thread& thread : threads_) thread.join();
-    close(listener_);
   }
   FakeCard(const FakeCard&) = delete;
   FakeCard& operator=(const FakeCard&) = delete;
 
-  int Port() const { return port_; }
+  int Port() const { return listener_.Port; }
 
   // After the handshake, answers every request with `answer`; an empty answer is not sent.
   static Script Answering(std::function<std::string(const Request&)> answer) {
@@ -191,7 +216,7 @@ class FakeCard {
  private:
   void Accept() {
     while (!stopping_) {
-      const int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+      const int socket = accept4(listener_.Socket, nullptr, nullptr, SOCK_CLOEXEC);
       if (socket < 0) continue;
       const int on = 1;
       setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
@@ -206,8 +231,7 @@ class FakeCard {
 
   const Script script_;
   const std::size_t mostBytes_;
-  const int listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  int port_ = 0;
+  const Listener listener_{1024};
   std::atomic<bool> stopping_{false};
   std::mutex mutex_;
   std::list<Peer> peers_;

@@ -61,4 +61,15 @@ class Stopwatch {
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
+// The test fails when this lives longer than so many milliseconds.
+class AtMost : Stopwatch {
+ public:
+  explicit AtMost(double most, std::string what = "") : most_(most), what_(std::move(what)) {}
+  ~AtMost() { EXPECT_LT(Milliseconds(), most_) << what_; }
+
+ private:
+  const double most_;
+  const std::string what_;
+};
+
 }  // namespace VELTRO::KELVO::Test
