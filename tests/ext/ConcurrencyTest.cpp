@@ -255,6 +255,7 @@ TEST(Waits, AreInterruptedByKind) {
       {vlListWaitForListIdle, vlListInterruptWaitForListIdle}};
   for (const auto& [wait, interrupt] : kinds) {
     std::atomic<bool> ended{false};
+    const AtMost promptly(5000);
     Together(2, [&, wait = wait, interrupt = interrupt](std::uint32_t i) {
       std::int32_t value = 0;
       ended = i == 0 && wait(connection, &value, 10000) == 1;
