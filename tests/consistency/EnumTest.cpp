@@ -1,14 +1,5 @@
 // The enumerations of the public headers are those of the library, with the same names and values.
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <map>
 #include <regex>
-#include <set>
-#include <sstream>
-#include <type_traits>
 
 #include "client/CardAddresses.h"
 #include "common/KelvoAPIEnums.h"
@@ -17,6 +8,7 @@
 #include "peripherals/PeripheralEnums.h"
 #include "rpc/RpcEvents.h"
 #include "services/FileEnums.h"
+#include "support/Usual.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {

@@ -1,21 +1,8 @@
 // docs/protocol.md, the library and the virtual card speak of the same methods, records and numbers.
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <map>
 #include <regex>
-#include <set>
-#include <sstream>
 
 #include "client/CardInfo.h"
-#include "config/LaserConfig.h"
-#include "config/MotfConfig.h"
-#include "config/ProcessVariables.h"
-#include "config/QuadratureDecoderConfig.h"
-#include "config/ScannerConfig.h"
-#include "config/SystemConfig.h"
+#include "int/Filler.h"
 #include "kelvo/KelvoClientAPI.h"
 #include "lists/Command.h"
 #include "methods/MethodTable.h"
@@ -25,19 +12,13 @@
 #include "peripherals/SpiConfig.h"
 #include "rpc/Body.h"
 #include "rpc/Packet.h"
-#include "services/EventConfig.h"
 #include "services/FileAPIVL.h"
-#include "services/OpticalParameters.h"
+#include "support/TemporaryDirectory.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
 
 using namespace ClientLib;
-
-std::string ContentOf(const std::filesystem::path& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 // The names in backticks in a cell of a table.
 std::vector<std::string> NamesIn(const std::string& cell) {

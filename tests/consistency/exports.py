@@ -22,7 +22,7 @@ def declared(folder):
     """Names of prototypes, and of those that have no comment right above them."""
     names, bare = [], []
     for text in headers(folder):
-        for start, name, _ in prototypes(text):
+        for start, name, *_ in prototypes(text):
             names.append(name)
             if not text[:start].rstrip(" ").endswith("*/\n"):
                 bare.append(name)
@@ -31,7 +31,7 @@ def declared(folder):
 
 def tested(tests):
     words = set()
-    for file in tests.rglob("*.c*"):
+    for file in tests.rglob("*.[ch]*"):
         words.update(re.findall(r"\bvl\w+", code(file.read_text())))
     return words
 

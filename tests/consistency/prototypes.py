@@ -19,8 +19,8 @@ def headers(folder):
 
 
 def prototypes(text):
-    """Of each prototype in a header: where it begins, its name, and the (type, name) of its parameters."""
+    """Of each prototype in a header: where it begins, its name, the (type, name) of its parameters, and its result."""
     for match in PROTOTYPE.finditer(code(text)):
         words = [" ".join(parameter.split()) for parameter in match.group(3).split(",")]
         parameters = [re.fullmatch(r"(.*\W)(\w+)", word).groups() for word in words if word != "void"]
-        yield match.start(), match.group(2), [(kind.strip(), name) for kind, name in parameters]
+        yield match.start(), match.group(2), [(kind.strip(), name) for kind, name in parameters], match.group(1)

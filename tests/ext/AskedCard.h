@@ -1,12 +1,6 @@
 // What exported functions ask the card, and what they make of its answers.
 #pragma once
 
-#include <functional>
-#include <span>
-#include <sstream>
-#include <string>
-
-#include "support/Calls.h"
 #include "support/FakeCard.h"
 
 namespace VELTRO::KELVO::Test {
@@ -22,6 +16,7 @@ struct AskedCard {
     return Frame(0x01, Packed(request.Id) + Answer);
   })};
   Connection Handle{Card.Port()};
+  operator std::int32_t() const { return Handle; }
 };
 
 // A call, what the card is asked by it, what the call ends with and has written then, and the card's packed answer.

@@ -7,8 +7,7 @@ namespace {
 using namespace std::string_literals;
 
 TEST(Calls, OfLists) {
-  AskedCard card;
-  const std::int32_t c = card.Handle;
+  AskedCard c;
   std::int32_t i = 0, ids[2] = {};
   std::uint32_t n = 0;
   vlListExecutionStats s{};
@@ -38,12 +37,11 @@ TEST(Calls, OfLists) {
       {ASK(vlListGetLastExecutionStats(c, &s)), stats, "std::bad_cast", "\x96\1\2\3\4\5\6"},
       {ASK(vlListGetLastExecutionStats(c, &s), s.MicroVectors), stats, "std::bad_cast 2", "\7"},
   };
-  ExpectAsked(card, calls);
+  ExpectAsked(c, calls);
 }
 
 TEST(Calls, OfTheLaser) {
-  AskedCard card;
-  const std::int32_t c = card.Handle;
+  AskedCard c;
   bool flag = true;
   double scale = 0;
   std::uint32_t n = 0, two[] = {1, 4294967295};
@@ -71,7 +69,7 @@ TEST(Calls, OfTheLaser) {
        "\x94\7\7\7\7"},
       {ASK(vlLaserGetPowerCalibration(c, 1, nullptr, 0, &n), n), get, "0 0", "\x90"},
   };
-  ExpectAsked(card, calls);
+  ExpectAsked(c, calls);
 }
 
 // A time of the card: so many ticks more than at the beginning of 1970, and the bits above them.
@@ -80,8 +78,7 @@ std::string Ticks(std::int64_t more, std::uint64_t kind) {
 }
 
 TEST(Calls, OfTheSystem) {
-  AskedCard card;
-  const std::int32_t c = card.Handle;
+  AskedCard c;
   bool flag = false;
   std::uint32_t n = 0, zones[2] = {};
   char text[5] = "";
@@ -109,12 +106,11 @@ TEST(Calls, OfTheSystem) {
       {ASK(vlSystemGetSupportedTimeZones(c, zones, 2, &n)), zonesAsked, "std::bad_cast",
        "\x91\x94\xA0\xA0\0\0"s},
   };
-  ExpectAsked(card, calls);
+  ExpectAsked(c, calls);
 }
 
 TEST(Calls, OfTheClockCountTicksSinceTheYearOne) {
-  AskedCard card;
-  const std::int32_t c = card.Handle;
+  AskedCard c;
   std::uint64_t s = 99;
   const auto *const get = "GetTime[]", *const universal = "GetUniversalTime[]",
                     *const beyond = "The time is beyond the year 9999.";
@@ -129,12 +125,11 @@ TEST(Calls, OfTheClockCountTicksSinceTheYearOne) {
       {ASK(vlSystemGetUniversalTime(c, &s), s), universal, "0 1",
        Packed(std::int64_t{-4611686018427387904 + 621355968010000000})},
   };
-  ExpectAsked(card, calls);
+  ExpectAsked(c, calls);
 }
 
 TEST(Calls, OfProcessAndMotion) {
-  AskedCard card;
-  const std::int32_t c = card.Handle;
+  AskedCard c;
   std::int32_t i = 0;
   double factor = 0;
   const vlTransform3D given{{{1, 2, 3}, {4, 5, 6}, {7, 8, 9}}, {10, 11, 12}};
@@ -153,12 +148,11 @@ TEST(Calls, OfProcessAndMotion) {
       {ASK(vlMotfQuadratureDecoderReadEncoderPosition(c, 3, &i), i), "ReadEncoderPosition[3]", "0 -7",
        "\xF9"},
   };
-  ExpectAsked(card, calls);
+  ExpectAsked(c, calls);
 }
 
 TEST(Calls, OfTheScanner) {
-  AskedCard card;
-  const std::int32_t c = card.Handle;
+  AskedCard c;
   std::uint32_t n = 0, two[] = {8, 9};
   std::uint8_t byte = 1;
   const double biases[] = {0.5, 1.5};
@@ -177,7 +171,6 @@ TEST(Calls, OfTheScanner) {
        "\x91\x91\x91\5"},
       {ASK(vlScannerReadLastPositions(c, &at), count), "ReadLastPositions[]",
        "Error converting ScannerPositions to C. 1", "\x91\x93\x90\x90\x90"},
-      {ASK(vlScannerReadPositions(c, nullptr)), "", "Out parameter must not be null"},
       {ASK(vlScannerGetHeadBias(c, 1, &p), p.X, p.Y, p.Z), "GetHeadBias[1]", "0 4 5 6", "\x93\4\5\6"},
       {ASK(vlScannerSetHeadBias(c, 1, axes, biases, 2)), "SetHeadBias[1,34,[0.5,1.5]]"},
       {ASK(vlScannerCommunicationTransmitVeltro(c, 1, 6, &byte, 1, 9)), "",
@@ -193,12 +186,11 @@ TEST(Calls, OfTheScanner) {
       {ASK(vlScannerCommunicationTransceiveEnhanced(c, 1, axes, two, 2, two, 2, &n, 9), n, two[0]),
        "TransceiveEnhancedCommand[1,34,[8,9],9]", "0 1 7", "\x91\7"},
   };
-  ExpectAsked(card, calls);
+  ExpectAsked(c, calls);
 }
 
 TEST(Calls, OfFiles) {
-  AskedCard card;
-  const std::int32_t c = card.Handle;
+  AskedCard c;
   bool flag = false;
   std::uint32_t n = 0, count = 0;
   char text[5] = "";
@@ -216,12 +208,11 @@ TEST(Calls, OfFiles) {
       {ASK(vlFileGetFiles(c, lists, text, 5, &n, &count)), "GetFiles[3]",
        "The card sent a file name that is none.", "\x91\xA2\0\x62"s},
   };
-  ExpectAsked(card, calls);
+  ExpectAsked(c, calls);
 }
 
 TEST(Calls, OfCorrections) {
-  AskedCard card;
-  const std::int32_t c = card.Handle;
+  AskedCard c;
   bool flag = false;
   std::int32_t i = 0;
   std::uint32_t n = 0;
@@ -250,7 +241,7 @@ TEST(Calls, OfCorrections) {
       {ASK(vlPowerCorrectionGetOpticalParameters(c, &optics)), "GetOpticalParametersPowerCorrection[]",
        "std::bad_cast"},
   };
-  ExpectAsked(card, calls);
+  ExpectAsked(c, calls);
 }
 
 }  // namespace

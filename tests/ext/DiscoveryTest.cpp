@@ -1,14 +1,11 @@
-// Finding cards, on networks that the test makes for itself: virtual cards and odd answers on hosts of their own.
+// Cards on networks that the test makes for itself, on hosts of their own: finding them, and those that are busy or
+// dead.
 #include <linux/capability.h>
 #include <sys/syscall.h>
-
-#include <array>
-#include <atomic>
 
 #include "int/CardProcess.h"
 #include "support/FakeCard.h"
 #include "support/NetworkLab.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -52,13 +49,7 @@ std::string Reached(const std::string& serial, const std::string& address,
   return text;
 }
 
-class Discovery : public testing::Test {
- protected:
-  // The test leaves the machine's own network first and never sends anything there.
-  void SetUp() override {
-    if (unshare(CLONE_NEWNET) != 0) GTEST_SKIP() << "This user may not make network namespaces.";
-  }
-};
+class Discovery : public NetworkTest {};
 
 struct CardHost {
   CardHost(Host& network, const std::string& port, const std::string& addresses,
@@ -148,11 +139,9 @@ TEST_F(Discovery, CardsAnswerForThemselvesOnly) {
       ask(search + "st: " + Target + "\r\n\r\n");
       const std::string place = family == AF_INET ? "192.168.77.11" : "[fe80::11]";
       const std::string answer = socket.Receive(5000);
-      EXPECT_TRUE(answer.starts_with("HTTP/1.1 200 OK\r\n")) << answer;
-      EXPECT_NE(answer.find("\r\nLOCATION: http://" + place + ":49374/\r\n"), std::string::npos) << answer;
-      EXPECT_NE(answer.find("\r\nUSN: uuid:kelvo-virtual-card-7::" + std::string(Target) + "\r\n"),
-                std::string::npos)
-          << answer;
+      EXPECT_THAT(answer, StartsWith("HTTP/1.1 200 OK\r\n"));
+      EXPECT_THAT(answer, HasSubstr("\r\nLOCATION: http://" + place + ":49374/\r\n"));
+      EXPECT_THAT(answer, HasSubstr("\r\nUSN: uuid:kelvo-virtual-card-7::" + std::string(Target) + "\r\n"));
       EXPECT_EQ(socket.Receive(50), "") << "one answer, to one of them";
     }
   }
@@ -236,9 +225,8 @@ TEST_F(Discovery, TakesWhateverIsAnswered) {
       std::string expected = row.expected;
       if (const auto at = expected.find("SCOPE"); at != std::string::npos)
         expected.replace(at, 5, std::to_string(scope));
-      const Stopwatch watch;
+      const AtMost promptly(expected.starts_with("Socket") ? 4000 : SearchMs, row.name);
       EXPECT_EQ(Found(&vlDiscover), expected) << row.name;
-      EXPECT_LT(watch.Milliseconds(), expected.starts_with("Socket") ? 4000 : SearchMs) << row.name;
     }
     over = true;
   });
@@ -263,7 +251,6 @@ TEST_F(Discovery, ConnectsToWhereACardIsByNow) {
        {"", "192.168.77", "192.168.77.11%2", "localhost", "fe80::1%eth0", "fe80::1%", "fe80::1%4294967296"}) {
     EXPECT_EQ(Reached("100", none), "Invalid IP address.") << none;
   }
-  EXPECT_EQ(vlConnectByCardInfo(nullptr), -1);
   const std::tuple<const char*, const char*, int, const char*> rows[] = {
       {"100", "192.168.77.11", KELVO_DEFAULT_PORT, "100"},  // moved, and another card is there
       {"100", "192.168.77.22", 1, "100"},
@@ -308,7 +295,7 @@ TEST_F(Discovery, CardsTellTheAddressThatIsNearestToTheSearcher) {
   socket.Peer = GroupSocket::Group(AF_INET, 1909);
   socket.Send("M-SEARCH * HTTP/1.1\r\nMAN:\"ssdp:discover\"\r\nST: " + std::string(Target) + "\r\n\r\n");
   const std::string answer = socket.Receive(5000);
-  EXPECT_NE(answer.find("\r\nLOCATION: http://192.168.77.11:"), std::string::npos) << answer;
+  EXPECT_THAT(answer, HasSubstr("\r\nLOCATION: http://192.168.77.11:"));
 }
 
 TEST_F(Discovery, PingsTheAddressesThatSerialNumbersPredict) {
@@ -340,19 +327,18 @@ TEST_F(Discovery, PingsNothingWhereThereIsNothingToPing) {
   Host network("169.254.200.1/16");
   CardHost card(network, "a", "169.254.0.6/16", {"--serial", "1", "--address", "::"});
   const Inside inside(network.Space());
-  const Stopwatch watch;
+  const AtMost promptly(3000);
   EXPECT_EQ(Pinged(4, 5, 1, 0, 50), "") << "no time is not for ever";
   EXPECT_EQ(Pinged(2, 1, 1, 300, 50), "");
   EXPECT_EQ(Pinged(-3, -5, 1, 300, 50), "");
   EXPECT_EQ(Pinged(0, 5, 0, 300, 50), "");
   EXPECT_EQ(Pinged(-1, 5, 1, 300, 50), "Invalid negative serial number.");
-  EXPECT_LT(watch.Milliseconds(), 3000);
 }
 
 TEST_F(Discovery, NamesWhatFailedWhenItCannotPing) {
   const Host nowhere;
   const Inside away(nowhere.Space());
-  const Stopwatch watch;
+  const AtMost promptly(3000);
   EXPECT_EQ(Pinged(0, 0x7FFFFFFF, 0x7FFFFFFF, -5, 2), "\"setsockopt\" failed in the \"Ping\" function.");
   EXPECT_EQ(Pinged(0, 5, 1, 300, 50), "\"sendto\" failed in the \"Ping\" function.");
   Together(1, [](std::uint32_t) {
@@ -364,7 +350,81 @@ TEST_F(Discovery, NamesWhatFailedWhenItCannotPing) {
     syscall(SYS_capset, &header, privileges.data());
     EXPECT_EQ(Pinged(0, 5, 1, 300, 50), "\"socket\" failed in the \"Ping\" function.");
   });
-  EXPECT_LT(watch.Milliseconds(), 3000);
+}
+
+bool IsUp(std::int32_t handle) {
+  bool connected = false;
+  EXPECT_OK(vlIsConnected(handle, &connected));
+  return connected;
+}
+
+// Milliseconds until the connection is down, or `most`.
+double DownAfter(std::int32_t handle, double most) {
+  const Stopwatch watch;
+  while (IsUp(handle) && watch.Milliseconds() < most) usleep(50000);
+  return watch.Milliseconds();
+}
+
+class Link : public NetworkTest {};
+
+TEST_F(Link, TellsABusyCardFromADeadOne) {
+  constexpr double BusyMs = 34000;  // more than a card that is dead gets
+  Host network("192.168.77.1/24");
+  Host place(network, "card", "192.168.77.11/24");
+  std::optional<CardProcess> dead;
+  {
+    const Inside inside(place.Space());
+    dead.emplace(std::vector<std::string>{"--address", "192.168.77.11"});
+  }
+  const Inside inside(network.Space());
+  CardProcess busy;
+  const Connection unread(busy.GetPort());
+  const std::int32_t idle = vlConnect("192.168.77.11", dead->GetPort());
+  const std::int32_t unacknowledged = vlConnect("192.168.77.11", dead->GetPort());
+  ASSERT_TRUE(IsUp(idle) && IsUp(unacknowledged) && IsUp(unread)) << LastError();
+
+  network.Ip("link set dev card down");
+  kill(busy.GetId(), SIGSTOP);
+  Together(4, [&](std::uint32_t i) {
+    if (i == 0) {  // it takes nothing, for longer than one that is dead would be given
+      vlSetTimeout(unread, 120000);
+      const std::int64_t list = vlListAllocate(unread);
+      for (int n = 0; n < 600000; ++n) vlListAppendMarkAbs2D(list, n, n);
+      EXPECT_OK(vlListSet(unread, 1, list, false, -1));
+      EXPECT_TRUE(IsUp(unread));
+    } else if (i == 1) {
+      usleep(static_cast<useconds_t>(BusyMs * 1000));
+      kill(busy.GetId(), SIGCONT);
+    } else if (i == 2) {  // asked by keep-alive
+      EXPECT_LT(DownAfter(idle, 60000), 40000);
+    } else {  // what was sent is not acknowledged
+      vlSetTimeout(unacknowledged, 100);
+      EXPECT_EQ(vlListExecute(unacknowledged, 1), -1);
+      const double down = DownAfter(unacknowledged, 60000);
+      EXPECT_GT(down, 15000) << "a short time-out is no reason to give a card up";
+      EXPECT_LT(down, 45000);
+    }
+  });
+  vlDisconnect(idle);
+  vlDisconnect(unacknowledged);
+}
+
+TEST_F(Link, AnAddressThatIsNotReadyIsWaitedFor) {
+  Host network("192.168.77.1/24 fe80::1/64");
+  Host unplugged(network, "unplugged", "192.168.77.2/24");
+  Host doubled(network, "doubled", "192.168.77.3/24");
+  Together(2, [&](std::uint32_t i) {
+    const bool isFree = i == 0;  // or somebody else's: the system never lets it be used
+    const Inside inside((isFree ? unplugged : doubled).Space());
+    const auto [code, output] = Shell(std::string("ip addr add ") + (isFree ? "fe80::2" : "fe80::1") +
+                                      "/64 dev eth0 && ip addr show dev eth0");
+    ASSERT_THAT(output, HasSubstr("tentative"));
+    const Stopwatch watch;
+    std::uint32_t count = 77;
+    EXPECT_EQ(vlDiscover(nullptr, 0, &count), isFree ? 0 : -1);
+    EXPECT_EQ(LastError(), isFree ? "" : "Socket is not open. Error code: 99");
+    EXPECT_TRUE(isFree || watch.Milliseconds() < 4000);
+  });
 }
 
 }  // namespace

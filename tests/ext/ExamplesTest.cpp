@@ -1,26 +1,14 @@
 // The example programs as a user runs them, on a virtual card in another process: what they print and how they end.
-#include <tuple>
-
 #include "int/CardProcess.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
 
-// Runs a shell command among the example programs and their data. Its exit code and what it wrote.
-std::pair<int, std::string> RunExample(const std::string& command) {
-  const std::string where = "exec 2>&1; cd " EXAMPLES_DATA "; PATH=" EXAMPLES_PROGRAMS ":$PATH; ";
-  std::string output;
-  std::FILE* const pipe = popen((where + command).c_str(), "r");
-  for (int next; (next = fgetc(pipe)) != EOF;) output += static_cast<char>(next);
-  const int status = pclose(pipe);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
-}
-
-// It ends with that code and writes, among other things, that text.
+// A shell command among the example programs and their data ends with that code and writes, among other things, that.
 void ExpectExample(const std::string& command, int code, const std::string& text) {
-  const auto [exitCode, output] = RunExample(command);
+  const auto [exitCode, output] = Shell("cd " EXAMPLES_DATA "; PATH=" EXAMPLES_PROGRAMS ":$PATH; " + command);
   EXPECT_EQ(exitCode, code) << command << "\n" << output;
-  EXPECT_NE(output.find(text), std::string::npos) << command << "\n" << output;
+  EXPECT_THAT(output, HasSubstr(text)) << command;
 }
 
 TEST(Examples, SayWhatTheyDidOrWhyNot) {

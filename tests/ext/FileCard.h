@@ -1,17 +1,7 @@
 // Local files, and cards whose files do not behave.
 #pragma once
 
-#include <atomic>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <mutex>
-#include <random>
-#include <thread>
-#include <tuple>
-
 #include "support/FakeCard.h"
-#include "support/Process.h"
 #include "support/TemporaryDirectory.h"
 
 namespace VELTRO::KELVO::Test {
@@ -22,11 +12,8 @@ struct Folder : TemporaryDirectory {
   std::string Content() const {
     std::string text;
     for (const auto& entry : std::filesystem::directory_iterator(Path))
-      text += entry.path().filename().string() + "=" + Read(entry.path()) + " ";
+      text += entry.path().filename().string() + "=" + ContentOf(entry.path()) + " ";
     return text;
-  }
-  static std::string Read(const std::filesystem::path& path) {
-    return {std::istreambuf_iterator<char>(std::ifstream(path, std::ios::binary).rdbuf()), {}};
   }
   static void Write(const std::string& path, const std::string& content) {
     std::ofstream(path, std::ios::binary) << content;

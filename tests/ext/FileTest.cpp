@@ -1,13 +1,6 @@
 // Files through the flat functions: on a virtual card in another process, and on cards that misbehave.
-#include <unistd.h>
-
-#include <algorithm>
-#include <optional>
-#include <span>
-
 #include "ext/FileCard.h"
 #include "int/CardProcess.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -15,8 +8,7 @@ namespace {
 namespace fs = std::filesystem;
 
 TEST(Files, ComeBackAsTheyWereSent) {
-  const CardProcess card;
-  const Connection c(card.GetPort());
+  const CardConnection c;
   const Folder folder;
   const std::string sent = folder / "sent", back = folder / "back";
   struct Progress {
@@ -34,38 +26,12 @@ TEST(Files, ComeBackAsTheyWereSent) {
     Progress up, down;
     EXPECT_OK(vlFilePut(c, vlDirectorySelector_JOBFILES, "file", sent.c_str(), Count, &up)) << size;
     EXPECT_OK(vlFileGet(c, vlDirectorySelector_JOBFILES, "file", back.c_str(), Count, &down)) << size;
-    EXPECT_TRUE(Folder::Read(back) == bytes) << size;
+    EXPECT_TRUE(ContentOf(back) == bytes) << size;
     for (const Progress& p : {up, down}) {
       EXPECT_TRUE(p.calls == (size + 8191) / 8192 && p.moved == size && p.whole == size) << size;
     }
   }
   EXPECT_TRUE(ResidentBytes() < (200 << 20) || Sanitized) << "of which the test takes two times 64 MiB";
-}
-
-TEST(Files, AreListedFoundAndDeleted) {
-  const CardProcess card;
-  const Connection c(card.GetPort());
-  const Folder folder;
-  const std::string small = folder / "small", none = folder / "new";
-  constexpr auto Jobs = vlDirectorySelector_JOBFILES;
-  Folder::Write(small, "x");
-  char names[8] = "";
-  std::uint32_t length = 0, count = 0;
-  bool exists = false;
-  EXPECT_OK(vlFilePut(c, Jobs, "file", small.c_str(), nullptr, nullptr));
-  EXPECT_OK(vlFilePut(c, Jobs, "b", small.c_str(), nullptr, nullptr));
-  EXPECT_FAILS(vlFileGetFiles(c, Jobs, names, 6, &length, &count), "Buffer is too small.");
-  EXPECT_OK(vlFileGetFiles(c, Jobs, nullptr, 0, &length, &count));
-  EXPECT_EQ(Told(vlFileGetFiles(c, Jobs, names, length, &length, &count), length, count), "0 7 2");
-  EXPECT_EQ(std::string(names, length), std::string("b\0file\0", 7));
-  EXPECT_OK(vlFileDelete(c, Jobs, "b"));
-  EXPECT_EQ(Outcome(vlFileDelete(c, Jobs, "b")), "There is no file 'b'.");
-  EXPECT_EQ(Told(vlFileExists(c, Jobs, "b", &exists), exists), "0 0");
-  EXPECT_EQ(Told(vlFileExists(c, Jobs, "file", &exists), exists), "0 1");
-  EXPECT_EQ(Outcome(vlFileGet(c, Jobs, "b", none.c_str(), nullptr, nullptr)), "There is no file 'b'.");
-  EXPECT_FALSE(fs::exists(none));
-  EXPECT_FAILS(vlFileGet(c, 9, "b", "/", nullptr, nullptr),
-               "DirectorySelector::_from_integral: invalid argument");
 }
 
 // A transfer between a card's file and a local one, each of which may be there or not, and what is to become of it.
@@ -243,7 +209,7 @@ TEST(Files, SurviveTheEndOfTheConnectionAnywhere) {
       card.Cut = -1;
       const Connection sound(card.Card.Port());
       EXPECT_OK(transfer(sound));
-      EXPECT_TRUE(Folder::Read(local) == content);
+      EXPECT_TRUE(ContentOf(local) == content);
     }
   }
 }

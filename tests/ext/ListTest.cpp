@@ -1,16 +1,13 @@
-// Lists and their labels: how they are numbered, filled, taken from text and released.
-#include <thread>
-
-#include "ext/UploadCard.h"
+// Lists, their labels, and fonts: how they are numbered, filled, taken from text and released.
+#include "ext/AskedCard.h"
+#include "int/CardProcess.h"
 #include "support/FailingMemory.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
 
 TEST(Lists, AreNumberedAndNeverNumberedAgain) {
-  FakeCard card(FakeCard::Obliging());
-  Connection connection(card.Port());
+  const FakeConnection connection;
   const std::int64_t first = vlListAllocate(connection);
   EXPECT_EQ(first >> 32, connection);
   EXPECT_OK(vlListReleaseHandle(first));
@@ -22,20 +19,14 @@ TEST(Lists, AreNumberedAndNeverNumberedAgain) {
 }
 
 TEST(Lists, MayBeReleasedWhileOthersAppend) {
-  FakeCard card(FakeCard::Obliging());
-  Connection connection(card.Port());
+  const FakeConnection connection;
   for (int round = 0; round < 50; ++round) {
     const std::int64_t list = vlListAllocate(connection);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 2; ++i) {
-      threads.emplace_back([list] {
-        while (vlListAppendMarkAbs2D(list, 1, 2) == 0) continue;
-        EXPECT_EQ(LastError(), "List does not exist.");
-      });
-    }
-    while (vlListCommandCount(list) < 1000) std::this_thread::yield();
-    EXPECT_OK(vlListReleaseHandle(list));
-    for (std::thread& thread : threads) thread.join();
+    Together(3, [&](std::uint32_t i) {
+      while (i < 2 && vlListAppendMarkAbs2D(list, 1, 2) == 0) continue;
+      while (i == 2 && vlListCommandCount(list) < 1000) std::this_thread::yield();
+      EXPECT_EQ(Outcome(i == 2 ? vlListReleaseHandle(list) : -1), i == 2 ? "0" : "List does not exist.");
+    });
   }
 }
 
@@ -52,25 +43,9 @@ TEST(Lists, AreForgottenByWhoeverUsedThemLast) {
   EXPECT_FAILS(vlListAppendMarkAbs2D(left, 1, 2), "There is no connection corresponding to this handle.");
 }
 
-TEST(Lists, KeepTheirLoops) {
-  FakeCard card(FakeCard::Obliging());
-  Connection connection(card.Port());
-  const std::int64_t list = vlListAllocate(connection);
-  EXPECT_FAILS(vlListAppendLoopBreak(list), "No loop opened!");
-  EXPECT_OK(vlListAppendLoopStart(list, 3));
-  EXPECT_OK(vlListAppendLoopBreak(list));
-  EXPECT_FAILS(vlListSet(connection, 1, list, false, -1), "There are open loops inside the list!");
-  EXPECT_OK(vlListAppendLoopEnd(list));
-  EXPECT_OK(vlListSet(connection, 1, list, false, -1));
-  EXPECT_EQ(vlListCommandCount(list), 3);
-  EXPECT_OK(vlListClear(list));
-  EXPECT_EQ(vlListCommandCount(list), 0);
-}
-
 TEST(Lists, AreAppendedToByManyThreads) {
   constexpr std::uint32_t Marks = 20000;
-  FakeCard card(FakeCard::Obliging());
-  Connection connection(card.Port());
+  const FakeConnection connection;
   std::vector<std::int64_t> own(16);
   for (std::int64_t& list : own) list = vlListAllocate(connection);
   const std::int64_t common = vlListAllocate(connection);
@@ -98,9 +73,9 @@ TEST(Lists, AreAppendedToByManyThreads) {
 }
 
 TEST(Labels, StandForPositionsOnceAListIsSet) {
-  UploadCard card;
-  const std::int64_t list = vlListAllocate(card.Handle);
-  const auto set = [&] { return Outcome(vlListSet(card.Handle, 1, list, false, -1)); };
+  AskedCard card;
+  const std::int64_t list = vlListAllocate(card);
+  const auto set = [&] { return Outcome(vlListSet(card, 1, list, false, -1)); };
   EXPECT_OK(vlListAppendBranchToLabel(list, "end"));
   EXPECT_OK(vlListAppendCaseToLabelValue(list, "begin", 7));
   EXPECT_EQ(set(), "Label 'begin' not defined (referenced from '1048945' at 1).");
@@ -110,14 +85,15 @@ TEST(Labels, StandForPositionsOnceAListIsSet) {
   EXPECT_EQ(set(), "Label 'end' not defined (referenced from '1048849' at 0).");
   EXPECT_OK(vlListAppendLabel(list, "end"));
   EXPECT_EQ(set(), "0");
-  EXPECT_EQ(card.Wire, std::vector<std::string>{"100111:010000052203000000"});
+  const std::string branch("\xCE\0\x10\1\x11\xC4\x09\1\0\0\5\x22\3\0\0\0", 16);  // BA, I32[ 3 ]
+  EXPECT_THAT(card.Arguments, HasSubstr(branch));
   EXPECT_EQ(TextOf(list), "[ { BA, I32[ 3 ] }, { CASGA, I32[ 2 ], I32[ 7 ] }, { LOF } ]")
       << "the list itself";
 }
 
 TEST(Labels, DoNotComeAlongWhenAListIsAppended) {
-  UploadCard card;
-  const std::int64_t list = vlListAllocate(card.Handle), copy = vlListAllocate(card.Handle);
+  AskedCard card;
+  const std::int64_t list = vlListAllocate(card), copy = vlListAllocate(card);
   EXPECT_OK(vlListAppendProgress(list, 7));
   EXPECT_OK(vlListAppendLabel(list, "end"));
   EXPECT_OK(vlListAppendList(copy, list));
@@ -127,8 +103,7 @@ TEST(Labels, DoNotComeAlongWhenAListIsAppended) {
 }
 
 TEST(Lists, AreNotMadeFromTextThatIsNone) {
-  FakeCard card(FakeCard::Obliging());
-  const Connection connection(card.Port());
+  const FakeConnection connection;
   const std::int64_t first = vlListAllocateFromString(connection, "[{LOF}]");
   for (const char* text : {"", "[ { MA, P2D[ X=1 ] } ]", "[ { MA, P2D[ X=1 Y=2 ] } x ]"}) {
     EXPECT_FAILS(vlListAllocateFromString(connection, text), "Illegal list content!");
@@ -144,6 +119,71 @@ TEST(Lists, AreNotMadeFromTextThatIsNone) {
   }
   EXPECT_EQ(LastError(), "std::bad_alloc");
   EXPECT_EQ(vlListAllocate(connection), first + 1) << "something half-made has taken a number";
+}
+
+TEST(Fonts, AreBuiltOfCopiesOfLists) {
+  const CardProcess card;
+  const Connection c(card.GetPort()), other(card.GetPort());
+  const std::int64_t list = vlListAllocate(other), font = vlFontAllocate(c, 3);
+  std::uint16_t codes[3] = {};
+  std::uint32_t count = 99;
+  EXPECT_OK(vlFontAddChar(font, 'B', list));
+  EXPECT_OK(vlListAppendLaserOn(list));  // the list grows after each glyph that is made of it
+  EXPECT_OK(vlFontAddChar(font, 0xFFFF, list));
+  EXPECT_OK(vlListAppendLaserOff(list));
+  EXPECT_OK(vlFontAddChar(font, 'A', list));
+  EXPECT_FAILS(vlFontAddChar(font, 'B', list), "Char already occupied.");
+  EXPECT_FAILS(vlFontAddChar(font, 'C', font), "List does not exist.");
+  EXPECT_FAILS(vlFontGetChar(font, 'C'), "Character does not exist.");
+  EXPECT_FAILS(vlFontRemoveChar(font, 'C'), "Character does not exist.");
+  EXPECT_EQ(Told(vlFontChars(font, codes, 2, &count), count), "Buffer is too small. 99");
+  EXPECT_OK(vlFontSet(c, font));
+  for (const std::int64_t each : {font, vlFontGet(c, 3)}) {
+    EXPECT_EQ(Told(vlFontChars(each, codes, 3, &count), count, codes[0], codes[1], codes[2]),
+              "0 3 65 66 65535");
+    for (std::uint32_t i = 0; i < 3; ++i) {
+      const std::int64_t glyph = vlFontGetChar(each, codes[i]);
+      EXPECT_EQ(glyph >> 32, c);
+      EXPECT_EQ(vlListCommandCount(glyph), (i + 2) % 3) << i;
+    }
+    EXPECT_OK(vlFontRemoveChar(each, 'B'));
+    EXPECT_EQ(Told(vlFontCharsLen(each, &count), count), "0 2");
+    EXPECT_OK(vlFontClear(each));
+    EXPECT_EQ(Told(vlFontCharsLen(each, &count), count), "0 0");
+  }
+}
+
+TEST(Fonts, AreLoadedStoredAndDeletedByTheCard) {
+  const CardConnection c;
+  const std::int64_t font = vlFontAllocate(c, 3);
+  const char* const notLoaded = "There is no font 3 on the card.";
+  EXPECT_EQ(Outcome(vlFontGet(c, 3)), notLoaded);
+  EXPECT_EQ(Outcome(vlFontSetActive(c, 3)), notLoaded);
+  EXPECT_EQ(Outcome(vlFontLoad(c, 3)), "There is no stored font 3 on the card.");
+  EXPECT_OK(vlFontSet(c, font));
+  EXPECT_OK(vlFontSetActive(c, 3));
+  EXPECT_OK(vlFontStore(c, 3));
+  EXPECT_OK(vlFontDelete(c, 3));
+  EXPECT_EQ(Outcome(vlFontDelete(c, 3)), notLoaded);
+  EXPECT_EQ(Outcome(vlFontStore(c, 3)), notLoaded);
+  EXPECT_OK(vlFontLoad(c, 3));
+  EXPECT_OK(vlFontSetActive(c, 3));
+}
+
+TEST(Fonts, MayBeReleasedWhileOthersAddCharacters) {
+  const CardConnection c;
+  const std::int64_t list = vlListAllocate(c);
+  for (int round = 0; round < 50; ++round) {
+    const std::int64_t font = vlFontAllocate(c, 1);
+    Together(3, [&](std::uint32_t i) {
+      std::uint32_t count = 0;
+      std::uint16_t code = 0;
+      while (i == 0 && (vlFontAddChar(font, code++, list) == 0 || vlFontClear(font) == 0)) continue;
+      while (i == 1 && vlFontSet(c, font) == 0) continue;
+      while (i == 2 && count < 100) vlFontCharsLen(font, &count);
+      EXPECT_EQ(Outcome(i == 2 ? vlFontReleaseHandle(font) : -1), i == 2 ? "0" : "Font does not exist.");
+    });
+  }
 }
 
 }  // namespace

@@ -1,12 +1,6 @@
 // What surrounds the calls: the table of handles and the last error.
 #include "capi/APIContext.h"
 
-#include <unistd.h>
-
-#include <algorithm>
-#include <optional>
-#include <thread>
-
 #include "Helpers.h"
 #include "capi/Frame.h"
 
@@ -26,8 +20,9 @@ TEST(APIContext, HandlesRiseAndComeRound) {
   APIContext table(0, tried + 1);
   for (int i = 0; i < tried + 1; ++i) table.CreateNew();
   table.Remove(tried + 1);  // all that is free lies one further than is looked,
-  EXPECT_EQ(Failure([&] { table.CreateNew(); }),
-            "Maximum number of handles created. Disconnect has to be called to remove previous connections.");
+  EXPECT_FAILURE(
+      table.CreateNew(),
+      "Maximum number of handles created. Disconnect has to be called to remove previous connections.");
   EXPECT_EQ(table.CreateNew(), tried + 1);  // and is the next
   table.Remove(tried);
   EXPECT_EQ(table.CreateNew(), tried);

@@ -2,17 +2,6 @@
 // file of a picture.
 #pragma once
 
-#include <sys/socket.h>
-
-#include <condition_variable>
-#include <cstdio>
-#include <fstream>
-#include <mutex>
-#include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "client/ClientAPI.h"
 #include "config/ProcessVariables.h"
 #include "config/RecordWire.h"
@@ -137,14 +126,16 @@ class Client : public ClientAPI {
   Events events_;
 };
 
+struct OwnCard {
+  CardProcess Card;
+};
+// A client of a card of its own.
+struct LoneClient : OwnCard, Client {
+  explicit LoneClient(std::vector<std::string> arguments = {})
+      : OwnCard{CardProcess(std::move(arguments))}, Client(Card) {}
+};
+
 // A connection that sends and takes mere bytes.
-inline int Connect(int port) {
-  sockaddr_storage address{};
-  const socklen_t length = IPAddress::Resolve("127.0.0.1").GetSockaddr(port, address);
-  const int result = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  EXPECT_EQ(connect(result, reinterpret_cast<const sockaddr*>(&address), length), 0);
-  return result;
-}
 inline int Connect(const CardProcess& card) {
   return Connect(card.GetPort());
 }
@@ -153,7 +144,7 @@ inline int Connect(const CardProcess& card) {
 class PictureFile {
  public:
   Text Name() const { return directory_.Path + "/run.svg"; }
-  Text Content() const { return {std::istreambuf_iterator<char>(std::ifstream(Name()).rdbuf()), {}}; }
+  Text Content() const { return ContentOf(Name()); }
 
  private:
   TemporaryDirectory directory_;

@@ -1,19 +1,9 @@
 // The virtual card as a child process, on a port of its own.
 #pragma once
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <csignal>
-#include <cstdio>
-#include <string>
-#include <utility>
-#include <vector>
-
+#include "support/Process.h"
 #include "support/TemporaryDirectory.h"
 
 namespace VELTRO::KELVO::Test {
@@ -99,6 +89,17 @@ class CardProcess {
   std::FILE* input_ = nullptr;
   std::FILE* output_ = nullptr;
   std::string firstLine_, warnings_;
+};
+
+// A connection to a virtual card of its own.
+class CardConnection {
+ public:
+  explicit CardConnection(std::vector<std::string> arguments = {}) : card_(std::move(arguments)) {}
+  operator std::int32_t() const { return connection_; }
+
+ private:
+  const CardProcess card_;
+  const Connection connection_{card_.GetPort()};
 };
 
 }  // namespace VELTRO::KELVO::Test

@@ -1,10 +1,11 @@
-// Commands and lists to the byte, and the enumerations that name them.
+// Commands, lists and fonts to the byte, and the enumerations that name them.
 #include "Helpers.h"
 #include "common/ReflectiveEnum.h"
 #include "lists/CommandCodes.h"
 #include "lists/CommandList.h"
 #include "lists/CommandValueReader.h"
 #include "lists/ListAPI.h"
+#include "services/FontAPI.h"
 #include "support/FailingMemory.h"
 
 namespace VELTRO::KELVO::Test {
@@ -46,7 +47,7 @@ void ExpectArray(const char* bytes, const std::vector<T>& values) {
   const auto array = Reader(command).AsArray();
   EXPECT_EQ(array.GetCount(), values.size());
   for (std::size_t i = 0; i < values.size(); ++i) EXPECT_EQ(array.template As<T>(i), values[i]);
-  EXPECT_EQ(Failure([&] { array.template As<T>(values.size()); }), "Array index out of range.");
+  EXPECT_FAILURE(array.template As<T>(values.size()), "Array index out of range.");
 }
 
 TEST(CommandValueReader, ClassifiesATypeByteByItsBits) {
@@ -60,18 +61,16 @@ TEST(CommandValueReader, ClassifiesATypeByteByItsBits) {
     if (R::IsPoint(type)) text += "point ";
     return text + std::to_string(R::GetDimensions(type)) + "*" + std::to_string(R::GetBytes(type));
   };
-  for (const auto& [type, text] :
-       std::vector<std::pair<std::uint8_t, std::string>>{{0x24, "value unsigned 1*1"},
-                                                         {0x21, "value 1*2"},
-                                                         {0x2B, "value floating 1*8"},
-                                                         {0x6B, "value floating point 2*8"},
-                                                         {0xA2, "value point 3*4"},
-                                                         {0xEB, "value floating point 4*8"},
-                                                         {0x35, "value unsigned array 1*2"},
-                                                         {0xB2, "value array point 3*4"},
-                                                         {0xC0, "4*1"}}) {
-    EXPECT_EQ(classify(type), text);
-  }
+  const std::pair<std::uint8_t, const char*> rows[] = {{0x24, "value unsigned 1*1"},
+                                                       {0x21, "value 1*2"},
+                                                       {0x2B, "value floating 1*8"},
+                                                       {0x6B, "value floating point 2*8"},
+                                                       {0xA2, "value point 3*4"},
+                                                       {0xEB, "value floating point 4*8"},
+                                                       {0x35, "value unsigned array 1*2"},
+                                                       {0xB2, "value array point 3*4"},
+                                                       {0xC0, "4*1"}};
+  for (const auto& [type, text] : rows) EXPECT_EQ(classify(type), text) << int{type};
 }
 
 TEST(Command, EveryTypeOfValueHasItsBytes) {
@@ -113,7 +112,7 @@ TEST(Command, TheHeaderComesWithTheFirstValue) {
   EXPECT_EQ(command.GetVersion(), 0U);
   EXPECT_EQ(Hex(Command(3, 100).GetPayload()), "01 00 00 00");
   Command half(1, Unsigned("\1"));
-  EXPECT_EQ(Failure([&] { half.Add(true); }), Malformed);
+  EXPECT_FAILURE(half.Add(true), Malformed);
   EXPECT_EQ(Hex(half.GetPayload()), "01");
 }
 
@@ -129,12 +128,12 @@ TEST(Command, TheLimitIsLookedAtWhenThePayloadGrows) {
     for (const std::size_t end : ends) {
       const std::size_t begin = command.GetByteCount();
       const bool taken = fits || end != ends.back();
-      EXPECT_EQ(Failure([&] { command.Add(Zeros(end - begin - 4)); }), taken ? "no failure" : TooLarge);
+      EXPECT_FAILURE(command.Add(Zeros(end - begin - 4)), taken ? "no failure" : TooLarge);
       EXPECT_EQ(command.GetByteCount(), taken ? end : begin);
     }
   }
   CommandList list;  // the same there
-  EXPECT_EQ(Failure([&] { list.Append(5, true, Zeros(921597 - 10)); }), TooLarge);
+  EXPECT_FAILURE(list.Append(5, true, Zeros(921597 - 10)), TooLarge);
   EXPECT_EQ(list.GetCommandCount(), 0U);
   list.Append(6, true, Zeros(921596 - 10));
   list.Append(7, Zeros(700000 - 8), 1.0, Zeros(1050000 - 700013));
@@ -148,18 +147,18 @@ TEST(CommandValueReader, ReadsInOrderChecksTypesAndReplaces) {
   Command::CommandValueReader reader;
   reader.SetNonConstCommand(command);
   reader.ReplaceInt32(-1);
-  EXPECT_EQ(Failure([&] { reader.ReplaceInt32(9); }), "Command value is of type Bool, not Int32.");
+  EXPECT_FAILURE(reader.ReplaceInt32(9), "Command value is of type Bool, not Int32.");
   EXPECT_TRUE(reader.AsBool());
   reader.SkipNext();
-  EXPECT_EQ(Failure([&] { reader.AsArray(); }), "Command value is of type Int32, not an array.");
+  EXPECT_FAILURE(reader.AsArray(), "Command value is of type Int32, not an array.");
   EXPECT_EQ(reader.AsInt32(), 8);
   EXPECT_EQ(Failure([&, array = reader.AsArray()] { array.AsByte(0); }),
             "Command value is of type UInt16Arr, not ByteArr.");
-  EXPECT_EQ(Failure([&] { reader.PeekType(); }), "Command has no further value.");
+  EXPECT_FAILURE(reader.PeekType(), "Command has no further value.");
   EXPECT_EQ(Hex(command.GetPayload().first(16)), "01 00 00 16 22 FF FF FF FF 01 01 01 00 22 08 00");
   EXPECT_EQ(command.GetValueCount(), 5U);
   reader.SetCommand(command);
-  EXPECT_EQ(Failure([&] { reader.ReplaceInt32(9); }), "Command is read-only.");
+  EXPECT_FAILURE(reader.ReplaceInt32(9), "Command is read-only.");
   CommandValueType type = CommandValueType::Invalid;
   EXPECT_TRUE(Command::TryParseValueType("P3IArr", type));
   EXPECT_FALSE(Command::TryParseValueType("UInt16", type));
@@ -194,10 +193,10 @@ TEST(ReflectiveEnum, KnowsItsNamesAndValuesInOrderAndNoOthers) {
   EXPECT_EQ(Sample::_from_integral(5)._to_string(), "Five");  // the first of two
   EXPECT_EQ(Sample(static_cast<Sample::_enumerated>(77))._to_string(), "77");
   for (const std::int64_t number : {2L, -1L, 0x7FFFFFFFL, 1L << 32, (1L << 32) + 5}) {
-    EXPECT_EQ(Failure([&] { Sample::_from_integral(number); }), "Sample::_from_integral: invalid argument");
+    EXPECT_FAILURE(Sample::_from_integral(number), "Sample::_from_integral: invalid argument");
   }
   for (const char* name : {"", "five", "Five ", "Fiv", "Five = 5", "Zero,"}) {
-    EXPECT_EQ(Failure([&] { Sample::_from_string(name); }), "Sample::_from_string: invalid argument") << name;
+    EXPECT_FAILURE(Sample::_from_string(name), "Sample::_from_string: invalid argument") << name;
     EXPECT_FALSE(Sample::_from_string_nothrow(name).has_value());
   }
 }
@@ -240,7 +239,9 @@ TEST(CommandCodes, AreWhatCardsKnowAndEachHasOneMnemonic) {
       {"MFSTP3", 0x184}, {"M3R", 0x216},     {"ELLG", 0x434},   {"BEZC3R", 0x4A6},  {"JAS3A", 0x714},
       {"PV3", 0x814},    {"MS", 0x1011},     {"VPD", 0x1029},   {"PSP", 0x1536},    {"SVRL", 0x1623},
       {"UV3", 0x10014},  {"BACF", 0x100115}, {"LOB", 0x100163}, {"EXLC", 0x1002A7}, {"GTSAL", 0x1002A1},
-      {"WFS", 0x100310}, {"SUS", 0x100318},
+      {"WFS", 0x100310}, {"SUS", 0x100318},  {"J3A", 0x114},    {"SPMA", 0x50},     {"ARCA", 0x310},
+      {"PASA", 0x610},   {"UV2", 0x10010},   {"PV2", 0x810},    {"PWR", 0x10},      {"PI", 0x1},
+      {"IC", 0x2},       {"STX", 0x1612},
   };
   for (const auto& [mnemonic, code] : rows) EXPECT_EQ(CodeOf(mnemonic), code) << mnemonic;
   // Relative commands and three-dimensional ones differ from their counterparts by a bit.
@@ -347,13 +348,13 @@ std::string Upload(CommandList& list, bool append) {
 
 TEST(CommandList, LoopsAreCountedAndHardlyChecked) {
   CommandList list;
-  EXPECT_EQ(Failure([&] { list.AppendLoopBreak(); }), "No loop opened!");
+  EXPECT_FAILURE(list.AppendLoopBreak(), "No loop opened!");
   list.AppendLoopStart(5);
   list.AppendLoopStart(6);
   list.AppendLoopBreak();
   for (int i = 0; i < 3; ++i) list.AppendLoopEnd();  // one too many: appended all the same
   EXPECT_EQ(Upload(list, false), "There are open loops inside the list!");
-  EXPECT_EQ(Failure([&] { list.AppendLoopBreak(); }), "No loop opened!");
+  EXPECT_FAILURE(list.AppendLoopBreak(), "No loop opened!");
   list.AppendLoopStart(7);
   EXPECT_EQ(list.ToString(),
             "[ { LOS, I32[ 5 ], I32[ 1 ] }, { LOS, I32[ 6 ], I32[ 2 ] }, { LOB }, { LOE, I32[ 2 ] }, "
@@ -368,8 +369,7 @@ TEST(LabelList, RefusesAReferenceFromACommandThatHasNoPosition) {
   LabelList labels;
   labels.AddDeclaration("end", 3);
   labels.AddReference("end", 2);
-  EXPECT_EQ(Failure([&] { labels.Resolve(commands); }),
-            "Label 'end' apparently referenced from invalid '1' at 2");
+  EXPECT_FAILURE(labels.Resolve(commands), "Label 'end' apparently referenced from invalid '1' at 2");
 }
 
 TEST(CommandList, AReferenceToALabelThatFoundNoMemoryIsNone) {
@@ -399,6 +399,30 @@ TEST(ListAPI, AnUploadIsCutWhereItsBytesAreFull) {  // 921600, with 4 for each c
     EXPECT_EQ(Upload(list, false),  // before anything is sent
               "Command " + std::to_string(payloads.size()) + " is too large to be uploaded.");
   }
+}
+
+TEST(Font, TravelsAsItsIdAndItsGlyphsAndReadsAsTheCharactersWithTheirCommands) {
+  Font font(300);
+  font.CharContainer[0x20AC].AppendLaserOn();
+  font.CharContainer['A'].AppendProgress(7);
+  font.CharContainer['A'].AppendLaserOff();
+  font.CharContainer[' '] = font.CharContainer[0xD800] = font.CharContainer[0xE9] = CommandList();
+  const std::string bytes =
+      "92 CD 01 2C 85 20 90 41 92 92 01 C4 09 01 00 00 05 22 07 00 00 00 92 12 C4 00 CC E9 90 "
+      "CD 20 AC 91 92 11 C4 00 CD D8 00 90";
+  const std::string text =
+      "CharContainer=[ ]{  }[A]{ { PI, I32[ 7 ] }, { LOF } }[\u00E9]{  }[\u20AC]{ { LON } }[\uFFFD]{  }";
+  CallRecorder caller;
+  FontAPI(caller).Set(font);
+  EXPECT_EQ(Hex(caller.Calls.at(0)), "91 " + bytes);
+  EXPECT_EQ(to_string(Unpacked<Font>(Bytes(bytes))), text);
+  for (const char* row :
+       {"C0", "91 01", "93 01 80 C0", "92 A1 31 80", "92 CE 80 00 00 00 80", "92 01 90", "92 01 81 FF 90",
+        "92 01 81 CE 00 01 00 00 90", "92 01 81 A1 41 90", "92 01 82 41 90 41 90", "92 01 81 41 C0",
+        "92 01 81 41 80", "92 01 81 41 91 FF", "92 01 81 41 91 92 01 A0", "92 01 81 41 91 93 01 C4 00 C0"}) {
+    EXPECT_THROW(font = Unpacked<Font>(Bytes(row)), msgpack::type_error) << row;
+  }
+  EXPECT_EQ(std::to_string(font.Id) + font.ToString(), "300" + text);
 }
 
 }  // namespace

@@ -1,12 +1,6 @@
 // The text form of commands and lists, there and back.
 #include <bit>
 #include <charconv>
-#include <cmath>
-#include <cstdio>
-#include <cstring>
-#include <limits>
-#include <locale>
-#include <random>
 
 #include "Helpers.h"
 #include "lists/CommandCodes.h"
@@ -66,17 +60,14 @@ TEST(CommandText, OfACommandIsReadInEveryShapeAndWithNothingElseInIt) {
 TEST(CommandText, OfACommandInAListIsThatOfTheCommandAlone) {
   const std::string usual[] = {"{ MA, P2D[ X=1 Y=-2.5 ] }", "{ NO, F64[ 0.25 ] }", "{LOS,I32[7]}",
                                "{NO,P3D[1,2,3]}", "{ JS, F64[1.5e2] }"};
-  const char* unusual =
-      "{ MA, P2D[ X=31 Y=4 ] } | { MA, P2D[ X=3.  Y=4 ] } | { MA, P2D[ X=3.Y=4 ] } | { MA, P2D[ X=3 Y=4 5 ] "
-      "} | "
-      "{ MA, P2D[ X=3e1 Y=-.4 ] } | { MA, P2D[ X=+3 Y=4 ]} | { MA, P2D[ X=3 Y=12345678901234567890.5 ] } | "
-      "{ MA, P2D[ X=3 Y=nan ] } | { MA, P2D[ X=- Y=4 ] } | { JA, P2D[ X=3 Y=4 ] } | { MA, P2D[ X=3 Y=4 ], "
-      "I32[ 1 ] } | "
-      "{ MA, P3D[ X=3 Y=4 ] } | { NO, F64[ 7 ] } | { NO, F64[ .5 ] } | { NO, F64[ 1e-310 ] } | {LOS,I32[-8]} "
-      "| "
-      "{LOS,I32[7.]} | {LOS,I32[7.0]} | {LOS,I32[7e1]} | {LOS,I32[2147483648]} | {NO,P3D[7,8,9]} | "
-      "{NO,P3D[7,8]} | "
-      "{NO,P3D[7,8,9e2]} | { JS, F64[2.5e3] } | { JS, F64[2.5e] } => any";
+  const char* unusual = R"({ MA, P2D[ X=31 Y=4 ] } | { MA, P2D[ X=3.  Y=4 ] } | { MA, P2D[ X=3.Y=4 ] } => any
+{ MA, P2D[ X=3 Y=4 5 ] } | { MA, P2D[ X=3e1 Y=-.4 ] } | { MA, P2D[ X=+3 Y=4 ]} => any
+{ MA, P2D[ X=3 Y=12345678901234567890.5 ] } | { MA, P2D[ X=3 Y=nan ] } | { MA, P2D[ X=- Y=4 ] } => any
+{ JA, P2D[ X=3 Y=4 ] } | { MA, P2D[ X=3 Y=4 ], I32[ 1 ] } | { MA, P3D[ X=3 Y=4 ] } => any
+{ NO, F64[ 7 ] } | { NO, F64[ .5 ] } | { NO, F64[ 1e-310 ] } | {LOS,I32[-8]} | {LOS,I32[7.]} => any
+{LOS,I32[7.0]} | {LOS,I32[7e1]} | {LOS,I32[2147483648]} | {NO,P3D[7,8,9]} | {NO,P3D[7,8]} => any
+{NO,P3D[7,8,9e2]} | { JS, F64[2.5e3] } | { JS, F64[2.5e] } => any
+)";
   const auto check = [&](const std::string& text, const std::string&) {
     std::string expected;
     const std::string failure = Failure([&] { expected = Command::FromString(text).ToString(); });
@@ -157,17 +148,12 @@ TEST(CommandText, OfAListIsTakenWholeOrNotAtAll) {
               check);
 }
 
-struct Commas : std::numpunct<char> {  // for a locale that need not be installed
-  char do_decimal_point() const override { return ','; }
-  std::string do_grouping() const override { return "\1"; }
-};
-
 void AppendArrays(CommandList& list, const auto&... elements) {
   list.Append(1, std::span(&elements, 1)..., std::span(&elements, 0)...);
 }
 
 TEST(CommandText, EveryCodeAndValueComesBackBitForBitInAnyLocale) {
-  const std::locale before = std::locale::global(std::locale(std::locale(), new Commas));
+  const CommaLocale commas;
   CommandList list;
   for (const auto code : CommandCode::_values()) list.Append(code, Point2D{code._to_integral() / 7.0, 0.1});
   for (const auto code : CommandCode2::_values()) list.Append(code);
@@ -181,7 +167,6 @@ TEST(CommandText, EveryCodeAndValueComesBackBitForBitInAnyLocale) {
               Point4DInt{4, 3, 2, 1});
   AppendArrays(list, std::uint8_t{255}, std::uint16_t{65535}, Point2DInt{1, -1}, Point3DInt{1, 2, 3});
   CommandList read = CommandList::FromString(list.ToString());
-  std::locale::global(before);
   EXPECT_EQ(Hex(read.Bytes()), Hex(list.Bytes())) << list.ToString();
 }
 

@@ -1,7 +1,4 @@
 // What a search's answers mean, and the addresses that serial numbers predict.
-#include <array>
-#include <tuple>
-
 #include "client/CardAddresses.h"
 #include "client/CardInfo.h"
 #include "client/Ping.h"
@@ -89,10 +86,7 @@ std::string Predicted(const std::string& serial, std::int32_t installation, bool
 }
 
 TEST(Addresses, ArePredictedFromSerialNumbers) {
-  struct Row {
-    std::string serial, inside4, outside4, inside6, outside6;
-  };
-  const Row rows[] = {
+  const std::array<std::string, 5> rows[] = {
       {"0", "169.254.0.3", "169.254.0.1", "fe80::222:4aff:fe01:2", "fe80::222:4aff:fe01:1"},
       {"1", "169.254.0.6", "169.254.0.4", "fe80::222:4aff:fe01:2", "fe80::222:4aff:fe01:1"},
       {"00002", "169.254.0.10", "169.254.0.8", "fe80::222:4aff:fe01:7", "fe80::222:4aff:fe01:6"},
@@ -127,7 +121,7 @@ TEST(Addresses, FollowEachOtherInStepsThatWrap) {
       ASSERT_EQ(place(PredictIPv6(n, isInternal), 13) - place(PredictIPv6(n - 1, isInternal), 13), 5) << n;
     }
   }
-  EXPECT_EQ(Failure([] { PredictIPv4(-1, false); }), "Invalid negative serial number.");
+  EXPECT_FAILURE(PredictIPv4(-1, false), "Invalid negative serial number.");
 }
 
 TEST(Addresses, NeedASerialNumberOfUpToFiveDigits) {
@@ -150,29 +144,23 @@ TEST(Addresses, AreWrittenIntoTheRoomThereIs) {
 }
 
 TEST(Addresses, ThatAreNoneAreNotPinged) {
-  EXPECT_EQ(Failure([] { Ping(IPAddress(), 1); }),
-            "An invalid address family was provided that is not supported for pinging.");
+  EXPECT_FAILURE(Ping(IPAddress(), 1),
+                 "An invalid address family was provided that is not supported for pinging.");
 }
 
 TEST(CardInfo, IsOrderedBySerialNumberAndAddress) {
-  const CardInfo ordered[] = {
-      {},
-      {IPAddress::Parse("1.2.3.5"), "1"},
-      {IPAddress::Parse("9.0.0.0"), "10"},
-      {IPAddress::Parse("fe80::1"), "10"},
-      {IPAddress::Parse("fe80::1%7"), "10"},
-      {IPAddress::Parse("1.2.3.4"), "9"},
+  const std::pair<CardInfo, const char*> ordered[] = {
+      {{}, ": /0"},
+      {{IPAddress::Parse("1.2.3.5"), "1"}, "1: 1.2.3.5/49374"},
+      {{IPAddress::Parse("9.0.0.0"), "10"}, "10: 9.0.0.0/49374"},
+      {{IPAddress::Parse("fe80::1"), "10"}, "10: fe80::1/49374"},
+      {{IPAddress::Parse("fe80::1%7"), "10"}, "10: fe80::1%7/49374"},
+      {{IPAddress::Parse("1.2.3.4"), "9"}, "9: 1.2.3.4/49374"},
   };
-  const char* texts[] = {": /0",
-                         "1: 1.2.3.5/49374",
-                         "10: 9.0.0.0/49374",
-                         "10: fe80::1/49374",
-                         "10: fe80::1%7/49374",
-                         "9: 1.2.3.4/49374"};
   for (std::size_t i = 0; i < std::size(ordered); ++i) {
-    EXPECT_EQ(to_string(ordered[i]), texts[i]);
+    EXPECT_EQ(to_string(ordered[i].first), ordered[i].second);
     for (std::size_t j = 0; j < i; ++j) {
-      EXPECT_TRUE(ordered[j] < ordered[i] && !(ordered[i] < ordered[j])) << i << j;
+      EXPECT_TRUE(ordered[j].first < ordered[i].first && !(ordered[i].first < ordered[j].first)) << i << j;
     }
   }
 }

@@ -1,11 +1,18 @@
-// Records in which every field has a value of its own.
+// All records, and how to give every field a value of its own.
 #pragma once
 
 #include <string>
 #include <type_traits>
 
-#include "common/Transform3D.h"
-#include "config/Record.h"
+#include "config/LaserConfig.h"
+#include "config/MotfConfig.h"
+#include "config/ProcessVariables.h"
+#include "config/QuadratureDecoderConfig.h"
+#include "config/ScannerConfig.h"
+#include "config/ScannerMonitoringConfig.h"
+#include "config/SystemConfig.h"
+#include "services/EventConfig.h"
+#include "services/OpticalParameters.h"
 
 namespace VELTRO::KELVO::Test {
 

@@ -1,16 +1,10 @@
 // What the tests of the inside share.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <span>
-#include <sstream>
-#include <string>
-#include <vector>
+#include <locale>
 
 #include "rpc/RpcCaller.h"
 #include "support/FakeCard.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 
@@ -64,6 +58,19 @@ std::string Failure(auto&& f) {
   }
   return "no failure";
 }
+
+#define EXPECT_FAILURE(work, text) EXPECT_EQ(Failure([&] { work; }), text) << #work
+
+// As long as it lives, numbers of the global locale look like "1.234,5"; it need not be installed.
+struct CommaLocale {
+  struct Commas : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\1"; }
+  };
+  ~CommaLocale() { std::locale::global(before); }
+  const std::locale before = std::locale::global(std::locale(std::locale(), new Commas));
+};
 
 // Takes calls in place of a connection: keeps the packed arguments, and answers nil.
 struct CallRecorder : RpcCaller {

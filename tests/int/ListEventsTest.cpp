@@ -1,7 +1,4 @@
 // List notifications: values, waits, callbacks; the statistics of a run.
-#include <atomic>
-#include <thread>
-
 #include "Helpers.h"
 #include "lists/ListAPI.h"
 
@@ -85,51 +82,40 @@ TEST(ListAPI, ForwardsItsLocalOperationsByKind) {
   CallRecorder caller;
   ListAPI lists(caller, events);
   std::string calls;
-  const auto record = [&](char name) {
-    return [&calls, name](std::int32_t, std::int32_t value) { calls += name + std::to_string(value); };
-  };
-  const auto notify = [&] {
-    events.OnProgressReceived(1);
-    events.OnListIdleReceived(2);
-    events.OnListDoneReceived(3);
-    events.OnErrorReceived({4, "hot"});
-    return std::exchange(calls, "");
-  };
-  EXPECT_EQ(lists.RegisterProgressCallback(record('p')), 2U);
-  EXPECT_EQ(lists.RegisterListIdleCallback(record('i')), 2U);
-  EXPECT_EQ(lists.RegisterListDoneCallback(record('d')), 2U);
+  const auto tell = [&](std::int32_t, std::int32_t value) { calls += std::to_string(value); };
+  EXPECT_EQ(lists.RegisterProgressCallback(tell), 2U);
+  EXPECT_EQ(lists.RegisterListIdleCallback(tell), 2U);
+  EXPECT_EQ(lists.RegisterListDoneCallback(tell), 2U);
   EXPECT_EQ(lists.RegisterErrorEventCallback(
                 [&](std::int32_t, std::int32_t code, const char* text, std::uint32_t length) {
-                  calls += "e" + std::to_string(code) + std::string(text, length);
+                  calls += std::to_string(code) + std::string(text, length);
                 }),
             2U);
-  EXPECT_EQ(notify(), "p1i2d3e4hot");
-  lists.UnRegisterProgressCallback(2);
-  EXPECT_EQ(notify(), "i2d3e4hot");
-  lists.UnRegisterListDoneCallback(2);
-  EXPECT_EQ(notify(), "i2e4hot");
-  lists.UnRegisterErrorEventCallback(2);
-  EXPECT_EQ(notify(), "i2");
-  lists.UnRegisterListIdleCallback(2);
-  EXPECT_EQ(notify(), "");
-  events.AppendListIdleEvent(5);
-  lists.ClearPendingEvents();
-  EXPECT_FALSE(events.CheckAndClearError());
-  EXPECT_EQ(lists.WaitForListIdle(Now), std::nullopt);
-  // An interruption ends the wait that is running, of its kind only.
-  for (const auto kind : {Progress, ListIdle, ListDone}) {
+  const std::pair<std::function<void()>, const char*> steps[] = {
+      {[] {}, "1234hot"},
+      {[&] { lists.UnRegisterProgressCallback(2); }, "234hot"},
+      {[&] { lists.UnRegisterListDoneCallback(2); }, "24hot"},
+      {[&] { lists.UnRegisterErrorEventCallback(2); }, "2"},
+      {[&] { lists.UnRegisterListIdleCallback(2); }, ""},
+  };
+  for (const auto& [step, told] : steps) {
+    step();
+    events.OnProgressReceived(1), events.OnListIdleReceived(2), events.OnListDoneReceived(3);
+    events.OnErrorReceived({4, "hot"});
+    EXPECT_EQ(std::exchange(calls, ""), told);
+  }
+  const std::pair<ListEventKind, void (ListAPI::*)()> interruptions[] = {
+      {Progress, &ListAPI::InterruptWaitForProgress},
+      {ListIdle, &ListAPI::InterruptWaitForListIdle},
+      {ListDone, &ListAPI::InterruptWaitForListDone},
+  };
+  for (const auto& [kind, interrupt] : interruptions) {
     std::atomic<bool> ended{false};
-    std::thread waiter([&] {
-      EXPECT_EQ(lists.Wait(kind, Long), std::nullopt);
-      ended = true;
+    const AtMost promptly(5000);
+    Together(2, [&, kind = kind, interrupt = interrupt](std::uint32_t i) {
+      ended = i == 0 && !lists.Wait(kind, Long);
+      while (i == 1 && !ended) (lists.*interrupt)();
     });
-    while (!ended) {
-      if (kind == Progress) lists.InterruptWaitForProgress();
-      if (kind == ListIdle) lists.InterruptWaitForListIdle();
-      if (kind == ListDone) lists.InterruptWaitForListDone();
-      std::this_thread::yield();
-    }
-    waiter.join();
   }
 }
 

@@ -1,17 +1,6 @@
 // The command log.
 #include "rpc/RpcLogger.h"
 
-#include <sys/resource.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <locale>
-#include <optional>
-#include <thread>
-
 #include "Helpers.h"
 #include "support/FailingMemory.h"
 
@@ -38,7 +27,7 @@ TEST(Logger, WritesItsKindsOfLinesBehindTimeAndThread) {
   logger.Write("RX", "ListDone 3", false);
   logger.Write("RX", "Reset", true);
   logger.BeginLine("TX", "Set").Append(std::int32_t{-7}).Append(true).Append(1.5).Append("a b").EndLine();
-  EXPECT_EQ(Failure([&] { logger.Enable(Path, false, true, -1); }), "RpcLogger is already enabled!");
+  EXPECT_FAILURE(logger.Enable(Path, false, true, -1), "RpcLogger is already enabled!");
   logger.BeginLine("RX", "Set").Append(std::vector<std::int32_t>{1, 2}).EndLine();
   logger.Disable();
   logger.Enable(Path, false, false, -1);  // behind what is there
@@ -59,6 +48,24 @@ TEST(Logger, WritesItsKindsOfLinesBehindTimeAndThread) {
   const std::string id = std::to_string(gettid());
   EXPECT_EQ(lines.substr(0, lines.find("enabled")),
             "####-##-## ##:##:##.###\t" + std::string(6 - id.size(), ' ') + id + "\tLogging ");
+}
+
+TEST(Logger, StampsALineWithTheTimeAtWhichItIsWritten) {
+  using std::chrono::milliseconds, std::chrono::system_clock;
+  const auto now = [] { return std::chrono::time_point_cast<milliseconds>(system_clock::now()); };
+  RpcLogger logger;
+  const auto before = now();
+  logger.Enable(Path, false, true, -1);
+  const auto after = now();
+  logger.Disable();
+  const std::string line = Lines(0);
+  const std::time_t about = system_clock::to_time_t(before);
+  std::tm stamp{};
+  localtime_r(&about, &stamp);  // for whether it is summer time
+  const char* const rest = strptime(line.c_str(), "%Y-%m-%d %H:%M:%S.", &stamp);
+  ASSERT_NE(rest, nullptr) << line;
+  const auto written = system_clock::from_time_t(std::mktime(&stamp)) + milliseconds(std::atoi(rest));
+  EXPECT_TRUE(before <= written && written <= after) << line;
 }
 
 TEST(Logger, ValuesAreCutAtTheLimit) {
@@ -102,10 +109,10 @@ TEST(Logger, SaysThatLinesAreMissing) {
   setrlimit(RLIMIT_FSIZE, &limit);
   std::signal(SIGXFSZ, before);
   logger.Write("last");
-  EXPECT_EQ(Failure([&] { logger.Disable(); }), "Unable to write log file '" + Path + "': File too large");
+  EXPECT_FAILURE(logger.Disable(), "Unable to write log file '" + Path + "': File too large");
   EXPECT_FALSE(logger.IsEnabled());
   EXPECT_EQ(Lines(), "Logging enabled|first|los|2 lines are missing here|last|Logging disabled|");
-  EXPECT_EQ(Failure([&] { logger.Disable(); }), "no failure");
+  EXPECT_FAILURE(logger.Disable(), "no failure");
 }
 
 TEST(Logger, WithoutMemoryLosesLinesAndNothingElse) {
@@ -131,16 +138,10 @@ TEST(Logger, WithoutMemoryLosesLinesAndNothingElse) {
 }
 
 TEST(LogText, DoesNotDependOnTheLocale) {
-  struct Comma : std::numpunct<char> {
-    char do_decimal_point() const override { return ','; }
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-  };
-  const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Comma));
+  const CommaLocale commas;
   msgpack::zone zone;
   EXPECT_EQ(LogText(1234567.5) + LogText(1234567), "1234567.51234567");
   EXPECT_EQ(LogText(msgpack::object(std::vector<double>{12345.5, 1}, zone)), "[12345.5,1]");
-  std::locale::global(before);
 }
 
 }  // namespace

@@ -1,10 +1,5 @@
 // Frames to the byte, bodies as a hostile peer might send them, the buffer they arrive in, remote errors.
 #include <pthread.h>
-#include <sys/resource.h>
-#include <unistd.h>
-
-#include <fstream>
-#include <random>
 
 #include "Helpers.h"
 #include "rpc/Body.h"
@@ -48,14 +43,14 @@ TEST(Packet, FramesBeginWithTheirKindAndIdInItsShortestForm) {
 }
 
 TEST(Packet, WhatIsNoFrameIsRefused) {
-  EXPECT_EQ(Failure([] { InputPacket::Allocate(nullptr, 0, 100); }), "Invalid packet!");
+  EXPECT_FAILURE(InputPacket::Allocate(nullptr, 0, 100), "Invalid packet!");
   // No whole header, another start marker, no id, half of one, and ids that are no number of 32 bits.
   for (const char* row :
        {"94", "94 02 00 00 00", "95 01 01 00 00 00 07", "94 01 00 00 00 00", "94 01 03 00 00 00 CD 01",
         "94 01 01 00 00 00 FF", "94 81 01 00 00 00 C0", "94 00 01 00 00 00 C2", "94 01 02 00 00 00 A1 37",
         "94 01 02 00 00 00 91 07", "94 01 05 00 00 00 CA 40 E0 00 00", "94 01 01 00 00 00 C1",
         "94 01 09 00 00 00 CF 00 00 00 01 00 00 00 00"}) {
-    EXPECT_EQ(Failure([&] { Received(Bytes(row)); }), "Invalid packet!") << row;
+    EXPECT_FAILURE(Received(Bytes(row)), "Invalid packet!") << row;
   }
   // Within a larger buffer, with an id in a signed form, followed by the result.
   const std::string buffer = Bytes("00 00 94 01 05 00 00 00 D1 00 05 A1 72 FF");
@@ -148,13 +143,8 @@ std::string PackedAgain(const RpcRemoteException& error) {
 }
 
 TEST(RemoteError, ConvertsEveryGoodShapeAndNoOther) {
-  const struct {
-    const char* Body;
-    const char* Text;
-    const char* StackTrace;
-    const char* Inner;   // its text; "-": none
-    const char* Packed;  // null: as it came
-  } rows[] = {
+  // The body, text, stack trace, inner error's text ("-": none), and how it is packed again (null: as it came).
+  const std::array<const char*, 5> rows[] = {
       {"93 A1 65 A1 73 C0", "e", "s", "-", nullptr},
       {"93 C4 01 65 C4 01 73 C0", "e", "s", "-", "93 A1 65 A1 73 C0"},  // byte strings
       {"93 A1 65 C0 C0", "e", "e: \n", "-", nullptr},                   // no second text: the collected one
@@ -164,13 +154,13 @@ TEST(RemoteError, ConvertsEveryGoodShapeAndNoOther) {
       {"93 A1 65 C0 93 A1 69 C0 93 A1 6A A1 75 C0", "e", "e: \ni: \nj: u\n", "i", nullptr},
       {"C0", "", "", "-", "93 A0 A0 C0"},
   };
-  for (const auto& row : rows) {
-    const RpcRemoteException error = FromBody(Bytes(row.Body));
-    EXPECT_EQ(error.GetText(), row.Text);
-    EXPECT_EQ(error.GetStackTrace(), row.StackTrace) << row.Body;
+  for (const auto& [body, text, stackTrace, innerText, packed] : rows) {
+    const RpcRemoteException error = FromBody(Bytes(body));
+    EXPECT_EQ(error.GetText(), text);
+    EXPECT_EQ(error.GetStackTrace(), stackTrace) << body;
     const auto inner = error.GetInner();
-    EXPECT_EQ(inner ? inner->GetText() : "-", row.Inner);
-    EXPECT_EQ(Hex(PackedAgain(error)), row.Packed == nullptr ? row.Body : row.Packed);
+    EXPECT_EQ(inner ? inner->GetText() : "-", innerText);
+    EXPECT_EQ(Hex(PackedAgain(error)), packed == nullptr ? body : packed);
     EXPECT_TRUE(PackedAgain(error).ends_with(inner ? PackedAgain(*inner) : "\xC0"));
   }
   // No array, too short, without a text, a second that is none, an inner that is no error.

@@ -1,16 +1,7 @@
 // Files come under their names as a whole or not at all, wherever links lead and whatever fails.
 #include "common/ReplacedFile.h"
 
-#include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <map>
 
 #include "Helpers.h"
 #include "support/TemporaryDirectory.h"
@@ -19,10 +10,6 @@ namespace VELTRO::KELVO::Test {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string ContentOf(const fs::path& path) {
-  return {std::istreambuf_iterator<char>(std::ifstream(path, std::ios::binary).rdbuf()), {}};
-}
 
 // A tree of files in a directory of its own.
 struct Tree : TemporaryDirectory {
@@ -120,7 +107,7 @@ TEST(ReplacedFiles, StayAsTheyWereUntilAllIsThere) {
       EXPECT_EQ(ReplacedFile::IsTemporary(name), !old.contains(name)) << name;
     }
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &few), 0);
-    EXPECT_EQ(Failure([&] { broken.Write("123456"); }), "File too large");
+    EXPECT_FAILURE(broken.Write("123456"), "File too large");
     EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &unlimited), 0);
   }
   std::signal(SIGXFSZ, before);
@@ -165,7 +152,7 @@ TEST(ReplacedFiles, DoNotComeWhereADirectoryIsOrNobodyMayWrite) {
   const std::string taken = tree.At("taken"), path = tree.At("file");
   ReplacedFile file(taken);
   fs::create_directory(taken);
-  EXPECT_EQ(Failure([&] { file.Commit(); }), "Is a directory");
+  EXPECT_FAILURE(file.Commit(), "Is a directory");
   if (geteuid() != 0) return;
   fs::permissions(tree.Path, fs::perms(0777));
   ASSERT_EQ(seteuid(65534), 0);
@@ -196,7 +183,7 @@ TEST(ReplacedFiles, MayBePipesThatNobodyReads) {
   pipe.Write("bytes");
   EXPECT_EQ(::read(reader.Get(), read, sizeof read), 5);
   reader.Close();
-  EXPECT_EQ(Failure([&] { pipe.Write("bytes"); }), "Broken pipe") << "and no signal";
+  EXPECT_FAILURE(pipe.Write("bytes"), "Broken pipe") << "and no signal";
 }
 
 }  // namespace

@@ -1,19 +1,14 @@
 // The connection from the inside: connecting, waiting, reading, ending, each with time-outs of the test's
-// own.
-#include <gtest/gtest.h>
+// own. And who gets which answer.
 #include <sched.h>
-#include <unistd.h>
 
-#include <fstream>
 #include <future>
-#include <iterator>
 
 #include "Helpers.h"
 #include "client/ClientAPI.h"
+#include "rpc/Inbox.h"
 #include "rpc/RpcClient.h"
-#include "support/BlackHole.h"
-#include "support/FakeCard.h"
-#include "support/Process.h"
+#include "support/TemporaryDirectory.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -32,8 +27,8 @@ TEST(Adapter, GivesUpConnectingAfterItsTimeout) {
   BlackHole hole;
   ClientAdapter adapter;
   const Stopwatch watch;
-  EXPECT_EQ(Failure([&] { adapter.Connect(Loopback, hole.port, 200, 1); }),
-            "Error: Cannot open connection to 127.0.0.1/" + std::to_string(hole.port) + ".");
+  EXPECT_FAILURE(adapter.Connect(Loopback, hole.Port, 200, 1),
+                 "Error: Cannot open connection to 127.0.0.1/" + std::to_string(hole.Port) + ".");
   EXPECT_GE(watch.Milliseconds(), 199);
   EXPECT_LT(watch.Milliseconds(), 2000);
 }
@@ -62,40 +57,15 @@ TEST(Adapter, KnowsItsHandleWhenTheFirstNotificationComes) {
   }).join();
 }
 
-TEST(Adapter, DisconnectsAtOnceWhileConnecting) {
-  BlackHole hole;
-  for (int delay = 0; delay < 5; ++delay) {
-    ClientAdapter adapter;
-    const Stopwatch watch;
-    std::thread connecting(
-        [&] { EXPECT_NE(Failure([&] { adapter.Connect(Loopback, hole.port, 10000, 1); }), "no failure"); });
-    usleep(static_cast<useconds_t>(delay) * 10000);
-    // The first rounds may come before the connect has begun: asked again, it ends all the same.
-    std::atomic<bool> ended{false};
-    std::thread ending([&] {
-      while (!ended) {
-        adapter.Disconnect();
-        usleep(1000);
-      }
-    });
-    connecting.join();
-    ended = true;
-    ending.join();
-    EXPECT_LT(watch.Milliseconds(), 2000);
-  }
-}
-
 TEST(Adapter, ADisconnectBeforeTheConnectIsRemembered) {
   BlackHole hole;
-  const Stopwatch watch;
-  RpcClient client(Configuration(hole.port));
+  const AtMost promptly(2000);
+  RpcClient client(Configuration(hole.Port));
   client.End();
-  EXPECT_EQ(Failure([&] { client.Start(); }),
-            "Unable to connect to 127.0.0.1:" + std::to_string(hole.port) + ".");
+  EXPECT_FAILURE(client.Start(), "Unable to connect to 127.0.0.1:" + std::to_string(hole.Port) + ".");
   ClientAdapter adapter;
   adapter.End();
-  EXPECT_EQ(Failure([&] { adapter.Connect(Loopback, hole.port, 5000, 1); }), "ConnectionAborted");
-  EXPECT_LT(watch.Milliseconds(), 2000);
+  EXPECT_FAILURE(adapter.Connect(Loopback, hole.Port, 5000, 1), "ConnectionAborted");
 }
 
 TEST(Adapter, RefusesToConnectTwiceAndGoesOn) {
@@ -103,12 +73,12 @@ TEST(Adapter, RefusesToConnectTwiceAndGoesOn) {
   ClientAPI client;
   client.Connect(Loopback, card.Port(), 7);
   EXPECT_EQ(client.GetConnectionId(), 7);
-  EXPECT_EQ(Failure([&] { client.Connect(Loopback, card.Port(), 8); }),
-            "Cannot connect to 127.0.0.1/" + std::to_string(card.Port()) + ": Already connected.");
+  EXPECT_FAILURE(client.Connect(Loopback, card.Port(), 8),
+                 "Cannot connect to 127.0.0.1/" + std::to_string(card.Port()) + ": Already connected.");
   EXPECT_FALSE(client.Call<bool>(UncheckedMethod{"IsExecutionInProgress"}));
   EXPECT_EQ(client.GetConnectionId(), 7);
   client.Disconnect();
-  EXPECT_EQ(Failure([&] { client.Call(UncheckedMethod{"Anything"}); }), "Connection not active!");
+  EXPECT_FAILURE(client.Call(UncheckedMethod{"Anything"}), "Connection not active!");
   client.Connect(Loopback, card.Port(), 9);
   EXPECT_FALSE(client.Call<bool>(UncheckedMethod{"IsExecutionInProgress"}))
       << "a new connection of the same adapter";
@@ -117,18 +87,17 @@ TEST(Adapter, RefusesToConnectTwiceAndGoesOn) {
 TEST(Client, SaysWhatIsWrong) {
   FakeCard card(FakeCard::Obliging());
   RpcClient client(Configuration(card.Port()));
-  EXPECT_EQ(Failure([&] { client.Call(UncheckedMethod{"Anything"}); }), "Connection not active!");
-  EXPECT_EQ(Failure([&] { client.EnableLogging("/tmp/never", false, true, 0); }),
-            "Connection must be enabled to start logging!");
+  EXPECT_FAILURE(client.Call(UncheckedMethod{"Anything"}), "Connection not active!");
+  EXPECT_FAILURE(client.EnableLogging("/tmp/never", false, true, 0),
+                 "Connection must be enabled to start logging!");
   client.Start();
-  EXPECT_EQ(Failure([&] { client.Start(); }), "Client is already started!");
+  EXPECT_FAILURE(client.Start(), "Client is already started!");
   RpcClient refused(Configuration(1));
-  EXPECT_EQ(Failure([&] { refused.Start(); }), "Unable to connect to 127.0.0.1:1.");
+  EXPECT_FAILURE(refused.Start(), "Unable to connect to 127.0.0.1:1.");
   RpcClientConfiguration nowhere;
   RpcClient lost(nowhere);
-  EXPECT_EQ(Failure([&] { lost.Start(); }),
-            "\"GetSockaddr\" failed because there was no IPv4 or IPv6 address given.");
-  EXPECT_EQ(Failure([] { ClientTransport transport(nullptr); }), "Instance must not be null!");
+  EXPECT_FAILURE(lost.Start(), "\"GetSockaddr\" failed because there was no IPv4 or IPv6 address given.");
+  EXPECT_FAILURE(ClientTransport transport(nullptr), "Instance must not be null!");
 }
 
 TEST(Client, NumbersItsRequestsAlsoThoseThatFail) {
@@ -143,7 +112,7 @@ TEST(Client, NumbersItsRequestsAlsoThoseThatFail) {
   EXPECT_NE(Failure([&] { client.Call(UncheckedMethod{"Refused"}); }), "no failure");
   client.Start();
   client.Call(UncheckedMethod{"A"});
-  EXPECT_EQ(Failure([&] { client.Call<int>(UncheckedMethod{"B"}); }), "std::bad_cast");
+  EXPECT_FAILURE(client.Call<int>(UncheckedMethod{"B"}), "std::bad_cast");
   EXPECT_EQ(client.Call<std::string>(UncheckedMethod{"C"}), "text");
   const auto raw = client.Call<msgpack::object>(UncheckedMethod{"D"});
   EXPECT_EQ(raw.Object.get().as<std::string>(), "text");
@@ -205,10 +174,9 @@ TEST(Client, WithoutACallbackDropsNotificationsAndLogsSo) {
   EXPECT_NE(Failure([&] { client.EnableLogging("/no/such/folder/log", false, true, -1); }), "no failure");
   EXPECT_EQ(logging(), "/no/such/folder/log off");
   client.Stop();
-  std::ifstream file(configuration.LogFile);
-  const std::string log{std::istreambuf_iterator<char>(file), {}};
-  EXPECT_NE(log.find("\tReceived notification but no callback registered.\n"), std::string::npos) << log;
-  EXPECT_NE(log.find("\tReceived invalid notification message!\n"), std::string::npos);
+  const std::string log = ContentOf(configuration.LogFile);
+  EXPECT_THAT(log, HasSubstr("\tReceived notification but no callback registered.\n"));
+  EXPECT_THAT(log, HasSubstr("\tReceived invalid notification message!\n"));
 }
 
 TEST(Transport, KeepsALateAnswerForWhoeverAsks) {
@@ -232,13 +200,125 @@ TEST(Transport, KeepsALateAnswerForWhoeverAsks) {
     return transport.Exchange(id, {{{reinterpret_cast<const unsigned char*>(frame.data()), frame.size()}}},
                               std::chrono::milliseconds(timeout));
   };
-  EXPECT_EQ(Failure([&] { exchange(5, 20); }), "Response was not received in the given timespan.");
+  EXPECT_FAILURE(exchange(5, 20), "Response was not received in the given timespan.");
   EXPECT_EQ(exchange(6, 5000).Unpack().get().as<int>(), 42);
   EXPECT_EQ(transport.Read(5, std::chrono::milliseconds(0)).Unpack().get().as<int>(), 41);
-  EXPECT_EQ(Failure([&] { transport.Read(5, std::chrono::milliseconds(0)); }),
-            "Response was not received in the given timespan.");
+  EXPECT_FAILURE(transport.Read(5, std::chrono::milliseconds(0)),
+                 "Response was not received in the given timespan.");
   transport.StopRunning();
-  EXPECT_EQ(Failure([&] { transport.checkActive(); }), "ConnectionAborted");
+  EXPECT_FAILURE(transport.checkActive(), "ConnectionAborted");
+}
+
+using std::chrono::milliseconds;
+constexpr milliseconds Now{0};
+constexpr milliseconds Long{60000};
+constexpr const char* TimedOut = "Response was not received in the given timespan.";
+
+// What a ticket for `id` yields until `deadline`.
+std::string Ask(
+    Inbox& inbox, std::uint32_t id, bool takeKept, Deadline deadline = DeadlineAfter(Now),
+    const std::function<void()>& asked = [] {}) {
+  std::string text;
+  const std::string failure = Failure([&] {
+    Inbox::Ticket ticket(inbox, id, takeKept);
+    asked();
+    text = ticket.Wait(deadline).Unpack().get().as<std::string>();
+  });
+  return text.empty() ? failure : text;
+}
+
+TEST(Inbox, LateAnswersAreKeptForWhoAsksForThemAndReplaced) {
+  Inbox inbox;
+  inbox.Deliver(Received(Response(5, "older")));
+  inbox.Deliver(Received(Response(5, "newer")));
+  EXPECT_EQ(Ask(inbox, 6, true), TimedOut);
+  EXPECT_EQ(Ask(inbox, 5, true), "newer");
+  EXPECT_EQ(Ask(inbox, 5, true), TimedOut);  // taken
+  inbox.Deliver(Received(Response(5, "of another age")));
+  EXPECT_EQ(Ask(inbox, 5, false), TimedOut);  // a new request of the same number
+  EXPECT_EQ(inbox.GetUnclaimedCount(), 0U);
+  for (std::uint32_t id = 0; id < Inbox::MostUnclaimed; ++id) inbox.Deliver(Received(Response(id, "x")));
+  inbox.Deliver(Received(Response(0, "x again")));  // now the newest
+  inbox.Deliver(Received(Response(1000, "y")));
+  EXPECT_EQ(inbox.GetUnclaimedCount(), Inbox::MostUnclaimed);
+  EXPECT_EQ(Ask(inbox, 1, true), TimedOut);
+  EXPECT_EQ(Ask(inbox, 2, true), "x");
+  EXPECT_EQ(Ask(inbox, 0, true), "x again");
+  EXPECT_EQ(Ask(inbox, 1000, true), "y");
+  inbox.Close();
+  EXPECT_EQ(Ask(inbox, 9, false, DeadlineAfter(Long)), "ConnectionAborted");
+  inbox.Open();  // forgets what was kept
+  EXPECT_EQ(Ask(inbox, 3, true), TimedOut);
+  const std::string megabyte(1 << 20, 'm');  // large ones count by their bytes
+  for (std::uint32_t id = 0; id < 6; ++id) inbox.Deliver(Received(Response(id, megabyte)));
+  EXPECT_EQ(inbox.GetUnclaimedCount(), 3U);
+  EXPECT_EQ(Ask(inbox, 2, true), TimedOut);
+  EXPECT_EQ(Ask(inbox, 3, true), megabyte);
+}
+
+TEST(Inbox, ATicketNobodyWaitedForLeavesTheNextWaitAlone) {
+  for (const int meanwhile : {0, 1, 2}) {
+    Inbox inbox;
+    inbox.Deliver(Received(Response(0, "kept")));
+    { const Inbox::Ticket keptForIt(inbox, 0, true); }
+    {
+      const Inbox::Ticket dropped(inbox, 1, false);
+      if (meanwhile == 1) inbox.Deliver(Received(Response(1, "x")));
+      if (meanwhile == 2) inbox.Close();
+    }
+    inbox.Open();
+    EXPECT_EQ(Ask(inbox, 2, false, DeadlineAfter(milliseconds(5))), TimedOut);
+    const auto deliver = [&] { inbox.Deliver(Received(Response(3, "next"))); };
+    EXPECT_EQ(Ask(inbox, 3, false, DeadlineAfter(Long), deliver), "next");
+  }
+}
+
+TEST(Inbox, WakesALoneWaiter) {
+  for (const bool isDelivered : {true, false}) {
+    Inbox inbox;
+    const AtMost promptly(4000);
+    std::jthread waking;
+    const auto wakeSoon = [&] {
+      waking = std::jthread([&] {
+        std::this_thread::sleep_for(milliseconds(50));  // it waits by now; if not, it is not less woken
+        isDelivered ? inbox.Deliver(Received(Response(1, "x"))) : inbox.Close();
+      });
+    };
+    EXPECT_EQ(Ask(inbox, 1, false, DeadlineAfter(milliseconds(5000)), wakeSoon),
+              isDelivered ? "x" : "ConnectionAborted");
+  }
+}
+
+TEST(Inbox, AnAnswerThatRacesWithTheTimeOutIsEitherTakenOrKept) {
+  for (unsigned seed = 0; seed < 20; ++seed) {
+    Inbox inbox;
+    std::atomic<std::uint32_t> asked[4] = {};  // the number of the latest question
+    std::atomic<std::uint32_t> timedOut = 0;
+    Together(8, [&](std::uint32_t party) {
+      std::mt19937 random(seed * 100 + party);
+      const auto soon = [&](unsigned most) {
+        return std::chrono::steady_clock::now() + std::chrono::microseconds(random() % most);
+      };
+      auto& latest = asked[party / 2];
+      for (std::uint32_t round = 1; round <= 60; ++round) {  // in all no more than are kept
+        const std::uint32_t id = party / 2 * 1000 + round;
+        if (party % 2 == 0) {
+          const std::string text = Ask(inbox, id, true, soon(100), [&] {
+            latest = round;
+            latest.notify_one();
+          });
+          timedOut += text == TimedOut;
+          EXPECT_TRUE(text == TimedOut || text == std::to_string(id)) << text;
+        } else {
+          for (std::uint32_t seen = latest; seen < round; seen = latest) latest.wait(seen);
+          const auto when = soon(60);
+          while (std::chrono::steady_clock::now() < when) std::this_thread::yield();
+          inbox.Deliver(Received(Response(id, std::to_string(id))));
+        }
+      }
+    });
+    EXPECT_EQ(inbox.GetUnclaimedCount(), timedOut);
+  }
 }
 
 }  // namespace

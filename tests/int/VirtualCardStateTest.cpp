@@ -1,25 +1,17 @@
-// The virtual card's state directory: what may lie in it, who may use it, and what survives.
-#include <sys/resource.h>
-#include <sys/stat.h>
-
+// What the virtual card keeps: its configuration, and its state directory, what may lie in it and who may use it.
 #include <cinttypes>
-#include <filesystem>
 
-#include "config/LaserConfig.h"
+#include "capi/FlatRecord.h"
+#include "config/ProcessAPI.h"
 #include "config/RecordText.h"
 #include "int/CardClient.h"
-#include "services/EventConfig.h"
+#include "int/Filler.h"
 #include "services/Font.h"
-#include "services/OpticalParameters.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
 
 namespace fs = std::filesystem;
-
-Text Content(const Text& file) {
-  return {std::istreambuf_iterator<char>(std::ifstream(file).rdbuf()), {}};
-}
 
 TEST(VirtualCardState, IsOfPlainFilesThatAreWhole) {
   const TemporaryDirectory outside;
@@ -68,7 +60,7 @@ TEST(VirtualCardState, IsOfPlainFilesThatAreWhole) {
       for (const Text& line :
            {"Taking the defaults for the stored LaserConfig: " + named(reason, "LaserConfig"),
             "Selecting no head corrections: " + named(reason, "HeadCorrections")})
-        EXPECT_NE(card.GetWarnings().find(line + "\n"), Text::npos) << card.GetWarnings();
+        EXPECT_THAT(card.GetWarnings(), HasSubstr(line + "\n"));
       Client c(card);
       EXPECT_EQ(c.Refusal("LoadPowerCalibrationByEngine", 1), named(reason, "PowerCalibration1"));
       c.Call("SetLaserConfig", config);
@@ -80,7 +72,7 @@ TEST(VirtualCardState, IsOfPlainFilesThatAreWhole) {
       c.Disconnect();
       EXPECT_EQ(card.End(SIGTERM), 0);
     }
-    EXPECT_EQ(Content(secret), "secret");
+    EXPECT_EQ(ContentOf(secret), "secret");
     EXPECT_FALSE(fs::exists(outside.Path + "/new"));
     if (store != "no failure") continue;
     const CardProcess card({"--state", state.Path});
@@ -121,7 +113,7 @@ TEST(VirtualCardState, StaysAsItWasWhenTheDiskIsFull) {
                                           {"files/CORRFILES/powerCorrection.kc7", "StorePowerCorrection"}};
   c.Call("CreatePowerCorrection", OpticalParameters());
   for (const auto& [file, method] : stored)
-    c.Call(method.c_str()), before.emplace_back(file, Content(state.Path + "/" + file));
+    c.Call(method.c_str()), before.emplace_back(file, ContentOf(state.Path + "/" + file));
   LaserConfig config;
   config.FpsStart = 7;
   c.Call("SetLaserConfig", config);
@@ -133,7 +125,7 @@ TEST(VirtualCardState, StaysAsItWasWhenTheDiskIsFull) {
               "Cannot write '" + fs::path(file).filename().string() + "': File too large.");
   for (const auto& [file, bytes] : before) {
     EXPECT_GT(bytes.size(), 16U);
-    EXPECT_EQ(Content(state.Path + "/" + file), bytes) << file;
+    EXPECT_EQ(ContentOf(state.Path + "/" + file), bytes) << file;
   }
   for (const auto& entry : fs::recursive_directory_iterator(state.Path))
     EXPECT_NE(entry.path().extension(), ".part") << entry.path();
@@ -177,7 +169,7 @@ struct Stored {
 TEST(StoredLists, OutliveTheCardAndSoDoFonts) {
   Stored stored;
   stored.Store();
-  EXPECT_EQ(Hex(Content(stored.At("List-8"))),
+  EXPECT_EQ(Hex(ContentOf(stored.At("List-8"))),
             Hex(Sealed(Bytes("93 FB 92 05 C4 00 92 D2 80 00 00 00 C4 03 61 62 63"))));
   const CardProcess card({"--state", stored.State.Path});
   Client c(card);
@@ -196,8 +188,7 @@ TEST(StoredLists, OutliveTheCardAndSoDoFonts) {
 
 TEST(StoredLists, AreOnTheDiskUntilTheyAreDeletedThere) {
   Stored stored;
-  const CardProcess card({"--state", stored.State.Path});
-  Client c(card);
+  LoneClient c({"--state", stored.State.Path});
   for (const int id : {7, 24}) c.Lists.Set(id, stored.Small, false, -1), c.Call("StoreList", id);
   c.Call("DeleteList", 7, false);
   c.Call("DeleteList", 24, true);
@@ -252,14 +243,13 @@ TEST(StoredLists, AreNotTakenWhenTheyAreDamagedAndCanBeStoredAnew) {
   EXPECT_EQ(c.Refusal("LoadFont", 4), "There is no stored font 4 on the card.");
   c.Lists.Set(20, stored.Small, false, -1);
   c.Call("StoreList", 20);
-  EXPECT_EQ(Hex(Content(stored.At("List-20"))), Hex(whole));
+  EXPECT_EQ(Hex(ContentOf(stored.At("List-20"))), Hex(whole));
 }
 
 TEST(VirtualCardState, TakesNothingThatItCouldNotKeep) {
   constexpr std::size_t MiB = 1 << 20;
   const TemporaryDirectory state;
-  const CardProcess card({"--state", state.Path});
-  Client c(card);
+  LoneClient c({"--state", state.Path});
   const std::vector<std::uint32_t> words(65537);
   EventConfig events;
   for (int i = 0; i < 400000; ++i) events.EventSettings[1].Exclusions.insert(i);
@@ -280,8 +270,7 @@ TEST(VirtualCardState, TakesNothingThatItCouldNotKeep) {
 }
 
 TEST(VirtualCardState, HasRoomForSoManyVariablesOnly) {
-  const CardProcess card({"--speed", "max"});
-  Client c(card);
+  LoneClient c({"--speed", "max"});
   CommandList variables;
   for (std::uint32_t i = 0; i < 65536; ++i) variables.Append(static_cast<std::int32_t>(*CodeOf("IVS")), i, 1);
   c.Lists.Set(1, variables, false, -1);
@@ -296,8 +285,7 @@ TEST(VirtualCardState, HasRoomForSoManyListsOnly) {
   const Text first = state.Path + "/List-1";
   std::ofstream{first};
   fs::resize_file(first, 256 << 20);  // damaged, and it takes all the room there is
-  const CardProcess card({"--state", state.Path});
-  Client c(card);
+  LoneClient c({"--state", state.Path});
   CommandList list = List("NO");
   for (const int id : {1, 2}) c.Lists.Set(id, list, false, -1);
   EXPECT_EQ(c.Refusal("StoreList", 2), "Cannot write 'List-2': Disk quota exceeded.");
@@ -307,6 +295,95 @@ TEST(VirtualCardState, HasRoomForSoManyListsOnly) {
   c.Lists.Set(2, list, false, -1);
   for (const int id : {1, 2}) EXPECT_EQ(c.Refusal("StoreList", id), "no failure");
   EXPECT_LT(fs::file_size(first), 100U);
+}
+
+enum class Way { Set, Store, Load, Fetch };
+
+// Sets a record of which every field has a value of its own, or also stores it and then sets the defaults; loads what
+// is stored, or only fetches what the card has. What the record has on the wire.
+template <class R, class F>
+std::string Pass(Way way, std::int32_t card, std::int32_t (*setter)(std::int32_t, const F*),
+                 std::int32_t (*storer)(std::int32_t), std::int32_t (*loader)(std::int32_t),
+                 std::int32_t (*getter)(std::int32_t, F*)) {
+  const R filled = Filled<R>();
+  F flat{}, defaults{};
+  Flat::FromRecord(filled, flat), Flat::FromRecord(R(), defaults);
+  const bool isSet = way == Way::Set || way == Way::Store;
+  const bool isDone = (!isSet || setter(card, &flat) == 0) && (way != Way::Store || storer(card) == 0) &&
+                      (way != Way::Store || setter(card, &defaults) == 0) &&
+                      (way != Way::Load || loader(card) == 0) && (isSet || getter(card, &flat) == 0);
+  EXPECT_TRUE(isDone) << testing::internal::GetTypeName<R>() << LastError();
+  return Hex(Packed(isSet ? filled : Flat::Taken<R>(&flat)));
+}
+
+std::vector<std::string> PassAll(Way way, std::int32_t card) {
+#define PASS(Record, area, what)                                                                        \
+  Pass<Record, vl##Record>(way, card, vl##area##Set##what, vl##area##Store##what, vl##area##Load##what, \
+                           vl##area##Get##what)
+  return {
+      PASS(LaserConfig, Laser, Config),
+      PASS(ScannerConfig, Scanner, Config),
+      PASS(ProcessVariables, Process, Variables),
+      PASS(SystemConfig, System, Config),
+      PASS(MotfConfig, Motf, Config),
+      PASS(QuadratureDecoderConfig, MotfQuadratureDecoder, Config),
+      PASS(EventConfig, Event, Config),
+  };
+#undef PASS
+}
+
+TEST(VirtualCardConfiguration, IsLoadedAsItWasStoredAndTheSameAfterARestart) {
+  const TemporaryDirectory directory;
+  const auto store = [&] {
+    const CardConnection card({"--state", directory.Path});
+    auto stored = PassAll(Way::Store, card);
+    EXPECT_NE(PassAll(Way::Fetch, card), stored);
+    EXPECT_EQ(PassAll(Way::Load, card), stored);
+    return stored;
+  };
+  const auto stored = store();
+  EXPECT_EQ(PassAll(Way::Fetch, CardConnection({"--state", directory.Path})), stored);
+}
+
+TEST(VirtualCardConfiguration, TakesOrDropsAGroupOfSettingsAsAWhole) {
+  const CardConnection card;
+  const auto before = PassAll(Way::Fetch, card);
+  for (const bool keep : {false, true}) {
+    EXPECT_OK(vlConfigurationBeginUpdate(card));
+    const auto set = PassAll(Way::Set, card);
+    EXPECT_EQ(PassAll(Way::Fetch, card), before);
+    EXPECT_OK(keep ? vlConfigurationEndUpdate(card) : vlConfigurationAbortUpdate(card));
+    EXPECT_EQ(PassAll(Way::Fetch, card), keep ? set : before);
+  }
+}
+
+TEST(VirtualCardConfiguration, HasTheProcessVariablesUnderTheirOwnName) {
+  LoneClient client;
+  ProcessAPI api(client);
+  ProcessVariables variables;
+  variables.MarkDelay = 7;
+  api.SetVariables(variables), api.StoreVariables(), api.SetVariables({}), api.LoadVariables();
+  EXPECT_EQ(api.GetVariables().ToString(), variables.ToString());
+}
+
+// With speeds of 0.01 and 0.001, and delays that tell themselves apart.
+TEST(VirtualCardConfiguration, IsWhatARunBeginsWith) {
+  ProcessVariables laser, polygon, sky;
+  laser.JumpSpeed = polygon.JumpSpeed = sky.JumpSpeed = 0.01;
+  laser.MarkSpeed = polygon.MarkSpeed = sky.MarkSpeed = 0.001;
+  laser.LaserOnDelay = -40, laser.LaserOffDelay = 90;
+  polygon.JumpDelay = 200, polygon.PolyDelay = 7, polygon.MarkDelay = 30;
+  sky.SkyWriting.Mode = SkyWritingMode::ForceAtStartFinish;
+  sky.SkyWriting.ExtensionTime = 1, sky.SkyWriting.AccelerationDelay = 20,
+  sky.SkyWriting.DecelerationDelay = 500;
+  const CardProcess process({"--speed", "max"});
+  Client client(process);
+  for (const auto& [variables, microseconds] :
+       {std::pair{laser, 40 + 90}, {polygon, 200 + 7 + 30}, {sky, 21 + 501}}) {
+    client.Call("SetVariables", variables);
+    client.Run("JR 1,0 MR 1,0 MR 1,0");
+    EXPECT_NEAR(client.Lists.GetLastExecutionStats().ExecutionTime, 100 + 2000 + microseconds, 1e-6);
+  }
 }
 
 }  // namespace

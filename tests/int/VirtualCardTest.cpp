@@ -5,8 +5,6 @@
 #include "int/CardClient.h"
 #include "lists/ListStatus.h"
 #include "services/Font.h"
-#include "support/FakeCard.h"
-#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -46,8 +44,7 @@ TEST(VirtualCardRun, TakesTheTimeThatItsCommandsTake) {
        "PEC 1 U32:1 U32:1 PPT U32:1 U32:1 U32:1 PDA 1 U32:1 PTC 1 U32:1 U32:1 U32:1 PTL 1 PSP 1 U32:1 "
        "STX Byte[1] STXL Byte[1] SVR Byte[1] Byte[2] SVRL Byte[1] Byte[2] NO"},
   };
-  const CardProcess card({"--speed", "max"});
-  Client client(card);
+  LoneClient client({"--speed", "max"});
   for (const auto& [name, microseconds, macroVectors, microVectors, list] : cases) {
     SCOPED_TRACE(name);
     client.Run("J3A 0,0,0");  // the galvos stay where a run leaves them
@@ -92,7 +89,7 @@ TEST(VirtualCardRun, IsAbortedAtOnceHoweverLongItWouldTake) {
   // The picture of the last one ends where the time did, at a thousandth of a unit per microsecond.
   const Text content = picture.Content();
   const std::size_t end = content.find(",0'/>");
-  ASSERT_NE(content.find("<polyline points='2,0 3,0"), Text::npos) << content;
+  ASSERT_THAT(content, HasSubstr("<polyline points='2,0 3,0"));
   const double microseconds = client.Lists.GetLastExecutionStats().ExecutionTime;
   EXPECT_NEAR(std::stod(content.substr(content.rfind(' ', end))), 2 + microseconds * 0.001, 1e-6);
 }
@@ -111,9 +108,37 @@ TEST(VirtualCardRun, EndsWithAnErrorThatNamesTheCommand) {
       {"0 (LOS): The loop has no end.", "LOS 1 1"},
       {"0 (LOE): No loop is open here.", "LOE 1"},
       {"1 (LOE): It ends loop depth 2, but depth 1 is open here.", "LOS 1 1 LOE 2"},
+      {"0 (ARCA): The sweep must be finite and have at most 100000 turns.", "ARCA 1,0 1e6"},
+      {"0 (ARCA): The target is not finite.", "ARCA nan,0 1.0"},
+      {"0 (BEZA): The shape is not finite.", "BEZA 1e308,0 -1e308,0"},
+      {"0 (ELLA): The half axis must be positive and finite.", "ELLA 0,0 1.0 0.0 0.0"},
+      {"0 (ELLCA): The ratio of the half axes must be positive and finite.", "ELLCA 0,0 -1.0 0.0 1.0"},
+      {"0 (BMPA): There must be at least one power.", "BMPA 0,0 1,0 U16[] 0"},
+      {"0 (BMPA): Command value is of type DoubleArr, not UInt16Arr.", "BMPA 0,0 1,0 F64[] 0"},
+      {"0 (PASA): There must be at least one power and one exposure time.", "PASA 0,0 1,0 U16[1] F64[] 0"},
+      {"0 (PWR): There is no power channel 2.", "PWR U16:1 2"},
+      {"0 (JASA): The last point is not whole.", "JASA F64[1;2;3] 1"},
+      {"0 (LONP): The number of pulses must be finite and not negative.", "LONP -1 true"},
+      {"0 (DLP): The length of the whole pattern must be positive and finite.", "DLP F64[0;0]"},
+      {"2 (MA): The pattern is too short for a mark of this length.", "DLP F64[1e-9] DLE true 0.0 MA 1,0"},
+      {"2 (MA): The wobble is too fast for a mark of this duration.", "WOBF 1e9,1 WOBE true MA 1,0"},
+      {"0 (TRA): A transformation has 9 factors and 3 shifts.", "TRA F64[1] F64[1]"},
+      {"0 (SKWM): There is no sky-writing mode 3.", "SKWM 3"},
+      {"0 (SPSC): The scale of the speeds must be positive and finite.", "SPSC 0.0"},
+      {"0 (LY): The frequency must be positive and finite.", "LY 0.0"},
+      {"0 (SPMA): The magnification must be positive and finite.", "SPMA 0.0 false"},
+      {"0 (JD): The delay must be finite and not negative.", "JD -1.0"},
+      {"0 (LN): The delay must be finite.", "LN nan"},
+      {"0 (SKMCH): The cosine must be finite.", "SKMCH nan"},
+      {"0 (WOBA): The wobble must be finite.", "WOBA nan,0"},
+      {"0 (PASA): The exposure time must be finite and not negative.", "PASA 0,0 1,0 U16[1] F64[-1] 0"},
+      {"0 (PWRC): The length of the ramp must be finite and not negative.", "PWRC U16:1 -1.0 0"},
+      {"0 (PWSC): The scale of the power must be finite and not negative.", "PWSC -1.0 0"},
+      {"0 (LW): The width must be finite and not negative.", "LW -1.0"},
+      {"0 (JLL): The length must be finite and not negative.", "JLL -1.0"},
+      {"0 (DLP): The length of a dash must be finite and not negative.", "DLP F64[-1;2]"},
   };
-  const CardProcess card({"--speed", "max"});
-  Client client(card);
+  LoneClient client({"--speed", "max"});
   for (const auto& [error, list] : cases) {
     client.Run("JA 0,0");
     EXPECT_EQ(client.Run(list), (Events{Text("error List 7, command ") + error, "idle 7"}));
@@ -121,8 +146,7 @@ TEST(VirtualCardRun, EndsWithAnErrorThatNamesTheCommand) {
 }
 
 TEST(VirtualCardLists, ComeBackAsTheyWereSent) {
-  const CardProcess card;
-  Client client(card);
+  LoneClient client;
   ListAPI& lists = client.Lists;
   CommandList list;
   for (int i = 0; i < 100000; ++i) list.AppendMarkAbs(Point2D{{i * 0.1, -i * 0.3}});
@@ -131,6 +155,8 @@ TEST(VirtualCardLists, ComeBackAsTheyWereSent) {
   lists.Set(7, list, false, 42);
   lists.Set(-3, tail, true, 43);  // appending makes a list, too
   EXPECT_EQ(lists.Get(7).GetListField(), 42);
+  lists.AbortExecution();  // of nothing
+  EXPECT_EQ(lists.GetListStatus(7), ClientLib::ListStatus::Ready);
   lists.Set(7, tail, true, 42);
   list.Append(tail);
   EXPECT_TRUE(lists.Get(7).ToString() == list.ToString());
@@ -143,8 +169,7 @@ TEST(VirtualCardLists, ComeBackAsTheyWereSent) {
 }
 
 TEST(VirtualCardCalls, AreRefusedWithWordsThatHelp) {
-  const CardProcess card;
-  Client c(card);
+  LoneClient c;
   ClientLib::SystemConfig zone;
   zone.TimeZone = "Mars";
   const std::pair<Text, const char*> cases[] = {
@@ -173,13 +198,13 @@ TEST(VirtualCardCalls, AreRefusedWithWordsThatHelp) {
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(text, expected);
   EXPECT_TRUE(c.Lists.GetStoredListIDs().empty());
+  EXPECT_EQ(c.Call<ClientLib::SystemConfig>("GetSystemConfig").TimeZone, "UTC");
 }
 
 TEST(VirtualCardCalls, AreAnsweredForWhatTheCardDoesNotHave) {
   const TemporaryDirectory state;
   std::ofstream(state.Path + "/LaserConfig") << "damaged";
-  const CardProcess card({"--speed", "max", "--state", state.Path});
-  Client c(card);
+  LoneClient c({"--speed", "max", "--state", state.Path});
   const auto get = [&](const char* method, const auto&... arguments) {
     return c.Call<double>(method, arguments...);
   };
@@ -323,28 +348,15 @@ TEST(VirtualCardConnections, OutliveARequestThatIsTooLong) {
 }
 
 TEST(VirtualCardErrors, AreToldOnceToWhoeverCalls) {
-  const CardProcess card({"--speed", "max"});
-  const Connection connection(card.GetPort());
-  static std::mutex mutex;
-  static std::condition_variable told;
-  static Text message;
-  const auto keep = [](std::int32_t, std::int32_t, const char* text, std::uint32_t length) {
-    const std::lock_guard lock(mutex);
-    message.assign(text, length);
-    told.notify_all();
-  };
-  std::uint32_t id = 0;
-  ASSERT_EQ(vlListRegisterErrorEventCallback(connection, keep, &id), 0);
-  const std::int64_t list = vlListAllocate(connection);
-  ASSERT_EQ(vlListAppendJumpSpeed(list, 0), 0);
-  ASSERT_EQ(vlListSet(connection, 7, list, false, -1), 0);
-  ASSERT_EQ(vlListExecute(connection, 7), 0);
-  std::unique_lock lock(mutex);
-  ASSERT_TRUE(told.wait_for(lock, std::chrono::seconds(20), [] { return !message.empty(); }));
-  EXPECT_EQ(vlListExecute(connection, 8), -1);
+  LoneClient client({"--speed", "max"});
+  Text message;
+  client.GetListEvents().RegisterErrorEventCallback(
+      [&](int, int, const char* text, std::uint32_t length) { message.assign(text, length); });
+  client.Run("JS 0.0");
+  const Text refusal = Failure([&] { client.Lists.Execute(8); });
   for (const auto& [text, sentence] :
        {std::pair<Text, Text>{message, "List 7, command 0 (JS): The speed must be positive and finite."},
-        {LastError(), "There is no list 8 on the card."}}) {
+        {refusal, "There is no list 8 on the card."}}) {
     EXPECT_EQ(text, "BeginException------------------------------------\n" + sentence +
                         "\nInnerException------------------------------------\nStackTrace--------------------"
                         "--------------------\n"
@@ -355,8 +367,7 @@ TEST(VirtualCardErrors, AreToldOnceToWhoeverCalls) {
 TEST(VirtualCardPicture, ShowsWhatTheLaserMarked) {
   const PictureFile picture;
   std::filesystem::create_symlink("target", picture.Name());
-  const CardProcess card({"--speed", "max", "--svg", picture.Name(), "--beam", "0.2"});
-  Client client(card);
+  LoneClient client({"--speed", "max", "--svg", picture.Name(), "--beam", "0.2"});
   client.Run(
       "JA -10,5 MA 30,5 PI 50 MR 0.1,0.2 MR 0.2,0.1 JA 0,0 LON SL 10.0 LOF JA 10,20 LON "
       "JA 20,20 MA 20,-2.5e-7 LOF");
@@ -371,7 +382,7 @@ TEST(VirtualCardPicture, ShowsWhatTheLaserMarked) {
            "<circle cx='0' cy='0' r='0.1'/>",
            "stroke-width='0.2'",
        }) {
-    EXPECT_NE(content.find(part), Text::npos) << part << " is not in\n" << content;
+    EXPECT_THAT(content, HasSubstr(part));
   }
   EXPECT_EQ(content.find("<circle"), content.rfind("<circle")) << "a laser that moved made no dot";
   EXPECT_TRUE(std::filesystem::is_symlink(picture.Name()));
@@ -383,7 +394,7 @@ TEST(VirtualCardProgram, DoesWhatItsOptionsSay) {
   const PictureFile picture;
   CardProcess card({"--svg", picture.Name(), "--svg-all-runs", "--speed", "max", "--input", "1=3", "--input",
                     "2=0x10", "--verbose"});
-  EXPECT_NE(picture.Content().find("</svg>"), Text::npos) << "it is written when the card starts";
+  EXPECT_THAT(picture.Content(), HasSubstr("</svg>")) << "it is written when the card starts";
   {
     Client client(card);
     EXPECT_EQ(client.GetFirmwareProductVersion() + client.GetCardSerialNumber(), "Virtual 3.1012345");
@@ -394,12 +405,12 @@ TEST(VirtualCardProgram, DoesWhatItsOptionsSay) {
     client.Refusal("Fly", 1);
   }
   // Of both runs, with a margin of five beams.
-  EXPECT_NE(picture.Content().find("width='3mm' height='1mm' viewBox='-0.5 -0.5 3 1'"), Text::npos);
-  EXPECT_NE(picture.Content().find("<polyline points='0,0 1,0 2,0'/>"), Text::npos) << picture.Content();
+  EXPECT_THAT(picture.Content(), HasSubstr("width='3mm' height='1mm' viewBox='-0.5 -0.5 3 1'"));
+  EXPECT_THAT(picture.Content(), HasSubstr("<polyline points='0,0 1,0 2,0'/>"));
   Text log;
   while (!log.ends_with(" disconnected\n") && log.size() < 100000) log += card.ReadLine();
   for (const char* part : {" connected\n", "ExecuteList(7)", "Unknown method 'Fly'."}) {
-    EXPECT_NE(log.find(part), Text::npos) << log;
+    EXPECT_THAT(log, HasSubstr(part));
   }
 }
 
@@ -439,7 +450,7 @@ TEST(VirtualCardProgram, SaysWhatIsWrongWithItsArguments) {
   };
   for (const auto& [arguments, exitCode, error] : cases) {
     CardProcess card(arguments);
-    EXPECT_NE(card.GetFirstLine().find(error), Text::npos) << card.GetFirstLine();
+    EXPECT_THAT(card.GetFirstLine(), HasSubstr(error));
     EXPECT_EQ(card.End(0), exitCode);
   }
 }

@@ -1,14 +1,13 @@
 #include "support/FailingMemory.h"
 
-#include <cstdlib>
-#include <new>
-
 namespace VELTRO::KELVO::Test {
 namespace {
 
 thread_local std::int64_t succeeding = 0;  // so many still succeed before
 thread_local std::int64_t failing = 0;     // so many fail
 thread_local bool hasFailed = false;
+thread_local bool isExempt = false;
+std::atomic<bool> othersFail{false};
 
 }  // namespace
 
@@ -26,11 +25,20 @@ bool FailingMemory::HasFailed() const {
   return hasFailed;
 }
 
+FailingMemoryOfOthers::FailingMemoryOfOthers() {
+  isExempt = othersFail = true;
+}
+
+FailingMemoryOfOthers::~FailingMemoryOfOthers() {
+  isExempt = othersFail = false;
+}
+
 }  // namespace VELTRO::KELVO::Test
 
 // The forms for arrays, and those that do not throw, come back to these.
 void* operator new(std::size_t size) {
   using namespace VELTRO::KELVO::Test;
+  if (othersFail && !isExempt) throw std::bad_alloc();
   if (failing > 0 && succeeding-- <= 0) {
     --failing;
     hasFailed = true;

@@ -1,7 +1,7 @@
 // Allocations that fail when a test says so.
 #pragma once
 
-#include <cstdint>
+#include "support/Usual.h"
 
 namespace VELTRO::KELVO::Test {
 
@@ -17,6 +17,12 @@ class FailingMemory {
 
   // Whether any has.
   bool HasFailed() const;
+};
+
+// As long as it lives, all allocations of all threads but its own fail.
+struct FailingMemoryOfOthers {
+  FailingMemoryOfOthers();
+  ~FailingMemoryOfOthers();
 };
 
 }  // namespace VELTRO::KELVO::Test

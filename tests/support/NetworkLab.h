@@ -1,22 +1,12 @@
 // Networks of a test's own: namespaces, which nobody else sees and which end with the process, however it ends.
 #pragma once
 
-#include <arpa/inet.h>
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <net/if.h>
 #include <poll.h>
 #include <sched.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <cstdio>
-#include <cstring>
-#include <sstream>
-#include <string>
-#include <utility>
 
 #include "common/Descriptor.h"
+#include "support/Process.h"
 
 namespace VELTRO::KELVO::Test {
 
@@ -36,14 +26,13 @@ class Inside {
   Descriptor before_ = OwnNamespace();
 };
 
-// A shell command's exit code and output.
-inline std::pair<int, std::string> Shell(const std::string& command) {
-  std::string output;
-  std::FILE* const pipe = popen(("exec 2>&1; " + command).c_str(), "re");
-  for (int next; (next = fgetc(pipe)) != EOF;) output += static_cast<char>(next);
-  const int status = pclose(pipe);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
-}
+// The test leaves the machine's own network first and never sends anything there.
+class NetworkTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (unshare(CLONE_NEWNET) != 0) GTEST_SKIP() << "This user may not make network namespaces.";
+  }
+};
 
 // A host: a namespace of its own.
 class Host {

@@ -1,11 +1,6 @@
 // What the process under test holds: descriptors, threads, memory. And clocks for tests.
 #pragma once
 
-#include <chrono>
-#include <cstddef>
-#include <cstdint>
-#include <functional>
-
 #include "support/Calls.h"
 
 namespace VELTRO::KELVO::Test {
@@ -23,12 +18,37 @@ inline constexpr bool ThreadSanitized = true;
 inline constexpr bool ThreadSanitized = false;
 #endif
 
-std::size_t OpenDescriptors();
-std::size_t Threads();
-std::size_t ResidentBytes();
+inline std::size_t CountEntries(const char* directory) {
+  const std::filesystem::directory_iterator entries(directory);
+  return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+inline std::size_t OpenDescriptors() {
+  return CountEntries("/proc/self/fd");
+}
+inline std::size_t Threads() {
+  return CountEntries("/proc/self/task");
+}
+inline std::size_t ResidentBytes() {
+  std::ifstream file("/proc/self/statm");
+  std::size_t total = 0, resident = 0;
+  file >> total >> resident;
+  return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+// A shell command's exit code and output.
+inline std::pair<int, std::string> Shell(const std::string& command) {
+  std::string output;
+  std::FILE* const pipe = popen(("exec 2>&1; " + command).c_str(), "re");
+  for (int next; (next = fgetc(pipe)) != EOF;) output += static_cast<char>(next);
+  const int status = pclose(pipe);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+}
 
 // Runs f(0) to f(count - 1) at once.
-void Together(std::uint32_t count, const std::function<void(std::uint32_t)>& f);
+inline void Together(std::uint32_t count, const std::function<void(std::uint32_t)>& f) {
+  std::vector<std::jthread> threads;
+  for (std::uint32_t i = 0; i < count; ++i) threads.emplace_back([&f, i] { f(i); });
+}
 
 // Milliseconds since it was made.
 class Stopwatch {
@@ -39,6 +59,17 @@ class Stopwatch {
 
  private:
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+// The test fails when this lives longer than so many milliseconds.
+class AtMost : Stopwatch {
+ public:
+  explicit AtMost(double most, std::string what = "") : most_(most), what_(std::move(what)) {}
+  ~AtMost() { EXPECT_LT(Milliseconds(), most_) << what_; }
+
+ private:
+  const double most_;
+  const std::string what_;
 };
 
 }  // namespace VELTRO::KELVO::Test

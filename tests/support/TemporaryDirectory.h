@@ -1,15 +1,9 @@
 // A directory for a test, and devices that a test may ruin.
 #pragma once
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/sysmacros.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <string>
+#include "support/Usual.h"
 
 namespace VELTRO::KELVO::Test {
 
@@ -22,6 +16,10 @@ struct TemporaryDirectory {
 
   std::string Path = "/tmp/kelvo-test-XXXXXX";
 };
+
+inline std::string ContentOf(const std::filesystem::path& path) {
+  return {std::istreambuf_iterator<char>(std::ifstream(path, std::ios::binary).rdbuf()), {}};
+}
 
 // Where to write to a device of memory: "null", or "full", which takes nothing. A fault under test could replace the
 // system's own when root runs it; so root has them elsewhere.
