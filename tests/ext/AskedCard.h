@@ -7,12 +7,14 @@ namespace VELTRO::KELVO::Test {
 
 // A card that keeps what it was asked latest and always gives the same answer, nil at first.
 struct AskedCard {
-  std::string Asked, Arguments, Answer = "\xC0";  // "Method[arguments]", and the arguments packed
+  // "Method[arguments]"; the arguments packed anew, in the shortest form of every number; and as they came.
+  std::string Asked, Arguments, Sent, Answer = "\xC0";
   FakeCard Card{FakeCard::Answering([this](const Request& request) {
     std::ostringstream text;
     text << request.Method << request.Arguments.get();
     Asked = text.str();
     Arguments = Packed(request.Arguments.get());
+    Sent = request.Sent;
     return Frame(0x01, Packed(request.Id) + Answer);
   })};
   Connection Handle{Card.Port()};

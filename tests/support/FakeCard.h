@@ -14,6 +14,7 @@ struct Request {
   std::uint32_t Id = 0;
   std::string Method;
   msgpack::object_handle Arguments;
+  std::string Sent = {};  // the arguments as they came
 };
 
 inline std::string Frame(unsigned char type, std::string_view body) {
@@ -82,6 +83,7 @@ class Peer {
     const char* body = received_.data() + Header;
     request.Id = msgpack::unpack(body, length, offset).get().as<std::uint32_t>();
     request.Method = msgpack::unpack(body, length, offset).get().as<std::string>();
+    request.Sent.assign(body + offset, body + length);
     request.Arguments = msgpack::unpack(body, length, offset);
     received_.erase(0, Header + length);
     return true;

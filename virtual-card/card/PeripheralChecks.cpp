@@ -46,7 +46,7 @@ void CheckPorts(const ClientLib::GpioConfig& config) {
     Demand(std::isfinite(port.DebounceTime) && port.DebounceTime >= 0,
            at + "The debounce time must be finite and not negative.");
     Demand(port.PinNames.size() <= MostPinNames, at + "It has 32 pins.");
-    CheckName(port.Name);
+    CheckName(port.PortName);
     for (const std::string& name : port.PinNames) {
       CheckName(name);
       Demand(name.empty() || names.insert(name).second, "Two pins are called '" + name + "'.");

@@ -23,6 +23,7 @@
 #include "card/CardClient.h"
 #include "rpc/MsgPack.h"
 #include "rpc/OutputPacket.h"
+#include "rpc/RpcCaller.h"
 #include "rpc/SignatureCheck.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -114,7 +115,7 @@ class Method {
       Postpone(client, std::apply(call, taken), answer);
       return false;
     } else {
-      packer.pack(std::apply(call, taken));
+      ClientLib::PackArgument(answer, std::apply(call, taken));
     }
     return true;
   }
