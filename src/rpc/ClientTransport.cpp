@@ -19,9 +19,9 @@ namespace {
 constexpr std::chrono::milliseconds AbandonTimeout{2000};
 constexpr std::chrono::milliseconds AbandonLook{10};
 
-// Stepping back makes calls faster and notifications a little slower. So many answers without a notification between
-// them say that calls are what comes.
-constexpr int AnswersThatShowCalls = 2;
+// Stepping back makes calls faster and notifications a little slower, and takes a descriptor. So many answers without a
+// notification between them say that calls are what comes: more than a connect needs.
+constexpr int AnswersThatShowCalls = 8;
 
 // On standard output. A blocked one costs the text, and a long text its end.
 void SayWhatEndedReceiving(const char* reason) noexcept {

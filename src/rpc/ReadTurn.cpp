@@ -6,16 +6,24 @@ namespace VELTRO::KELVO::ClientLib {
 
 void ReadTurn::Open(int socket) {
   const MutexLock lock(mutex_);
-  watch_ = Descriptor(epoll_create1(EPOLL_CLOEXEC));
-  if (!watch_.IsOpen()) return;
-  epoll_event event{EPOLLONESHOT, {}};
-  if (epoll_ctl(watch_.Get(), EPOLL_CTL_ADD, socket, &event) != 0) watch_.Close();
   socket_ = socket;
 }
 
 void ReadTurn::Close() {
   const MutexLock lock(mutex_);
   watch_.Close();
+  socket_ = -1;
+}
+
+int ReadTurn::GetWatch() {
+  const MutexLock lock(mutex_);
+  if (!isWatchMade_ && socket_ >= 0) {
+    isWatchMade_ = true;
+    watch_ = Descriptor(epoll_create1(EPOLL_CLOEXEC));
+    epoll_event event{EPOLLONESHOT, {}};
+    if (watch_.IsOpen() && epoll_ctl(watch_.Get(), EPOLL_CTL_ADD, socket_, &event) != 0) watch_.Close();
+  }
+  return watch_.Get();
 }
 
 void ReadTurn::Watch() {
@@ -35,12 +43,8 @@ bool ReadTurn::Take(int state) {
 }
 
 void ReadTurn::StepBack() {
-  int watch = -1;
-  {
-    const MutexLock lock(mutex_);
-    if (!watch_.IsOpen()) return;
-    watch = watch_.Get();  // only the end of this thread closes it
-  }
+  const int watch = GetWatch();  // only the end of this thread closes it
+  if (watch < 0) return;
   state_.store(Free, std::memory_order_release);
   Watch();
   // A caller that has the turn when this thread is woken gives it back later, and has it woken again.

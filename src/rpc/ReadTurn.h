@@ -12,14 +12,14 @@ namespace VELTRO::KELVO::ClientLib {
 
 class ReadTurn {
  public:
-  // Begins to watch the socket, of which the receive thread, yet to be started, has the turn. Where the system has no
-  // descriptor for it the receive thread keeps the turn for ever.
+  // Names the socket, of which the receive thread, yet to be started, has the turn.
   void Open(int socket) KELVO_EXCLUDES(mutex_);
   // To be called before the socket is closed, when the receive thread has ended or is ending, with the turn.
   void Close() KELVO_EXCLUDES(mutex_);
 
   // For the receive thread, which has the turn: gives it up, and takes it back when there is something to read and no
-  // caller to read it, or when it is handed over.
+  // caller to read it, or when it is handed over. The first time takes a descriptor more; where the system has none the
+  // receive thread keeps the turn for ever.
   void StepBack() KELVO_EXCLUDES(mutex_);
 
   // Whether the receive thread has been handed something that it has not yet taken.
@@ -52,6 +52,8 @@ class ReadTurn {
   enum : int { Free, HandedOver, Taken };
 
   bool Take(int state);
+  // The descriptor on which the receive thread sleeps, or -1.
+  int GetWatch() KELVO_EXCLUDES(mutex_);
   // Wakes the receive thread for what the state says, once. To be called when the state has changed: of several threads
   // that change it, each does, and the last one sees the last state.
   void Watch() KELVO_EXCLUDES(mutex_);
@@ -60,6 +62,7 @@ class ReadTurn {
   Mutex mutex_;  // guards the life of the descriptors; nothing is waited for under it
   Descriptor watch_ KELVO_GUARDED_BY(mutex_);
   int socket_ KELVO_GUARDED_BY(mutex_) = -1;
+  bool isWatchMade_ KELVO_GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace VELTRO::KELVO::ClientLib

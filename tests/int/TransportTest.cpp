@@ -247,7 +247,7 @@ TEST(Client, CallersLeaveNothingUnreadAndRunNoCallback) {
   client.Start();
   const auto call = [&](const char* method) { return client.Call<std::string>(UncheckedMethod{method}); };
   const auto callAFew = [&] {
-    for (int i = 0; i < 5; ++i) EXPECT_EQ(call("Plain"), "Plain");
+    for (int i = 0; i < 10; ++i) EXPECT_EQ(call("Plain"), "Plain");
   };
   for (int round = 0; round < 40; ++round) {
     callAFew();
