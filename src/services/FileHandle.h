@@ -60,7 +60,6 @@ class FileHandle {
   void Write(std::span<const std::uint8_t> bytes) {
     Call("FileWrite", FilePiece(bytes), static_cast<std::int32_t>(bytes.size()));
   }
-  void Write(const Bytes& bytes) { Send(bytes, static_cast<std::int32_t>(bytes.size())); }
   void write(const char* bytes, std::size_t count) {
     Write(reinterpret_cast<const std::uint8_t*>(bytes), static_cast<std::int32_t>(count));
   }
