@@ -1,6 +1,9 @@
 // A file of 64 MiB to the card and back: the library, from and to a local file, beside a bare socket that makes as many
-// round trips of 8192 bytes.
+// round trips of 8192 bytes; without a local file, and with one.
 #include "FileRows.h"
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -23,6 +26,8 @@ using ClientLib::DirectorySelector;
 
 constexpr const char* kUpload = "upload of 64 MiB";
 constexpr const char* kDownload = "download of 64 MiB";
+constexpr const char* kUploadFromFile = "upload of 64 MiB, local file";
+constexpr const char* kDownloadToFile = "download of 64 MiB, local file";
 
 void Require(bool holds, const char* what) {
   if (!holds) throw std::runtime_error(what);
@@ -80,6 +85,48 @@ class Folder {
   std::string path_ = "/tmp/kelvo-bench-XXXXXX";
 };
 
+// The same round trips with a local file read or written in between, 8192 bytes at a time.
+double RawUploadFromFile(RowContext& context) {
+  const Folder folder;
+  std::ofstream(folder.File()) << std::string(kBenchFileSize, 'x');
+  std::string request =
+      RequestFrame("FileWrite", 1, std::vector<std::uint8_t>(kFileChunkSize), kFileChunkSize);
+  char* const place = request.data() + request.find(std::string(kFileChunkSize, '\0'));
+  const RawSocket socket(context.Port());
+  FrameReader reader(socket.Fd(), std::size_t{64} << 10);
+  const std::uint64_t begin = NowNs();
+  const int file = open(folder.File().c_str(), O_RDONLY | O_CLOEXEC);
+  for (std::size_t moved = 0; moved < kBenchFileSize; moved += kFileChunkSize) {
+    Require(read(file, place, kFileChunkSize) == kFileChunkSize, "bytes are missing");
+    SendAll(socket.Fd(), request.data(), request.size());
+    Frame answer{};
+    Require(reader.Next(answer) && answer.type == FrameType::Response, "no answer");
+  }
+  close(file);
+  return MegabytesPerSecond(NowNs() - begin);
+}
+
+double RawDownloadToFile(RowContext& context) {
+  const Folder folder;
+  const std::string request = RequestFrame("FileRead", 1, kFileChunkSize), part = folder.File() + ".part";
+  const RawSocket socket(context.Port());
+  FrameReader reader(socket.Fd(), std::size_t{64} << 10);
+  const std::uint64_t begin = NowNs();
+  const int file = open(part.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  for (std::size_t moved = 0; moved < kBenchFileSize; moved += kFileChunkSize) {
+    SendAll(socket.Fd(), request.data(), request.size());
+    Frame answer{};
+    Require(reader.Next(answer) && answer.type == FrameType::Response, "no answer");
+    // The bytes are the end of the answer.
+    Require(answer.size > kFileChunkSize &&
+                write(file, answer.body + answer.size - kFileChunkSize, kFileChunkSize) == kFileChunkSize,
+            "bytes are missing");
+  }
+  Require(fsync(file) == 0 && close(file) == 0 && rename(part.c_str(), folder.File().c_str()) == 0,
+          "the file is not on the disk");
+  return MegabytesPerSecond(NowNs() - begin);
+}
+
 template <class Transfer>
 double LibraryTransfer(RowContext& context, Transfer&& transfer) {
   ClientLib::ClientAPI client;
@@ -112,8 +159,13 @@ double LibraryDownload(RowContext& context) {
 void RegisterFileRows(Harness& harness) {
   harness.AddReference(kUpload, "MB/s", RawUpload);
   harness.AddLibraryRow("upload of 64 MiB, library", kUpload, AtLeast(0.5), LibraryUpload);
+  harness.AddReference(kUploadFromFile, "MB/s", RawUploadFromFile);
+  harness.AddLibraryRow("upload of 64 MiB beside it, library", kUploadFromFile, AtLeast(0.85), LibraryUpload);
   harness.AddReference(kDownload, "MB/s", RawDownload);
   harness.AddLibraryRow("download of 64 MiB, library", kDownload, AtLeast(0.5), LibraryDownload);
+  harness.AddReference(kDownloadToFile, "MB/s", RawDownloadToFile);
+  harness.AddLibraryRow("download of 64 MiB beside it, library", kDownloadToFile, AtLeast(0.85),
+                        LibraryDownload);
 }
 
 }  // namespace VELTRO::KELVO::Bench

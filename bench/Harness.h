@@ -39,6 +39,7 @@ inline constexpr int TwoCores = 2;
 struct Options {
   bool isQuick = false;
   bool isSelfCheck = false;
+  bool isPeers = false;
   bool isOneCore = true;
   bool isTwoCores = true;
   std::string filter;

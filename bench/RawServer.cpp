@@ -258,7 +258,7 @@ int RunRawServer() {
   ::_exit(0);
 }
 
-RawServerProcess::RawServerProcess() {
+RawServerProcess::RawServerProcess(const std::vector<std::string>& arguments) {
   int control[2];
   int report[2];
   if (::pipe2(control, O_CLOEXEC) != 0 || ::pipe2(report, O_CLOEXEC) != 0) ThrowErrno("pipe2");
@@ -269,9 +269,11 @@ RawServerProcess::RawServerProcess() {
   posix_spawn_file_actions_adddup2(&actions, control[0], STDIN_FILENO);
   posix_spawn_file_actions_adddup2(&actions, report[1], STDOUT_FILENO);
   std::string program = "/proc/self/exe";
-  std::string mode = kRawServerArgument;
-  char* arguments[] = {program.data(), mode.data(), nullptr};
-  const int failure = ::posix_spawn(&pid_, program.c_str(), &actions, nullptr, arguments, environ);
+  std::vector<std::string> words = arguments;
+  std::vector<char*> pointers{program.data()};
+  for (std::string& word : words) pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  const int failure = ::posix_spawn(&pid_, program.c_str(), &actions, nullptr, pointers.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
   ::close(control[0]);
   ::close(report[1]);
@@ -282,7 +284,7 @@ RawServerProcess::RawServerProcess() {
   if (isUp) return;
   ::close(controlFd_);
   if (failure == 0) ::waitpid(pid_, nullptr, 0);
-  throw std::runtime_error("the raw server did not start");
+  throw std::runtime_error("the server did not start");
 }
 
 RawServerProcess::~RawServerProcess() {

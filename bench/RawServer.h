@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 namespace VELTRO::KELVO::Bench {
 
@@ -16,12 +18,12 @@ inline constexpr std::size_t kFileChunkSize = 8192;
 // The server's whole program: standard output carries the port, and the end of standard input ends it.
 int RunRawServer();
 
-// Starts this same program again as a server. A new program rather than a bare fork, because by the time the
+// Starts this same program again as a server, this one or that which the arguments say. A new program rather than a bare fork, because by the time the
 // second mode starts the code under test may have left threads behind. The server inherits the CPU affinity
 // of the calling thread.
 class RawServerProcess {
  public:
-  RawServerProcess();
+  explicit RawServerProcess(const std::vector<std::string>& arguments = {kRawServerArgument});
   ~RawServerProcess();
   RawServerProcess(const RawServerProcess&) = delete;
   RawServerProcess& operator=(const RawServerProcess&) = delete;

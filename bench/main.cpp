@@ -14,6 +14,7 @@
 #include "RawServer.h"
 #include "ReferenceRows.h"
 #include "TextRows.h"
+#include "peers/PeerRows.h"
 
 namespace {
 
@@ -21,11 +22,12 @@ using namespace VELTRO::KELVO::Bench;
 
 constexpr unsigned kTimeLimitSeconds = 175;
 constexpr std::string_view kUsage =
-    "kelvo-bench [--quick] [--filter NAME] [--cores 1|2|both] [--self-check]\n"
+    "kelvo-bench [--quick] [--filter NAME] [--cores 1|2|both] [--self-check] [--peers]\n"
     "  --quick       fewer rounds\n"
     "  --filter      only rows whose name contains NAME, with the reference rows they need\n"
     "  --cores       everything on one core, on two cores, or one after the other (both, the default)\n"
-    "  --self-check  compare each reference row with itself\n";
+    "  --self-check  compare each reference row with itself\n"
+    "  --peers       compare with what a user would take instead, as far as it is installed\n";
 
 Options ParseOptions(int argc, char** argv) {
   Options options;
@@ -39,6 +41,8 @@ Options ParseOptions(int argc, char** argv) {
       options.isQuick = true;
     } else if (argument == "--self-check") {
       options.isSelfCheck = true;
+    } else if (argument == "--peers") {
+      options.isPeers = true;
     } else if (argument == "--filter") {
       options.filter = value();
     } else if (argument == "--cores") {
@@ -68,6 +72,7 @@ void LimitTime() {
 
 int main(int argc, char** argv) {
   if (argc == 2 && std::string_view(argv[1]) == kRawServerArgument) return RunRawServer();
+  if (argc == 3 && std::string_view(argv[1]) == kPeerServerArgument) return RunPeerServer(argv[2]);
   if (argc == 2 && std::string_view(argv[1]) == "--help") {
     std::printf("%s", kUsage.data());
     return 0;
@@ -76,11 +81,15 @@ int main(int argc, char** argv) {
     const Options options = ParseOptions(argc, argv);
     LimitTime();
     Harness harness;
-    RegisterReferenceRows(harness);
-    RegisterLibraryRows(harness);
-    RegisterListRows(harness);
-    RegisterTextRows(harness);
-    RegisterFileRows(harness);
+    if (options.isPeers) {
+      RegisterPeerRows(harness);
+    } else {
+      RegisterReferenceRows(harness);
+      RegisterLibraryRows(harness);
+      RegisterListRows(harness);
+      RegisterTextRows(harness);
+      RegisterFileRows(harness);
+    }
     if (options.isSelfCheck) harness.AddSelfCheckRows();
     return harness.Run(options) ? 0 : 1;
   } catch (const std::invalid_argument& error) {

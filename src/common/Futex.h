@@ -32,6 +32,7 @@ class Signal {
     }
   }
   void Wait() { WaitUntil(Deadline::max()); }
+  bool IsPosted() const { return state_.load(std::memory_order_acquire) == Posted; }
 
  private:
   enum : std::uint32_t { Empty, Awaited, Posted };
@@ -45,10 +46,13 @@ class Signal {
 // A lock that is waited for until a deadline.
 class TimedLock {
  public:
+  bool TryLock() {
+    std::uint32_t state = Free;
+    return state_.compare_exchange_strong(state, Held, std::memory_order_acquire);
+  }
   // False when the lock is not free before `deadline`.
   bool LockUntil(Deadline deadline) {
-    std::uint32_t state = Free;
-    if (state_.compare_exchange_strong(state, Held, std::memory_order_acquire)) return true;
+    if (TryLock()) return true;
     while (state_.exchange(Wanted, std::memory_order_acquire) != Free) {
       if (!FutexWait(state_, Wanted, deadline)) return false;
     }

@@ -66,6 +66,20 @@ class HeadVisitor : public msgpack::null_visitor {
   }
 };
 
+// Stops behind the first object unless it is one of bytes.
+class BytesVisitor : public msgpack::null_visitor {
+ public:
+  bool visit_str(const char* at, std::uint32_t size) { return visit_bin(at, size); }
+  bool visit_bin(const char* at, std::uint32_t size) {
+    bytes = {at, size};
+    return true;
+  }
+  bool start_array(std::uint32_t) { return false; }
+  bool start_map(std::uint32_t) { return false; }
+
+  std::optional<std::span<const char>> bytes;
+};
+
 // The length of an array's or a map's head in front of which `first` stands.
 std::size_t HeadLength(char first) {
   const auto byte = static_cast<unsigned char>(first);
@@ -162,6 +176,14 @@ msgpack::object Unpack(std::span<const char> bytes, msgpack::zone& zone, std::ui
   if (IsSmall(bytes, depth)) return UnpackSmall(bytes, used, zone);
   used = Check(bytes, depth);
   return msgpack::unpack(zone, bytes.data(), used, &Refer);
+}
+
+std::span<const char> Bytes(std::span<const char> bytes) {
+  BytesVisitor visitor;
+  std::size_t offset = 0;
+  if (msgpack::parse(bytes.data(), bytes.size(), offset, visitor) && visitor.bytes) return *visitor.bytes;
+  Check(bytes, UsualDepth);
+  throw msgpack::type_error();
 }
 
 msgpack::object Reader::Take() {

@@ -35,6 +35,10 @@ msgpack::object_handle Unpack(std::span<const char> bytes, std::size_t& used, st
 // The same into a zone that the caller keeps and clears, which spares an allocation an object.
 msgpack::object Unpack(std::span<const char> bytes, msgpack::zone& zone, std::uint32_t depth);
 
+// The bytes of the first object, a byte string or a text, where they stand. Throws std::runtime_error as Check, and
+// msgpack::type_error for an object of another kind.
+std::span<const char> Bytes(std::span<const char> bytes);
+
 // Takes a large object apart from the front, one of its elements in memory at a time. Throws std::runtime_error, "Invalid
 // packet! " and a reason, for what is malformed, and msgpack::type_error for what is of another kind.
 class Reader {

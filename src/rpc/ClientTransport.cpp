@@ -19,6 +19,10 @@ namespace {
 constexpr std::chrono::milliseconds AbandonTimeout{2000};
 constexpr std::chrono::milliseconds AbandonLook{10};
 
+// Stepping back makes calls faster and notifications a little slower, and takes a descriptor. So many answers without a
+// notification between them say that calls are what comes: more than a connect needs.
+constexpr int AnswersThatShowCalls = 8;
+
 // On standard output. A blocked one costs the text, and a long text its end.
 void SayWhatEndedReceiving(const char* reason) noexcept {
   char line[1024];
@@ -121,8 +125,33 @@ InputPacket ClientTransport::Exchange(std::uint32_t requestId, const FramePieces
   checkActive();
   const Deadline deadline = DeadlineAfter(timeout);  // for sending and waiting together
   Inbox::Ticket ticket(inbox_, requestId, false);
-  communication_.Write(frame, deadline);
+  {
+    ReadTurn::OfCaller turn(communication_.GetReadTurn());
+    if (timeout.count() > 0) turn.TryTake();
+    communication_.Write(frame, deadline, turn);
+    if (timeout.count() > 0) ReceiveAsCaller(ticket, turn, deadline);
+  }
   return ticket.Wait(deadline);
+}
+
+void ClientTransport::ReceiveAsCaller(const Inbox::Ticket& ticket, ReadTurn::OfCaller& turn,
+                                      Deadline deadline) {
+  turn.TryTake();
+  while (turn.IsTaken() && !(ticket.IsSettled() && communication_.IsLastFrame())) {
+    try {
+      const int frameSize = communication_.Peek(ticket.IsSettled() ? Deadline() : deadline);
+      if (frameSize == 0) return;
+      // Notifications are the receive thread's, and so is the end of the connection.
+      if (frameSize < 0 || IsNotification(static_cast<PacketType>(communication_.Frame()[1]))) {
+        return turn.HandOver();
+      }
+      InputPacket answer = InputPacket::Allocate(communication_.Frame(), 0, frameSize);
+      inbox_.Deliver(std::move(answer));
+      communication_.Accept(frameSize);
+    } catch (const std::exception&) {
+      turn.HandOver();  // it fails there, too, and ends the connection
+    }
+  }
 }
 
 InputPacket ClientTransport::Read(std::uint32_t requestId, std::chrono::milliseconds timeout) {
@@ -139,6 +168,9 @@ void ClientTransport::receiver() {
   const ReceiveThread mark(this);
   try {
     while (running_.load(std::memory_order_acquire)) {
+      if (answersInARow_ >= AnswersThatShowCalls && communication_.IsLastFrame() && !inbox_.IsAwaited()) {
+        communication_.GetReadTurn().StepBack();
+      }
       const int frameSize = communication_.Read();
       if (frameSize < 1) break;
       Receive(frameSize);
@@ -164,9 +196,11 @@ void ClientTransport::Receive(int frameSize) {
   const auto type = static_cast<PacketType>(frame[1]);
   if (IsNotification(type)) {
     // Handled where it stands in the receive buffer: nobody else is going to read it.
+    answersInARow_ = 0;
     ReceiveNotification(type, {reinterpret_cast<const char*>(frame + Packet::FullHeaderLen),
                                static_cast<std::size_t>(frameSize) - Packet::FullHeaderLen});
   } else {
+    if (answersInARow_ < AnswersThatShowCalls) ++answersInARow_;
     inbox_.Deliver(InputPacket::Allocate(frame, 0, frameSize));
   }
 }

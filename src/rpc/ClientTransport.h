@@ -57,6 +57,8 @@ class ClientTransport : private Context, public Transport {
  private:
   const RpcClientConfiguration& GetConfig() const override { return context_.GetConfig(); }
   void receiver();
+  // Reads for everybody, until the ticket's answer has come, with the turn if it can be had.
+  void ReceiveAsCaller(const Inbox::Ticket& ticket, ReadTurn::OfCaller& turn, Deadline deadline);
   // Shuts the connection down and releases whoever waits for something from it.
   void EndWaits();
   void EndReceiving();
@@ -70,7 +72,8 @@ class ClientTransport : private Context, public Transport {
   RpcLogger logger_;
   Inbox inbox_;
   RemoteCommunication communication_;
-  msgpack::zone zone_;  // of the notification being handled; the receive thread's own
+  msgpack::zone zone_;     // of the notification being handled; the receive thread's own
+  int answersInARow_ = 0;  // without a notification between them; the receive thread's own
 
   Mutex threadMutex_;
   bool stopped_ KELVO_GUARDED_BY(threadMutex_) = false;

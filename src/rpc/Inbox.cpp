@@ -125,6 +125,11 @@ InputPacket Inbox::TakeUnclaimed(std::map<std::uint32_t, InputPacket>::iterator 
   return packet;
 }
 
+bool Inbox::IsAwaited() {
+  const MutexLock lock(mutex_);
+  return !tickets_.empty();
+}
+
 std::size_t Inbox::GetUnclaimedCount() {
   const MutexLock lock(mutex_);
   return unclaimed_.size();

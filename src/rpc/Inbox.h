@@ -36,6 +36,8 @@ class Inbox {
     // Waits for the answer until `deadline`. Throws std::runtime_error "ConnectionAborted" when the inbox
     // closes, or "Response was not received in the given timespan.".
     InputPacket Wait(Deadline deadline);
+    // Whether Wait has nothing to wait for.
+    bool IsSettled() const { return signal_->IsPosted(); }
 
    private:
     friend class Inbox;
@@ -59,6 +61,8 @@ class Inbox {
   // id.
   void Deliver(InputPacket packet);
 
+  // Whether somebody waits.
+  bool IsAwaited();
   std::size_t GetUnclaimedCount();
 
  private:

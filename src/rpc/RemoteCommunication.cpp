@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <limits>
 #include <stdexcept>
+#include <utility>
 
 #include "rpc/RpcClientConfiguration.h"
 
@@ -140,6 +141,7 @@ bool RemoteCommunication::WaitForConnect(Deadline deadline) {
   if (shutDown_) return false;
   // From here on the reading thread blocks in recv; sends never block, they say so themselves.
   if (fcntl(socket_, F_SETFL, 0) != 0) return false;
+  readTurn_.Open(socket_);
   connected_.store(true, std::memory_order_release);
   return true;
 }
@@ -155,6 +157,12 @@ void RemoteCommunication::Shutdown() {
 class RemoteCommunication::SendTurn {
  public:
   SendTurn(TimedLock& lock, Deadline deadline) : lock_(lock), taken_(lock.LockUntil(deadline)) {}
+  SendTurn(TimedLock& lock, Deadline deadline, ReadTurn::OfCaller& turn)
+      : lock_(lock), taken_(lock.TryLock()) {
+    if (taken_) return;
+    turn.Return();
+    taken_ = lock.LockUntil(deadline);
+  }
   ~SendTurn() {
     if (taken_) lock_.Unlock();
   }
@@ -165,19 +173,20 @@ class RemoteCommunication::SendTurn {
 
  private:
   TimedLock& lock_;
-  const bool taken_;
+  bool taken_;
 };
 
 void RemoteCommunication::Disconnect() {
   Shutdown();  // whoever sends stops, so the turn comes soon
   const SendTurn turn(sendLock_, Deadline::max());
   const MutexLock lock(lifeMutex_);
+  readTurn_.Close();
   if (socket_ >= 0) close(socket_);
   socket_ = -1;
 }
 
-void RemoteCommunication::Write(const FramePieces& frame, Deadline deadline) {
-  const SendTurn turn(sendLock_, deadline);
+void RemoteCommunication::Write(const FramePieces& frame, Deadline deadline, ReadTurn::OfCaller& readTurn) {
+  const SendTurn turn(sendLock_, deadline, readTurn);
   UnsentPieces unsent(frame);
   bool sound = turn.IsTaken() && IsConnected();
   while (sound && !unsent.IsEmpty()) {
@@ -185,6 +194,7 @@ void RemoteCommunication::Write(const FramePieces& frame, Deadline deadline) {
     if (sent >= 0) {
       unsent.Drop(static_cast<std::size_t>(sent));
     } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+      readTurn.Return();
       sound = WaitForOutput(socket_, deadline) && IsConnected();
     } else {
       sound = errno == EINTR;
@@ -216,14 +226,44 @@ int RemoteCommunication::Read() {
   if (buffer_.Size() > 0 && buffer_.Data()[0] != Packet::PacketStart)
     throw std::runtime_error("Invalid packet!");
   if (const int result = Receive(Packet::FullHeaderLen); result <= 0) return result;
-  const std::size_t size = Packet::FullHeaderLen + std::size_t{Packet::BodyLength(buffer_.Data())};
+  const std::size_t size = WantedSize();
   if (size > MostFrameBytes) return -1;
   if (const int result = Receive(size); result <= 0) return result;
   frameSize_ = size;
   return static_cast<int>(size);
 }
 
+std::size_t RemoteCommunication::WantedSize() const {
+  if (buffer_.Size() < Packet::FullHeaderLen) return Packet::FullHeaderLen;
+  return Packet::FullHeaderLen + std::size_t{Packet::BodyLength(buffer_.Data())};
+}
+
+int RemoteCommunication::Peek(Deadline deadline) {
+  buffer_.Drop(std::exchange(frameSize_, 0));
+  for (;;) {
+    const bool isFrame = buffer_.Size() == 0 || buffer_.Data()[0] == Packet::PacketStart;
+    const std::size_t wanted = WantedSize();
+    if (!isFrame || wanted > MostFrameBytes || !IsConnected()) return -1;
+    if (buffer_.Size() >= wanted) return static_cast<int>(wanted);
+    pollfd entry{socket_, POLLIN, 0};
+    const int ready = poll(&entry, 1, MillisecondsUntil(deadline));
+    if (ready == 0) return 0;
+    if (ready < 0) {
+      if (errno == EINTR) continue;
+      return -1;
+    }
+    const auto room = buffer_.Room(wanted);
+    const ssize_t received = recv(socket_, room.data(), room.size(), MSG_DONTWAIT);
+    if (received > 0) {
+      buffer_.Add(static_cast<std::size_t>(received));
+    } else if (received == 0 || (errno != EINTR && errno != EAGAIN)) {
+      return -1;
+    }
+  }
+}
+
 bool RemoteCommunication::IsDataPending() {
+  if (readTurn_.IsHandedOver()) return true;
   const MutexLock lock(lifeMutex_);
   int bytes = 0;
   return socket_ >= 0 && ioctl(socket_, FIONREAD, &bytes) == 0 && bytes > 0;

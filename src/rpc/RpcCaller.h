@@ -124,6 +124,8 @@ class RpcCaller::TypedCall : public RemoteCall {
     } else if constexpr (requires(Body::Reader & reader) { result_.TakeFrom(reader); }) {
       Body::Reader reader(answer.Rest());
       result_.TakeFrom(reader);
+    } else if constexpr (requires { result_.TakeFrom(std::move(answer)); }) {
+      result_.TakeFrom(std::move(answer));
     } else {
       answer.Unpack().get().convert(result_);
     }

@@ -51,9 +51,8 @@ void FileAPIVL::Put(DirectorySelector directory, const std::string& name, const 
   const auto open = caller_.Call<std::int32_t>("GetFileHandle", directory._to_integral(), name);
   if (open >= 0) FileHandle(caller_, open);
   FileHandle remote = Open(directory, name, FileMode::Create);
-  FileHandle::Bytes chunk(static_cast<std::size_t>(chunkSize_));
   for (std::uint64_t moved = 0;;) {
-    chunk.resize(local.Read(chunk));
+    const auto chunk = local.Read(static_cast<std::size_t>(chunkSize_));
     if (chunk.empty()) return;
     remote.Write(chunk);
     moved += chunk.size();
@@ -74,7 +73,8 @@ void FileAPIVL::Get(DirectorySelector directory, const std::string& name, const 
       const auto wanted =
           static_cast<std::int32_t>(std::min(size - moved, static_cast<std::uint64_t>(chunkSize_)));
       pace.Asking();
-      const FileHandle::Bytes chunk = remote.Read(wanted);
+      const FilePiece piece = remote.ReadPiece(wanted);
+      const auto chunk = piece.Get();
       pace.Answered(chunk.size());
       if (chunk.empty()) throw std::runtime_error("The card's file ended early.");
       if (std::ssize(chunk) > wanted) throw std::runtime_error("The card sent more than it was asked for.");

@@ -33,7 +33,8 @@ class FileAPIVL {
   }
   FileHandle Open(DirectorySelector directory, const std::string& name, FileMode mode);
 
-  // Transfers go in chunks of 8192 bytes, one of them in memory at a time. However they end, the card's file is closed.
+  // Transfers go in chunks of 8192 bytes, each when the one before has been answered. However they end, the card's file is
+  // closed.
   // Both throw std::runtime_error "Unable to open the local file!" before anything is sent, "Error in stream" for what
   // happens to the local file later, "The transfer was cancelled."; and what the connection and the card throw.
 

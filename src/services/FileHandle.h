@@ -3,14 +3,44 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "rpc/RpcCaller.h"
 #include "rpc/RpcRemoteException.h"
 
 namespace VELTRO::KELVO::ClientLib {
+
+// Bytes of a file where they lie: ours on the way to the card, in the card's answer on their way here.
+class FilePiece {
+ public:
+  static constexpr std::string_view WireName = "binary";
+
+  FilePiece() = default;
+  explicit FilePiece(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
+
+  std::span<const std::uint8_t> Get() const { return bytes_; }
+  // As the log shows bytes.
+  std::string ToString() const { return LogText(std::vector<std::uint8_t>(bytes_.begin(), bytes_.end())); }
+  // Throws as Body::Bytes.
+  void TakeFrom(InputPacket&& answer) {
+    answer_ = std::move(answer);
+    const auto bytes = Body::Bytes(answer_.Rest());
+    bytes_ = {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()};
+  }
+  template <class Packer>
+  void msgpack_pack(Packer& packer) const {
+    const auto count = static_cast<std::uint32_t>(bytes_.size());
+    packer.pack_bin(count).pack_bin_body(reinterpret_cast<const char*>(bytes_.data()), count);
+  }
+
+ private:
+  InputPacket answer_;
+  std::span<const std::uint8_t> bytes_;
+};
 
 // The end of the object closes the file on the card. It does not wait for a card that has left an earlier call on
 // this handle unanswered, or whose connection is down.
@@ -27,12 +57,15 @@ class FileHandle {
   // Deliberate oddity: `count` bytes beyond ClientAPI::MaxPacketSize go out in pieces of which only the first carries
   // bytes. The second has none behind its full count, or, like every later one, throws std::length_error.
   void Write(const std::uint8_t* bytes, std::int32_t count);
-  void Write(const Bytes& bytes) { Send(bytes, static_cast<std::int32_t>(bytes.size())); }
+  void Write(std::span<const std::uint8_t> bytes) {
+    Call("FileWrite", FilePiece(bytes), static_cast<std::int32_t>(bytes.size()));
+  }
   void write(const char* bytes, std::size_t count) {
     Write(reinterpret_cast<const std::uint8_t*>(bytes), static_cast<std::int32_t>(count));
   }
   // As many bytes as the card gives, `count` at most if it keeps to the rule.
   Bytes Read(std::int32_t count) { return Call<Bytes>("FileRead", count); }
+  FilePiece ReadPiece(std::int32_t count) { return Call<FilePiece>("FileRead", count); }
   std::string ReadText(std::int32_t count) { return Call<std::string>("FileReadText", count); }
   std::string ReadTextLine() { return Call<std::string>("FileReadTextLine"); }
   // Throws std::runtime_error "File is to large." (spelled so) beyond 0x7FFFFFFF bytes.

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <stdexcept>
 #include <system_error>
@@ -11,6 +12,8 @@
 namespace VELTRO::KELVO::ClientLib {
 
 namespace {
+
+constexpr std::size_t ReadAheadBytes = 65536;
 
 [[noreturn]] void FailToOpen() {
   throw std::runtime_error("Unable to open the local file!");
@@ -51,15 +54,29 @@ void FileStream::CheckRoom(std::uint64_t size) const {
   }
 }
 
-std::size_t FileStream::Read(std::span<std::uint8_t> bytes) {
-  std::size_t count = 0;
-  while (count < bytes.size()) {
-    const ssize_t got = read(file_.Get(), bytes.data() + count, bytes.size() - count);
+std::span<const std::uint8_t> FileStream::Read(std::size_t most) {
+  if (ahead_.size() < most) Fill(most);
+  const auto bytes = ahead_.first(std::min(most, ahead_.size()));
+  ahead_ = ahead_.subspan(bytes.size());
+  return bytes;
+}
+
+void FileStream::Fill(std::size_t most) {
+  // A file that has a size is there: some of it is read ahead, which spares system calls. What is written while it is
+  // read, as a pipe is, goes on as it comes.
+  buffer_.resize(std::max(most, size_ > most ? ReadAheadBytes : 0));
+  std::ranges::copy(ahead_, buffer_.begin());
+  std::size_t count = ahead_.size();
+  while (count < buffer_.size()) {
+    const ssize_t got = read(file_.Get(), buffer_.data() + count, buffer_.size() - count);
     if (got == 0) break;
     if (got > 0) count += static_cast<std::size_t>(got);
-    if (got < 0 && errno != EINTR) FailInStream();
+    if (got < 0 && errno != EINTR) {
+      if (count < most) FailInStream();
+      break;  // what came before it comes first; then it fails again
+    }
   }
-  return count;
+  ahead_ = {buffer_.data(), count};
 }
 
 void FileStream::Write(std::span<const std::uint8_t> bytes) {

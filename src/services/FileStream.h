@@ -6,6 +6,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "common/Descriptor.h"
 #include "common/ReplacedFile.h"
@@ -26,8 +27,9 @@ class FileStream {
   std::uint64_t GetSize() const { return size_; }
   // Throws std::runtime_error "The local disk has no room for the file." when it has less than that.
   void CheckRoom(std::uint64_t size) const;
-  // Fills `bytes` as far as the file reaches and returns how many came. Throws std::runtime_error "Error in stream".
-  std::size_t Read(std::span<std::uint8_t> bytes);
+  // The next `most` bytes, or as many as there are; valid until the next call. Throws std::runtime_error "Error in
+  // stream".
+  std::span<const std::uint8_t> Read(std::size_t most);
   // Throws std::runtime_error "Error in stream".
   void Write(std::span<const std::uint8_t> bytes);
   // Closes the file and puts it under its name. Throws std::runtime_error "Error in stream".
@@ -36,8 +38,12 @@ class FileStream {
  private:
   void OpenToRead(const std::string& path);
   void OpenToWrite(const std::string& path);
+  // Reads into the buffer until it is full or the file ends.
+  void Fill(std::size_t most);
 
   Descriptor file_;  // to be read
+  std::vector<std::uint8_t> buffer_;
+  std::span<const std::uint8_t> ahead_;  // what of the buffer has not been asked for
   std::uint64_t size_ = 0;
   std::optional<ReplacedFile> replaced_;
 };

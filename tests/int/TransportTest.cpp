@@ -179,6 +179,66 @@ TEST(Client, WithoutACallbackDropsNotificationsAndLogsSo) {
   EXPECT_THAT(log, HasSubstr("\tReceived invalid notification message!\n"));
 }
 
+// After a few calls in a row callers read their answers themselves, and what comes with them.
+TEST(Client, CallersLeaveNothingUnreadAndRunNoCallback) {
+  FakeCard card([](Peer& peer) {
+    int told = 0;
+    std::string half, kept;
+    for (Request request; peer.Next(request);) {
+      std::string answer = Response(request.Id, request.Method);
+      if (request.Method == "First") {
+        kept = answer;
+        continue;
+      }
+      if (request.Method == "Behind") {
+        answer = Notification(0x11, told + 1) + Notification(0x11, told + 2) + answer;
+        told += 2;
+      }
+      if (request.Method == "Ahead") answer += Notification(0x11, ++told);
+      answer = std::exchange(half, "") + answer + std::exchange(kept, "");
+      if (request.Method == "Half") {
+        half = answer.substr(3);
+        answer.resize(3);
+      }
+      peer.Send(answer);
+    }
+  });
+  auto configuration = Configuration(card.Port());
+  std::atomic<int> told{0};
+  std::thread::id receiver;
+  configuration.NotificationCallback = [&](const RpcClientEvent& event) {
+    if (told == 0) receiver = std::this_thread::get_id();
+    const bool isNext = event.Arguments.front().as<int>() == told + 1;
+    if (isNext && std::this_thread::get_id() == receiver) ++told;
+  };
+  RpcClient client(configuration);
+  client.Start();
+  const auto call = [&](const char* method) { return client.Call<std::string>(UncheckedMethod{method}); };
+  const auto callAFew = [&] {
+    for (int i = 0; i < 10; ++i) EXPECT_EQ(call("Plain"), "Plain");
+  };
+  for (int round = 0; round < 40; ++round) {
+    callAFew();
+    EXPECT_EQ(call("Behind"), "Behind");
+    EXPECT_EQ(told, 3 * round + 2) << "callbacks that have run when the call returns";
+    callAFew();
+    EXPECT_EQ(call("Ahead"), "Ahead");
+    for (const Stopwatch watch; told < 3 * round + 3 && watch.Milliseconds() < 5000;)
+      std::this_thread::yield();
+    ASSERT_EQ(told, 3 * round + 3) << "what came behind the answer waits for nobody";
+    callAFew();
+    // Whoever reads first hands the others their answers, and what is left to the receive thread.
+    auto first = std::async(std::launch::async, call, "First");
+    while (first.wait_for(std::chrono::microseconds(100)) != std::future_status::ready) call("Plain");
+    EXPECT_EQ(first.get(), "First");
+    callAFew();
+    client.SetReceiveTimeout(std::chrono::milliseconds(2));
+    EXPECT_EQ(Failure([&] { call("Half"); }), "Response was not received in the given timespan.");
+    client.SetReceiveTimeout(std::chrono::milliseconds(5000));
+  }
+  EXPECT_NE(receiver, std::this_thread::get_id());
+}
+
 TEST(Transport, KeepsALateAnswerForWhoeverAsks) {
   FakeCard card([](Peer& peer) {
     Request late;
