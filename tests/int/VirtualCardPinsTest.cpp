@@ -189,7 +189,7 @@ TEST(VirtualCardPins, AreKeptAndCheckedWithTheirConfiguration) {
   const TemporaryDirectory state;
   GpioConfig config = WithPolarity({5});
   config.Ports[3].Direction = IODirection::Input;
-  config.Ports[3].Name = Text(31, 'n'), config.Ports[3].PinNames = {"door", "", ""};
+  config.Ports[3].PortName = Text(31, 'n'), config.Ports[3].PinNames = {"door", "", ""};
   config.Ports[4].PinNames = std::vector<Text>(32);
   config.Ports[7].DebounceTime = 0.5, config.Ports[7].Voltage = IOVoltage::Volt3_3;
   {
@@ -205,7 +205,7 @@ TEST(VirtualCardPins, AreKeptAndCheckedWithTheirConfiguration) {
          "Port 2: The debounce time must be finite and not negative."},
         {[](auto& c) { c.Ports[4].PinNames.emplace_back(); }, "Port 4: It has 32 pins."},
         {[](auto& c) { c.Ports[4].PinNames[9] = "door"; }, "Two pins are called 'door'."},
-        {[](auto& c) { c.Ports[3].Name += "X"; },
+        {[](auto& c) { c.Ports[3].PortName += "X"; },
          "The name '" + Text(31, 'n') + "...' has more than 31 bytes."},
         {[](auto& c) { c.Ports[3].PinNames[0] = Text(32, 'p'); },
          "The name '" + Text(31, 'p') + "...' has more than 31 bytes."},
