@@ -77,7 +77,10 @@ TEST(VirtualCardPins, AreActiveAtTheLevelOfTheirPolarity) {
   EXPECT_EQ(std::pair(Read(client, 1), Read(client, 2)), std::pair(8U, ~1U)) << "both ends invert at once";
   // A wire with other directions does nothing, and a group of settings takes effect at its end.
   GpioConfig turned;
-  turned.Ports[1].Direction = IODirection::Input, turned.Ports[2].Direction = IODirection::Output;
+  turned.Ports[1].Direction = IODirection::Input;
+  client.Call("SetGpioConfig", turned);
+  EXPECT_EQ(Read(client, 2), 0U) << "what was written drives the wire of an input";
+  turned.Ports[2].Direction = IODirection::Output;
   client.Call("BeginUpdate");
   client.Call("SetGpioConfig", turned);
   EXPECT_EQ(client.Refusal("WriteGpioPort", 2, 0, 1U), "Port 2 is an input.");

@@ -41,8 +41,9 @@ TEST(VirtualCardRun, TakesTheTimeThatItsCommandsTake) {
        "PWR U16:1 1 PWRC U16:1 5.0 0 SPR U16:1 LW 1.0 PIL true ARM true VDP true 0 PDP true 0 PCA true 0 "
        "HBS 1 1 F64[0.5] FSCT 0 1 SKLON 1.0 SKLOF -1.0 SKMMEMCH nan ELT 5.0 MFSTR MFTOF 1.0 MFWP 1 MFWD 1.0 "
        "1 1 "
-       "PEC 1 U32:1 U32:1 PPT U32:1 U32:1 U32:1 PDA 1 U32:1 PTC 1 U32:1 U32:1 U32:1 PTL 1 PSP 1 U32:1 "
-       "STX Byte[1] STXL Byte[1] SVR Byte[1] Byte[2] SVRL Byte[1] Byte[2] NO"},
+       "PEC 1 U32:1 U32:1 PDA 1 U32:1 PTC 1 U32:1 U32:1 U32:1 PTL 1 NO"},
+      {"what is sent to the world outside", 0, 0, 0,
+       "PPT U32:1 U32:1 U32:1 PSP 1 U32:1 STX Byte[1] STXL Byte[1]"},
   };
   LoneClient client({"--speed", "max"});
   for (const auto& [name, microseconds, macroVectors, microVectors, list] : cases) {
