@@ -67,7 +67,7 @@ int32_t vlDisableCommandLogging(int32_t handle) {
 int32_t vlCallJson(int32_t handle, const char* method, const char* arguments, char* buffer, uint32_t size,
                    uint32_t* length) {
   return OnConnection(handle, [&](ConnectionContext& connection) {
-    NotNull(method, "method");
+    NotNull(method, "method"), NotNull(buffer, "buffer"), NotNull(length, "length");
     using Json = nlohmann::ordered_json;
     const Json given = Json::parse(NotNull(arguments, "arguments"), nullptr, false);
     if (!given.is_array()) throw std::runtime_error("The arguments are no JSON array.");
