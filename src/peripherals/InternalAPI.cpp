@@ -14,9 +14,10 @@ namespace {
 // Cards begin it in upper or lower case.
 bool SaysUnknownMethod(std::string_view text) {
   constexpr std::string_view Words = "unknown method";
-  return std::ranges::search(text, Words, [](unsigned char there, unsigned char sought) {
-           return std::tolower(there) == sought;
-         }).size() == Words.size();
+  return std::search(text.begin(), text.end(), Words.begin(), Words.end(),
+                     [](unsigned char there, unsigned char sought) {
+                       return std::tolower(there) == sought;
+                     }) != text.end();
 }
 
 }  // namespace
