@@ -147,7 +147,8 @@ TEST(Peripherals, SettingsTravelInTheirPlaces) {
   const vlAdapterBoardConfig board{4, vlIOVoltage_Volt5, vlIOVoltage_Volt12, vlIOVoltage_Volt24, true};
   const auto* const get = "GetGpioConfig[]";
   const auto ports = [](int count) {
-    return "\x92\1"s + static_cast<char>(0x90 + count) + std::string(6 * count, '\0');
+    return "\x92\1"s + static_cast<char>(0x90 + count) +
+           std::string(static_cast<std::size_t>(6 * count), '\0');
   };
   std::int32_t where[2] = {};
   vlGpioConfig got{};
