@@ -48,7 +48,7 @@ void Method::Postpone(CardClient& client, std::chrono::milliseconds timeout, Out
   const auto deadline = std::chrono::steady_clock::now() + std::min(timeout, Longest);
   const auto kept =
       std::make_shared<OutputPacket>(std::move(answer));  // functions are copied, packets are not
-  client.Owner.Pending.Add(&client, deadline, [&client, kept, tryToPack](bool isOver) {
+  client.Owner.Pending.Add(&client, deadline, [&client, kept, tryToPack = std::move(tryToPack)](bool isOver) {
     try {
       if (!tryToPack(*kept, isOver)) return false;
       client.Answers.TakeAnswer(kept->Close());
