@@ -4,7 +4,10 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
+#include <cstdint>
+#include <ctime>
 
 #include "Failure.h"
 
@@ -12,12 +15,25 @@ namespace VELTRO::KELVO::Tool {
 
 namespace {
 
-volatile std::sig_atomic_t signals = 0;
+// Some programs that end others send their signal twice, to the process and to its group.
+constexpr std::int64_t OneSignalMs = 200;
+
+std::atomic<std::int64_t> firstMs{0};  // 0: none has come
+static_assert(std::atomic<std::int64_t>::is_always_lock_free);
 int wakeEnds[2] = {-1, -1};
 
+std::int64_t NowMs() {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000 + 1;
+}
+
 void Note(int) {
-  if (signals > 0) _exit(static_cast<int>(ExitCode::Interrupted));
-  signals = 1;
+  std::int64_t first = 0;
+  if (!firstMs.compare_exchange_strong(first, NowMs())) {
+    if (NowMs() - first > OneSignalMs) _exit(static_cast<int>(ExitCode::Interrupted));
+    return;
+  }
   static_cast<void>(!write(wakeEnds[1], "", 1));
 }
 
@@ -32,7 +48,7 @@ void Handle(void (*handler)(int)) {
 Interrupt::Interrupt() {
   if (wakeEnds[0] < 0 && pipe2(wakeEnds, O_CLOEXEC | O_NONBLOCK) != 0)
     throw Refused("There are no descriptors left.");
-  signals = 0;
+  firstMs = 0;
   Handle(&Note);
 }
 
@@ -41,7 +57,7 @@ Interrupt::~Interrupt() {
 }
 
 bool Interrupt::Came() const {
-  return signals > 0;
+  return firstMs != 0;
 }
 
 bool Interrupt::Came(std::chrono::milliseconds time) const {

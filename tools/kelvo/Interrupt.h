@@ -5,7 +5,7 @@
 
 namespace VELTRO::KELVO::Tool {
 
-// While there is one, the first signal is noted; the second ends the program at once, with code 130. One at a time.
+// While there is one, the first signal is noted; a second one later ends the program at once, with code 130. One at a time.
 class Interrupt {
  public:
   Interrupt();

@@ -17,7 +17,7 @@ bool IsTerminal(const Output& out) {
   return !out.IsQuiet && isatty(STDERR_FILENO) == 1;
 }
 
-std::int64_t NowMs() {
+std::int64_t SteadyMs() {
   using namespace std::chrono;
   return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
@@ -45,8 +45,8 @@ Bar::Bar(const Output& out, std::string text) : isShown_(IsTerminal(out)), text_
 }
 
 void Bar::Show(double part, const std::string& remark) {
-  if (!isShown_ || (isOpen_ && NowMs() - latest_ < RedrawMs && part < 1)) return;
-  latest_ = NowMs();
+  if (!isShown_ || (isOpen_ && SteadyMs() - latest_ < RedrawMs && part < 1)) return;
+  latest_ = SteadyMs();
   isOpen_ = true;
   const int full = static_cast<int>(std::clamp(part, 0.0, 1.0) * BarWidth);
   std::fprintf(stderr, "\r%s [%s%s] %3.0f %% %s\33[K", text_.c_str(),

@@ -11,6 +11,7 @@
 #include "base/Log.h"
 #include "base/TrimmedText.h"
 #include "console/InputSetting.h"
+#include "lists/VariableId.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -58,7 +59,7 @@ bool Obey(Card& card, std::string_view text) {
   const std::string_view word = TakeWord(text);
   if (word == "input") return SetInput(card, text);
   if (word == "signal" && !text.empty()) {
-    card.Variables.SetSignal(NameHash(text), true);
+    card.Variables.SetSignal(ClientLib::VariableId(text), true);
     return true;
   }
   if (!text.empty()) return false;

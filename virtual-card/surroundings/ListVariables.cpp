@@ -5,6 +5,8 @@
 #include <tuple>
 #include <utility>
 
+#include "lists/VariableId.h"
+
 namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::CardVariable;
@@ -28,7 +30,7 @@ std::uint32_t IdOf(const std::string& name) {
   if (name.empty() || name.size() > MostVariableNameBytes) {
     throw std::runtime_error("The name of a variable has 1 to 255 bytes.");
   }
-  return NameHash(name);
+  return ClientLib::VariableId(name);
 }
 
 bool IsIn(const MarkCounter& counter, std::int64_t value) {

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -14,13 +13,6 @@
 #include "surroundings/AbortSignal.h"
 
 namespace VELTRO::KELVO::VirtualCard {
-
-// The number by which a variable or signal of that name is known: FNV-1a, 32 bits.
-constexpr std::uint32_t NameHash(std::string_view name) {
-  std::uint32_t hash = 0x811C9DC5;
-  for (const char character : name) hash = (hash ^ static_cast<unsigned char>(character)) * 16777619U;
-  return hash;
-}
 
 // Any thread may call anything at any time. A boolean, an integer and a signal of one name are three things; a
 // counter is an integer. There may be 65536 of each of these; who makes another one gets std::runtime_error "There are too
