@@ -193,13 +193,6 @@ TEST(CommandText, WhatHasNoTextIsShownAsSuch) {
             "{ PI, V9, Bool[ True ], Unsupported value } ]");
 }
 
-// Milliseconds that this thread has computed, whatever else the machine does.
-double ComputingTime() {
-  timespec time{};
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) * 1e-6;
-}
-
 // Reads a text whose part between the asterisks is repeated up to a length; the shortest time of a few.
 double TimeOf(const std::string& pattern, std::size_t size) {
   const std::size_t begin = pattern.find('*');
