@@ -146,7 +146,10 @@ TEST(Callbacks, NeitherRunNorBeginOnceTheyAreUnregistered) {
 }
 
 TEST(Callbacks, ThatWaitForEachOtherAreToldSo) {
-  FakeCard card(Notifying());
+  // Only then: what came of connecting could still be on its way when the callbacks are registered.
+  FakeCard card(FakeCard::Answering([](const Request& request) {
+    return Response(request.Id, false) + (request.Method == "ExecuteList" ? Notification(0x11, 5) : "");
+  }));
   Connection one(card.Port()), two(card.Port());
   static std::int32_t handles[2];
   static std::atomic<int> refused, answered;
