@@ -152,7 +152,7 @@ TEST(Callbacks, ThatWaitForEachOtherAreToldSo) {
   }));
   Connection one(card.Port()), two(card.Port());
   static std::int32_t handles[2];
-  static std::atomic<int> refused, answered;
+  static std::atomic<int> refused, answered, ended;
   static std::barrier<>* together;
   std::barrier<> both(2);
   together = &both;
@@ -167,11 +167,15 @@ TEST(Callbacks, ThatWaitForEachOtherAreToldSo) {
     } else {
       refused += LastError() == "A callback must not wait for a connection whose callback waits for its own.";
     }
+    if (++ended == 2) shared.Finish();
   };
   std::uint32_t id = 0;
   for (const std::int32_t handle : handles) vlListRegisterProgressCallback(handle, meet, &id);
+  shared.Begin();
   const AtMost promptly(5000);
   for (const std::int32_t handle : handles) EXPECT_OK(vlListExecute(handle, 1));
+  // One that is unregistered before it has begun does not come any more, and the other would wait for it.
+  ASSERT_TRUE(shared.WaitUntilDone());
   for (const std::int32_t handle : handles) EXPECT_OK(vlListUnRegisterProgressCallback(handle, id));
   EXPECT_EQ(refused, 1);
   EXPECT_EQ(answered, 1);
