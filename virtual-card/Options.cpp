@@ -94,14 +94,14 @@ void AddInputs(CLI::App& app, std::vector<InputSetting>& inputs) {
       ->allow_extra_args(false);
 }
 
-void AddWires(CLI::App& app, std::vector<Wire>& wires) {
+void AddWires(CLI::App& app, std::vector<Simulation::Wire>& wires) {
   const auto parse = [&wires](const CLI::results_t& results) {
     for (const std::string& text : results) {
       const auto wire = ParseWire(text);
       if (!wire) {
         Refuse("--wire", text, "PORT.PIN=PORT.PIN, from an output to an input, ports 0 to 7, pins 0 to 31");
       }
-      const auto leads = [&](const Wire& other) { return other.To == wire->To; };
+      const auto leads = [&](const Simulation::Wire& other) { return other.To == wire->To; };
       if (std::ranges::any_of(wires, leads)) {
         throw CLI::ValidationError("--wire", "two wires lead to the input of '" + text + "'");
       }

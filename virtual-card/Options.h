@@ -23,7 +23,7 @@ struct Options {
   double Beam = 0.1;    // field units
   bool DrawAllRuns = false;
   std::vector<InputSetting> Inputs;
-  std::vector<Wire> Wires;
+  std::vector<Simulation::Wire> Wires;
   std::optional<std::int32_t> StandaloneList;
   std::string SerialPort;        // a terminal's path; empty: none
   std::string StateDirectory;    // empty: none

@@ -1,15 +1,11 @@
 #!/usr/bin/env python3
 """Includes run one way: neither folders nor files include each other in a circle.
 
-Arguments: folders of sources, in which names of includes begin. The rooms in which lists are run do without the others
-of the virtual card, so that programs without a card can use them.
+Arguments: folders of sources, in which names of includes begin.
 """
 import pathlib
 import re
 import sys
-
-WITHOUT_CARD = {"surroundings", "drawing", "execution"}
-
 
 def in_circles(edges):
     """What is left of a graph when whatever leads nowhere, or is led to from nowhere, is taken out again and again."""
@@ -33,8 +29,6 @@ def main():
             rooms.setdefault(file.parent, set()).update(name.parent for name in files[file])
     faults = [f"{place} includes {', '.join(map(str, sorted(targets)))}, and so on, and that includes it back"
               for edges in (in_circles(rooms), in_circles(files)) for place, targets in edges.items()]
-    faults += [f"{room} includes {target}" for room, targets in rooms.items() if room.name in WITHOUT_CARD
-               for target in targets if target.parent == room.parent and target.name not in WITHOUT_CARD]
     for fault in faults:
         print(fault)
     print(f"{len(rooms)} rooms, {len(files)} files")

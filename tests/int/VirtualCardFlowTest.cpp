@@ -185,7 +185,7 @@ TEST(VirtualCardFlow, MissesNoKnock) {
   using namespace std::chrono_literals;
   const AtMost promptly(5000);
   for (const bool isAsleep : {false, true}) {
-    VirtualCard::AbortSignal signal;
+    Simulation::AbortSignal signal;
     const std::uint64_t wakes = signal.GetWakes();  // whatever is looked at is looked at now
     std::jthread knocking([&] {
       if (isAsleep) std::this_thread::sleep_for(50ms);

@@ -216,7 +216,7 @@ TEST(VirtualCardPressure, ConnectionsBeyondTheLimitAreClosed) {
 }
 
 using VirtualCard::Card;
-using VirtualCard::Drawing;
+using Simulation::Drawing;
 using VirtualCard::FrameKind;
 using VirtualCard::OutputQueue;
 using VirtualCard::Server;

@@ -177,9 +177,9 @@ TEST(VirtualCardShapes, AreDrawnInTheTimeThatTheyTake) {
 
 TEST(VirtualCardPicture, KeepsTheFirstOfTooMany) {
   const PictureFile picture;
-  VirtualCard::Drawing drawing;
-  for (std::size_t i = 0; i < VirtualCard::Drawing::MostSegments; ++i) {
-    drawing.AddSegment(VirtualCard::Drawing::Kind::Mark, {}, {});
+  Simulation::Drawing drawing;
+  for (std::size_t i = 0; i < Simulation::Drawing::MostSegments; ++i) {
+    drawing.AddSegment(Simulation::Drawing::Kind::Mark, {}, {});
   }
   EXPECT_FALSE(drawing.IsCut());
   drawing.AddDot({});

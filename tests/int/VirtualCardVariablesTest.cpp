@@ -155,10 +155,10 @@ TEST(VirtualCardTimes, AreWrittenAsTheirFormatSays) {
       {DateTime::LastSecond, "31.12.9999 99 365 23:59:59 9999-W52-5"},
   };
   for (const auto& [seconds, text] : cases) {
-    EXPECT_EQ(VirtualCard::TimeText("%d.%m.%Y %y %j %H:%M:%S %G-W%V-%u", DateTime::FromSeconds(seconds)),
+    EXPECT_EQ(Simulation::TimeText("%d.%m.%Y %y %j %H:%M:%S %G-W%V-%u", DateTime::FromSeconds(seconds)),
               text);
   }
-  EXPECT_EQ(VirtualCard::TimeText("%Y%%%j", DateTime()), "0001%001") << "the first day that there is";
+  EXPECT_EQ(Simulation::TimeText("%Y%%%j", DateTime()), "0001%001") << "the first day that there is";
   const CardProcess card({"--speed", "max"});
   Client client(card);
   VariableAPI variables(client);

@@ -50,7 +50,7 @@ class Card {
   Card(CardSettings settings, Notifier& clients);
 
  private:
-  AbortSignal runSignal_;
+  Simulation::AbortSignal runSignal_;
   StateDirectory state_;
   MemoryBudget memory_;
 
@@ -61,12 +61,12 @@ class Card {
   CardSystem System;
   CardLaser Laser;
   CardMotf Motf;
-  RunInputs Inputs;
-  Pins Ports;
-  SerialPorts Serial;
+  Simulation::RunInputs Inputs;
+  Simulation::Pins Ports;
+  Simulation::SerialPorts Serial;
   PendingWork Pending;
-  ListVariables Variables;
-  MarkTimeFormat TimeFormat;
+  Simulation::ListVariables Variables;
+  Simulation::MarkTimeFormat TimeFormat;
   CardFonts Fonts;
   CardFiles Files;
   CardHeadCorrections HeadCorrections;

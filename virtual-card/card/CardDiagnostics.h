@@ -17,7 +17,7 @@ namespace VELTRO::KELVO::VirtualCard {
 class CardDiagnostics {
  public:
   CardDiagnostics(const CardCounters& counters, const Notifier& clients, CardConfiguration& configuration,
-                  const MemoryBudget& memory, StateDirectory& state, SerialPorts& serial)
+                  const MemoryBudget& memory, StateDirectory& state, Simulation::SerialPorts& serial)
       : counters_(counters),
         clients_(clients),
         configuration_(configuration),
@@ -38,7 +38,7 @@ class CardDiagnostics {
   CardConfiguration& configuration_;
   const MemoryBudget& memory_;
   StateDirectory& state_;
-  SerialPorts& serial_;
+  Simulation::SerialPorts& serial_;
 };
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -24,7 +24,7 @@ struct ChargedFont {
   MemoryCharge Charge;
 };
 
-FontSnapshot Charged(Font font, MemoryBudget& memory) {
+Simulation::FontSnapshot Charged(Font font, MemoryBudget& memory) {
   const std::size_t bytes = MemoryOf(font);
   const auto charged = std::make_shared<ChargedFont>(std::move(font), memory);
   charged->Charge.Add(bytes);
@@ -39,13 +39,13 @@ CardFonts::CardFonts(MemoryBudget& memory, StateDirectory& state)
   files_.ReadAll([this](std::int32_t id, std::string_view bytes) {
     auto font = FromStored<Font>(bytes);
     font.Id = id;
-    const FontSnapshot snapshot = Charged(std::move(font), memory_);
+    const Simulation::FontSnapshot snapshot = Charged(std::move(font), memory_);
     const MutexLock lock(mutex_);
     stored_[id] = snapshot;
   });
 }
 
-const FontSnapshot& CardFonts::Loaded(std::int32_t id) {
+const Simulation::FontSnapshot& CardFonts::Loaded(std::int32_t id) {
   const auto found = loaded_.find(id);
   if (found == loaded_.end()) {
     throw std::runtime_error("There is no font " + std::to_string(id) + " on the card.");
@@ -54,12 +54,12 @@ const FontSnapshot& CardFonts::Loaded(std::int32_t id) {
 }
 
 void CardFonts::Set(Font font) {
-  const FontSnapshot snapshot = Charged(std::move(font), memory_);
+  const Simulation::FontSnapshot snapshot = Charged(std::move(font), memory_);
   const MutexLock lock(mutex_);
   loaded_[snapshot->Id] = snapshot;
 }
 
-FontSnapshot CardFonts::Find(std::int32_t id) {
+Simulation::FontSnapshot CardFonts::Find(std::int32_t id) {
   const MutexLock lock(mutex_);
   return Loaded(id);
 }
@@ -73,7 +73,7 @@ void CardFonts::Delete(std::int32_t id) {
 
 void CardFonts::Store(std::int32_t id) {
   const MutexLock storing(storing_);
-  const FontSnapshot font = Find(id);
+  const Simulation::FontSnapshot font = Find(id);
   files_.Write(id, [&font] { return ToStored(*font); });
   const MutexLock lock(mutex_);
   stored_[id] = font;
@@ -94,7 +94,7 @@ void CardFonts::SetActive(std::int32_t id) {
   active_ = id;
 }
 
-FontSnapshot CardFonts::GetActive() {
+Simulation::FontSnapshot CardFonts::GetActive() {
   const MutexLock lock(mutex_);
   return active_ ? Loaded(*active_) : nullptr;
 }

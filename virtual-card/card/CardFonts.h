@@ -17,14 +17,14 @@ namespace VELTRO::KELVO::VirtualCard {
 //
 // A stored font is a copy beside the loaded ones. It survives the deletion of its loaded one, so that it can be
 // loaded again, and is replaced by the next that is stored under its id.
-class CardFonts : public FontSource {
+class CardFonts : public Simulation::FontSource {
  public:
   // Takes the fonts that were stored.
   CardFonts(MemoryBudget& memory, StateDirectory& state);
 
   // Puts the font under its own id, in place of the one that is there. Throws as MemoryCharge does.
   void Set(ClientLib::Font font);
-  FontSnapshot Find(std::int32_t id) override;
+  Simulation::FontSnapshot Find(std::int32_t id) override;
   // Throws as Find. Without the active font none is active.
   void Delete(std::int32_t id);
   // Throws as Find, or as StoredFiles::Write.
@@ -35,17 +35,17 @@ class CardFonts : public FontSource {
 
   // Throws as Find.
   void SetActive(std::int32_t id);
-  FontSnapshot GetActive() override;
+  Simulation::FontSnapshot GetActive() override;
 
  private:
-  const FontSnapshot& Loaded(std::int32_t id) KELVO_REQUIRES(mutex_);
+  const Simulation::FontSnapshot& Loaded(std::int32_t id) KELVO_REQUIRES(mutex_);
 
   MemoryBudget& memory_;
   ClientLib::Mutex storing_;  // ahead of mutex_, which nobody has to wait for while files are written
   StoredFiles files_ KELVO_GUARDED_BY(storing_);
   ClientLib::Mutex mutex_;
-  std::map<std::int32_t, FontSnapshot> loaded_ KELVO_GUARDED_BY(mutex_);
-  std::map<std::int32_t, FontSnapshot> stored_ KELVO_GUARDED_BY(mutex_);
+  std::map<std::int32_t, Simulation::FontSnapshot> loaded_ KELVO_GUARDED_BY(mutex_);
+  std::map<std::int32_t, Simulation::FontSnapshot> stored_ KELVO_GUARDED_BY(mutex_);
   std::optional<std::int32_t> active_ KELVO_GUARDED_BY(mutex_);  // the id of a loaded font
 };
 

@@ -121,7 +121,7 @@ std::vector<std::int32_t> CardLists::GetIds() {
 
 ListStatus CardLists::GetStatus(std::int32_t id) {
   const MutexLock lock(mutex_);
-  if (executor_.GetRunningList() == id || executor_.GetCaret(id) != Carets::NotThere) {
+  if (executor_.GetRunningList() == id || executor_.GetCaret(id) != Simulation::Carets::NotThere) {
     return ListStatus::Running;
   }
   return lists_.contains(id) ? ListStatus::Ready : ListStatus::NoSuchList;
@@ -132,7 +132,7 @@ void CardLists::Execute(std::int32_t id) {
   executor_.Start(id, Find(id).Snapshot());
 }
 
-std::optional<ListSnapshot> CardLists::FindChanged(std::int32_t id, std::uint64_t known) {
+std::optional<Simulation::ListSnapshot> CardLists::FindChanged(std::int32_t id, std::uint64_t known) {
   const MutexLock lock(mutex_);
   const Held& list = Find(id);
   return list.Version == known ? std::nullopt : std::optional(list.Snapshot());

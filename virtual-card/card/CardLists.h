@@ -19,7 +19,7 @@ namespace VELTRO::KELVO::VirtualCard {
 
 // Any thread may call anything at any time. The list that was started cannot be changed while it runs. Those
 // that it calls can: a call that is under way goes on with the list as it was, the next one takes the new list.
-class CardLists : public ListSource {
+class CardLists : public Simulation::ListSource {
  public:
   // Takes the lists that were stored.
   CardLists(Executor& executor, MemoryBudget& memory, StateDirectory& state);
@@ -43,7 +43,7 @@ class CardLists : public ListSource {
   // Throws as Get and Executor::Start.
   void Execute(std::int32_t id);
 
-  std::optional<ListSnapshot> FindChanged(std::int32_t id, std::uint64_t known) override;
+  std::optional<Simulation::ListSnapshot> FindChanged(std::int32_t id, std::uint64_t known) override;
 
  private:
   // A list and what it costs, as long as anybody has a snapshot of it.
@@ -52,7 +52,7 @@ class CardLists : public ListSource {
     ClientLib::CommandList Commands;
     std::shared_ptr<MemoryCharge> Charge;
 
-    ListSnapshot Snapshot() const { return {Version, Commands, Charge}; }
+    Simulation::ListSnapshot Snapshot() const { return {Version, Commands, Charge}; }
   };
 
   const Held& Find(std::int32_t id) KELVO_REQUIRES(mutex_);

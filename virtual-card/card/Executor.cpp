@@ -21,7 +21,7 @@ void Tell(F tell) noexcept {
   constexpr std::chrono::milliseconds Pause{10};
   std::optional<std::string> error;
   for (int i = 0; i < Tries; ++i) {
-    error = ErrorOf(tell);
+    error = Simulation::ErrorOf(tell);
     if (!error) return;
     std::this_thread::sleep_for(Pause);
   }
@@ -30,8 +30,8 @@ void Tell(F tell) noexcept {
 
 }  // namespace
 
-Executor::Executor(ExecutorSettings settings, const RunSurroundings& surroundings, Notifier& clients,
-                   CardCounters& counters)
+Executor::Executor(ExecutorSettings settings, const Simulation::RunSurroundings& surroundings,
+                   Notifier& clients, CardCounters& counters)
     : settings_(settings.Runs),
       surroundings_(surroundings),
       clients_(clients),
@@ -39,11 +39,11 @@ Executor::Executor(ExecutorSettings settings, const RunSurroundings& surrounding
       plotter_(std::move(settings.Plotter)),
       thread_([this] { Work(); }) {}
 
-void Executor::Start(std::int32_t listId, ListSnapshot list) {
+void Executor::Start(std::int32_t listId, Simulation::ListSnapshot list) {
   const MutexLock lock(mutex_);
   if (stopping_) throw std::runtime_error("The card is stopping.");
   if (running_) throw std::runtime_error("A list is already running.");
-  job_ = Job{listId, std::move(list), limit_ == 0 ? Clock::Forever : limit_ * 1e3};
+  job_ = Job{listId, std::move(list), limit_ == 0 ? Simulation::Clock::Forever : limit_ * 1e3};
   running_ = listId;
   ++started_;
   surroundings_.Abort.Clear();
@@ -92,11 +92,11 @@ ListExecutionStats Executor::GetLastStats() {
 void Executor::Work() {
   while (auto job = WaitForJob()) {
     const std::int32_t listId = job->ListId;
-    RunSettings settings = settings_;
+    Simulation::RunSettings settings = settings_;
     settings.Limit = job->Limit;
-    const RunResult result =
-        Simulate(settings, surroundings_, {carets_, position_, plotter_, counters_.ListCommands}, listId,
-                 std::move(job->List));
+    const Simulation::RunResult result =
+        Simulation::Simulate(settings, surroundings_, {carets_, position_, plotter_, counters_.ListCommands},
+                             listId, std::move(job->List));
     ++counters_.Runs;
     if (result.Aborted) ++counters_.AbortedRuns;
     WritePicture();
@@ -120,10 +120,10 @@ std::optional<Executor::Job> Executor::WaitForJob() {
 }
 
 void Executor::WritePicture() noexcept {
-  if (const auto error = ErrorOf([this] { plotter_.EndRun(); })) LogLine(*error);
+  if (const auto error = Simulation::ErrorOf([this] { plotter_.EndRun(); })) LogLine(*error);
 }
 
-void Executor::Conclude(std::int32_t listId, const RunResult& result) {
+void Executor::Conclude(std::int32_t listId, const Simulation::RunResult& result) {
   Tell([&] {
     if (result.Error) {
       clients_.NotifyError(*result.Error);

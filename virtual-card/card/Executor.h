@@ -18,8 +18,8 @@
 namespace VELTRO::KELVO::VirtualCard {
 
 struct ExecutorSettings {
-  RunSettings Runs;  // the limit is what clients set
-  PlotterSettings Plotter;
+  Simulation::RunSettings Runs;  // the limit is what clients set
+  Simulation::PlotterSettings Plotter;
 };
 
 // Any thread may call anything at any time.
@@ -30,7 +30,7 @@ struct ExecutorSettings {
 class Executor {
  public:
   // Throws as Plotter does.
-  Executor(ExecutorSettings settings, const RunSurroundings& surroundings, Notifier& clients,
+  Executor(ExecutorSettings settings, const Simulation::RunSurroundings& surroundings, Notifier& clients,
            CardCounters& counters);
   ~Executor() { Stop(); }
   Executor(const Executor&) = delete;
@@ -38,7 +38,7 @@ class Executor {
 
   // Starts a run and returns. Throws std::runtime_error "A list is already running." or "The card is
   // stopping.".
-  void Start(std::int32_t listId, ListSnapshot list);
+  void Start(std::int32_t listId, Simulation::ListSnapshot list);
   // Ends the run and returns when clients have been told. Without one it does nothing.
   void Abort();
   // Aborts and ends the thread; nothing can be started any more.
@@ -62,24 +62,24 @@ class Executor {
  private:
   struct Job {
     std::int32_t ListId;
-    ListSnapshot List;
+    Simulation::ListSnapshot List;
     double Limit;  // microseconds
   };
 
   void Work();
   std::optional<Job> WaitForJob();
   void WritePicture() noexcept;
-  void Conclude(std::int32_t listId, const RunResult& result);
+  void Conclude(std::int32_t listId, const Simulation::RunResult& result);
 
-  const RunSettings settings_;
-  const RunSurroundings surroundings_;  // the abort signal is raised and cleared under the mutex
+  const Simulation::RunSettings settings_;
+  const Simulation::RunSurroundings surroundings_;  // the abort signal is raised and cleared under the mutex
   Notifier& clients_;
   CardCounters& counters_;
-  Carets carets_;
+  Simulation::Carets carets_;
 
   // The executing thread's own.
-  Plotter plotter_;
-  GalvoPosition position_;  // others look
+  Simulation::Plotter plotter_;
+  Simulation::GalvoPosition position_;  // others look
 
   ClientLib::Mutex mutex_;
   ClientLib::CondVar changed_;

@@ -18,7 +18,7 @@ constexpr std::chrono::hours LongestWait{1};
 
 }  // namespace
 
-PendingWork::PendingWork(AbortSignal& changes) : changes_(changes), thread_([this] { Work(); }) {}
+PendingWork::PendingWork(Simulation::AbortSignal& changes) : changes_(changes), thread_([this] { Work(); }) {}
 
 PendingWork::~PendingWork() {
   {

@@ -23,7 +23,7 @@ class PendingWork {
 
   static constexpr std::size_t MostOfAnOwner = 1024, MostOfAll = 65536;
 
-  explicit PendingWork(AbortSignal& changes);
+  explicit PendingWork(Simulation::AbortSignal& changes);
   ~PendingWork();
   PendingWork(const PendingWork&) = delete;
   PendingWork& operator=(const PendingWork&) = delete;
@@ -45,7 +45,7 @@ class PendingWork {
   // Attempts all that waits; returns when to do so at the latest.
   TimePoint AttemptAll() KELVO_REQUIRES(mutex_);
 
-  AbortSignal& changes_;
+  Simulation::AbortSignal& changes_;
   ClientLib::Mutex mutex_;
   bool stopping_ KELVO_GUARDED_BY(mutex_) = false;
   std::unordered_map<const void*, std::vector<Item>> items_ KELVO_GUARDED_BY(mutex_);

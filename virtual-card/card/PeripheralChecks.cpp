@@ -38,7 +38,7 @@ bool IsBetween(std::int64_t value, std::int64_t least, std::int64_t most) {
 }  // namespace
 
 void CheckPorts(const ClientLib::GpioConfig& config) {
-  Demand(config.Ports.size() == Pins::PortCount, "The card has 8 ports of pins.");
+  Demand(config.Ports.size() == Simulation::Pins::PortCount, "The card has 8 ports of pins.");
   std::set<std::string> names;
   for (std::size_t i = 0; i < config.Ports.size(); ++i) {
     const GpioPort& port = config.Ports[i];

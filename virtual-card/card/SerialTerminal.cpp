@@ -52,7 +52,8 @@ void SetFlag(tcflag_t& flags, tcflag_t flag, bool isOn) {
 
 }  // namespace
 
-SerialTerminal::SerialTerminal(const std::string& path, SerialPorts& ports) : path_(path), ports_(ports) {
+SerialTerminal::SerialTerminal(const std::string& path, Simulation::SerialPorts& ports)
+    : path_(path), ports_(ports) {
   path == Pseudo ? OpenPseudoTerminal() : OpenTerminal();
   ports_.Connect(*this);
   thread_ = std::thread([this] { Work(); });
@@ -103,7 +104,7 @@ void SerialTerminal::Configure(const PortConfig& config) noexcept {
   }
 }
 
-SerialLineState SerialTerminal::GetState() {
+Simulation::SerialLineState SerialTerminal::GetState() {
   const MutexLock lock(mutex_);
   return {path_, !isGone_};
 }

@@ -15,12 +15,12 @@ namespace VELTRO::KELVO::VirtualCard {
 
 // A thread of its own receives, and sends what the terminal does not take at once. When the other side has gone, it says so
 // on stderr, and nothing more is sent or received.
-class SerialTerminal : public SerialLine {
+class SerialTerminal : public Simulation::SerialLine {
  public:
   static constexpr const char* Pseudo = "pty";  // as a path: a pseudo-terminal of its own
 
   // Becomes the line of port 0. Throws std::runtime_error "Cannot open 'PATH': REASON.".
-  SerialTerminal(const std::string& path, SerialPorts& ports);
+  SerialTerminal(const std::string& path, Simulation::SerialPorts& ports);
   ~SerialTerminal() override;
   SerialTerminal(const SerialTerminal&) = delete;
   SerialTerminal& operator=(const SerialTerminal&) = delete;
@@ -30,7 +30,7 @@ class SerialTerminal : public SerialLine {
 
   void Configure(const ClientLib::PortConfig& config) noexcept override;
   void Send(std::span<const std::uint8_t> bytes) override;
-  SerialLineState GetState() override;
+  Simulation::SerialLineState GetState() override;
 
  private:
   void OpenTerminal();
@@ -41,7 +41,7 @@ class SerialTerminal : public SerialLine {
   bool SendWaiting() KELVO_REQUIRES(mutex_);
 
   std::string path_;
-  SerialPorts& ports_;
+  Simulation::SerialPorts& ports_;
   Descriptor terminal_;
   Descriptor otherSide_;  // of a pseudo-terminal: as long as it is open, nobody's going is an end
   Wake wake_;

@@ -10,7 +10,7 @@ std::span<const Method> FontMethods() {
       {"SetFont", [](Card& card, Font font) { card.Fonts.Set(std::move(font)); }},
       {"GetFont",
        [](CardClient& client, std::int32_t id) {
-         const FontSnapshot font = client.Owner.Fonts.Find(id);
+         const Simulation::FontSnapshot font = client.Owner.Fonts.Find(id);
          client.Work.Take(MemoryOf(*font));
          return *font;
        }},

@@ -6,7 +6,7 @@ namespace VELTRO::KELVO::VirtualCard {
 
 namespace {
 
-using SerialBytes = SerialPorts::Bytes;
+using SerialBytes = Simulation::SerialPorts::Bytes;
 
 Later<SerialBytes> Received(Card& card, std::int32_t port, std::uint32_t most, std::uint32_t timeout) {
   card.Serial.Read(port, 0);  // throws when there is none

@@ -1,0 +1,106 @@
+#include "execution/Program.h"
+
+#include <algorithm>
+#include <exception>
+#include <limits>
+#include <utility>
+
+#include "lists/CommandCodes.h"
+#include "lists/CommandValueReader.h"
+#include "lists/Envelope.h"
+
+namespace VELTRO::KELVO::Simulation {
+
+using ClientLib::Command;
+using ClientLib::CommandCode2;
+using ClientLib::CommandView;
+
+namespace {
+
+namespace Envelope = ClientLib::Envelope;
+
+std::string NameOf(std::int32_t code) {
+  const auto mnemonic = ClientLib::MnemonicOf(code);
+  return mnemonic ? std::string(*mnemonic) : "code " + std::to_string(code);
+}
+
+struct OpenStart {
+  std::size_t Index;
+  std::int32_t Depth;
+};
+
+std::int32_t DepthOf(const CommandView& command, bool isStart) {
+  Command::CommandValueReader reader(command.Payload);
+  if (isStart) reader.AsInt32();  // the count
+  return reader.AsInt32();
+}
+
+}  // namespace
+
+Program::Program(std::string name, ClientLib::CommandList list, std::optional<std::int32_t> listId,
+                 std::shared_ptr<const void> hold)
+    : name_(std::move(name)), listId_(listId), hold_(std::move(hold)), list_(std::move(list)) {
+  bytes_ = list_.Bytes();
+  if (bytes_.size() > std::numeric_limits<std::uint32_t>::max()) {
+    throw std::runtime_error(name_ + " is too long.");
+  }
+  FindLoops();
+}
+
+CommandView Program::ReadAt(std::size_t& place) const {
+  CommandView view;
+  std::size_t size = 0;
+  const unsigned char* const payload = Envelope::Get(bytes_.data() + place, view.Code, size);
+  view.Payload = {payload, size};
+  place = static_cast<std::size_t>(payload - bytes_.data()) + size;
+  return view;
+}
+
+CommandView Program::At(std::size_t index) const {
+  std::size_t place = places_[index / Stride];
+  for (std::size_t steps = index % Stride; steps > 0; --steps) ReadAt(place);
+  return ReadAt(place);
+}
+
+std::string Program::Describe(std::size_t index) const {
+  if (index >= GetCommandCount()) return name_;
+  return name_ + ", command " + std::to_string(index) + " (" + NameOf(At(index).Code) + ")";
+}
+
+std::size_t Program::LoopEndOf(std::size_t index) const {
+  return std::ranges::lower_bound(loops_, index, {}, &Loop::Start)->End;
+}
+
+// Notes the commands' places on its way.
+void Program::FindLoops() {
+  std::vector<OpenStart> open;
+  const std::size_t count = GetCommandCount();
+  places_.reserve(count / Stride + 1);
+  std::size_t place = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i % Stride == 0) places_.push_back(static_cast<std::uint32_t>(place));
+    const CommandView command = ReadAt(place);
+    const bool isStart = command.Code == CommandCode2::LOOP_START;
+    if (!isStart && command.Code != CommandCode2::LOOP_END) continue;
+    try {
+      const std::int32_t depth = DepthOf(command, isStart);
+      if (isStart) {
+        open.push_back({i, depth});
+        continue;
+      }
+      if (open.empty()) throw std::runtime_error("No loop is open here.");
+      if (open.back().Depth != depth) {
+        throw std::runtime_error("It ends loop depth " + std::to_string(depth) + ", but depth " +
+                                 std::to_string(open.back().Depth) + " is open here.");
+      }
+      loops_.push_back({static_cast<std::uint32_t>(open.back().Index), static_cast<std::uint32_t>(i)});
+      open.pop_back();
+    } catch (const std::exception& error) {
+      throw CommandError(*this, i, error.what());
+    }
+  }
+  if (!open.empty()) throw CommandError(*this, open.back().Index, "The loop has no end.");
+  std::ranges::sort(loops_, {}, &Loop::Start);
+}
+
+}  // namespace VELTRO::KELVO::Simulation

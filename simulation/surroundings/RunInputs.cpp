@@ -1,0 +1,40 @@
+#include "surroundings/RunInputs.h"
+
+#include <utility>
+
+namespace VELTRO::KELVO::Simulation {
+
+using ClientLib::MutexLock;
+
+void RunInputs::Start() {
+  {
+    const MutexLock lock(mutex_);
+    start_ = true;
+  }
+  waits_.Wake();
+}
+
+void RunInputs::Resume() {
+  {
+    const MutexLock lock(mutex_);
+    resume_ = true;
+  }
+  waits_.Wake();
+}
+
+bool RunInputs::TakeStart() {
+  const MutexLock lock(mutex_);
+  return std::exchange(start_, false);
+}
+
+bool RunInputs::TakeResume() {
+  const MutexLock lock(mutex_);
+  return std::exchange(resume_, false);
+}
+
+void RunInputs::BeginRun() {
+  const MutexLock lock(mutex_);
+  start_ = resume_ = false;
+}
+
+}  // namespace VELTRO::KELVO::Simulation

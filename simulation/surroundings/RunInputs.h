@@ -1,0 +1,29 @@
+// What comes to the card from outside while lists run, besides levels on its pins: the start input, the word to resume.
+#pragma once
+
+#include "common/Mutex.h"
+#include "surroundings/AbortSignal.h"
+
+namespace VELTRO::KELVO::Simulation {
+
+// Any thread may call anything at any time.
+class RunInputs {
+ public:
+  // `waits` is woken by every change.
+  explicit RunInputs(AbortSignal& waits) : waits_(waits) {}
+
+  // Each is kept until the run takes it, so that a moment too early is not too early; but not beyond the run.
+  void Start();
+  void Resume();
+  bool TakeStart();
+  bool TakeResume();
+  void BeginRun();
+
+ private:
+  AbortSignal& waits_;
+  ClientLib::Mutex mutex_;
+  bool start_ KELVO_GUARDED_BY(mutex_) = false;
+  bool resume_ KELVO_GUARDED_BY(mutex_) = false;
+};
+
+}  // namespace VELTRO::KELVO::Simulation
