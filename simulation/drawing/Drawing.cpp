@@ -15,7 +15,7 @@ class BoxBuilder {
     for (const Point2D& point : points) Add(point);
   }
   bool IsEmpty() const { return !box_; }
-  Drawing::Box Get() const { return box_.value_or(Drawing::Box{}); }
+  Box Get() const { return box_.value_or(Box{}); }
 
  private:
   void Add(const Point2D& point) {
@@ -28,7 +28,7 @@ class BoxBuilder {
     }
   }
 
-  std::optional<Drawing::Box> box_;
+  std::optional<Box> box_;
 };
 
 // Room for `count` more, so that adding them does not fail halfway.
@@ -45,12 +45,13 @@ bool Drawing::HasRoom() {
   return !cut_;
 }
 
-void Drawing::AddSegment(Kind kind, Point2D from, Point2D to) {
+void Drawing::AddSegment(Kind kind, Point2D from, Point2D to, const Ink& ink) {
   if (!HasRoom()) return;
   MakeRoom(points_, 2);
   MakeRoom(strokes_, 1);
-  if (strokes_.empty() || strokes_.back().StrokeKind != kind || points_.back() != from) {
-    strokes_.push_back({kind, points_.size(), 1});
+  if (strokes_.empty() || strokes_.back().StrokeKind != kind || points_.back() != from ||
+      !(strokes_.back().With == ink)) {
+    strokes_.push_back({kind, points_.size(), 1, ink});
     points_.push_back(from);
   }
   points_.push_back(to);
@@ -58,16 +59,16 @@ void Drawing::AddSegment(Kind kind, Point2D from, Point2D to) {
   ++segments_;
 }
 
-void Drawing::AddDot(Point2D at) {
+void Drawing::AddDot(Point2D at, const Ink& ink) {
   if (!HasRoom()) return;
-  dots_.push_back(at);
+  dots_.push_back({at, ink, points_.size()});
   ++segments_;
 }
 
-Drawing::Box Drawing::GetBox() const {
+Box Drawing::GetBox() const {
   BoxBuilder marked;
   BoxBuilder jumped;
-  marked.Add(dots_);
+  for (const Dot& dot : dots_) marked.Add({&dot.Place, 1});
   for (const Stroke& stroke : strokes_) {
     (stroke.StrokeKind == Kind::Mark ? marked : jumped).Add(PointsOf(stroke));
   }

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "common/Point.h"
+#include "drawing/Canvas.h"
+#include "drawing/Page.h"
 
 namespace VELTRO::KELVO::Simulation {
 
@@ -14,29 +16,36 @@ class Drawing {
   // Lists may run for ever: of more segments and dots than this, the first are kept.
   static constexpr std::size_t MostSegments = 2'000'000;
 
-  enum class Kind { Jump, Mark };
+  using Kind = Canvas::Kind;
 
-  // A run of segments of one kind, each beginning where the one before it ended.
+  // A run of segments of one kind and ink, each beginning where the one before it ended.
   struct Stroke {
     Kind StrokeKind;
     std::size_t First;  // in the drawing's points
     std::size_t Count;
+    Ink With;
   };
 
-  struct Box {
-    ClientLib::Point2D Lower, Upper;
+  struct Dot {
+    ClientLib::Point2D Place;
+    Ink With;
+    std::size_t Behind;  // so many points of strokes
   };
 
   void Clear() { *this = Drawing(); }
   // Both throw std::bad_alloc, and leave the drawing as it was then.
-  void AddSegment(Kind kind, ClientLib::Point2D from, ClientLib::Point2D to);
-  void AddDot(ClientLib::Point2D at);
+  void AddSegment(Kind kind, ClientLib::Point2D from, ClientLib::Point2D to, const Ink& ink = {});
+  void AddDot(ClientLib::Point2D at, const Ink& ink = {});
 
   std::span<const Stroke> GetStrokes() const { return strokes_; }
   std::span<const ClientLib::Point2D> PointsOf(const Stroke& stroke) const {
-    return std::span(points_).subspan(stroke.First, stroke.Count);
+    return PointsFrom(stroke.First, stroke.Count);
   }
-  std::span<const ClientLib::Point2D> GetDots() const { return dots_; }
+  std::span<const ClientLib::Point2D> PointsFrom(std::size_t first, std::size_t count) const {
+    return std::span(points_).subspan(first, count);
+  }
+  std::size_t GetPointCount() const { return points_.size(); }
+  std::span<const Dot> GetDots() const { return dots_; }
   // Whether there was more than the drawing keeps.
   bool IsCut() const { return cut_; }
 
@@ -48,7 +57,7 @@ class Drawing {
 
   std::vector<Stroke> strokes_;
   std::vector<ClientLib::Point2D> points_;
-  std::vector<ClientLib::Point2D> dots_;
+  std::vector<Dot> dots_;
   std::size_t segments_ = 0;
   bool cut_ = false;
 };

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "drawing/Canvas.h"
 #include "drawing/Drawing.h"
 
 namespace VELTRO::KELVO::Simulation {
@@ -14,18 +15,18 @@ struct PlotterSettings {
 };
 
 // One thread at a time.
-class Plotter {
+class Plotter : public Canvas {
  public:
   // Writes an empty picture, so that a file that cannot be written is found out at once and none is left from
-  // an earlier card. Throws as WriteSvg does.
+  // an earlier card. Throws as WritePicture does.
   explicit Plotter(PlotterSettings settings);
 
-  double GetBeam() const { return settings_.Beam; }
-
-  void BeginRun();
-  void AddSegment(Drawing::Kind kind, ClientLib::Point2D from, ClientLib::Point2D to);
-  void AddDot(ClientLib::Point2D at);
-  // Writes the picture. Throws as WriteSvg does.
+  double GetBeam() const override { return settings_.Beam; }
+  void BeginRun() override;
+  // All ink is one colour: marks that continue each other are one line.
+  void AddSegment(Kind kind, ClientLib::Point2D from, ClientLib::Point2D to, const Ink& ink) override;
+  void AddDot(ClientLib::Point2D at, const Ink& ink) override;
+  // Writes the picture. Throws as WritePicture does.
   void EndRun();
   // Whether the latest picture could not be written.
   bool IsUnwritten() const { return unwritten_; }

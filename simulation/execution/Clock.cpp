@@ -42,6 +42,7 @@ double Clock::Advance(double duration) {
 
 void Clock::WaitFor(double timeout, const std::function<bool()>& condition) {
   if (IsAborted() || condition()) return;
+  if (isAlone_ && !std::isfinite(timeout)) throw std::runtime_error("It waits for what does not come.");
   if (std::isinf(speed_) && std::isfinite(timeout)) {
     Advance(timeout);
   } else {
@@ -50,7 +51,12 @@ void Clock::WaitFor(double timeout, const std::function<bool()>& condition) {
 }
 
 void Clock::WaitForOutside(double timeout, const std::function<bool()>& condition) {
-  if (!IsAborted() && !condition()) Wait(timeout * Pace(), condition);
+  if (IsAborted() || condition()) return;
+  if (isAlone_) {
+    Advance(timeout * Pace());
+  } else {
+    Wait(timeout * Pace(), condition);
+  }
 }
 
 void Clock::Wait(double timeout, const std::function<bool()>& condition) {

@@ -14,8 +14,10 @@ class Clock {
  public:
   static constexpr double Forever = std::numeric_limits<double>::infinity();
 
-  // `speed` is simulated time per real time; infinite: nothing is waited for. At `limit` the run has expired.
-  Clock(double speed, AbortSignal& abort, double limit) : speed_(speed), abort_(abort), limit_(limit) {}
+  // `speed` is simulated time per real time; infinite: nothing is waited for. At `limit` the run has expired. When it
+  // `isAlone`, nothing comes from outside: what is not there does not come.
+  Clock(double speed, AbortSignal& abort, double limit, bool isAlone = false)
+      : speed_(speed), abort_(abort), limit_(limit), isAlone_(isAlone) {}
 
   // Lets time pass and returns how much did: less than `duration` when the run is aborted or expires
   // meanwhile, nothing when it has been. Real time follows to within LeadUs. Throws std::runtime_error "The
@@ -23,7 +25,7 @@ class Clock {
   double Advance(double duration);
   // Lets time pass until `condition` holds, `timeout` is over (Forever: none) or the run is aborted or
   // expires. Without waiting for real time the time-out passes at once; for want of one, time passes as it
-  // really does.
+  // really does, or, alone, std::runtime_error "It waits for what does not come." is thrown.
   void WaitFor(double timeout, const std::function<bool()>& condition);
   // The same for what happens outside, so that the time-out is of real time at any speed.
   void WaitForOutside(double timeout, const std::function<bool()>& condition);
@@ -57,6 +59,7 @@ class Clock {
   const double speed_;
   AbortSignal& abort_;
   const double limit_;
+  const bool isAlone_;
   const Steady::time_point start_ = Steady::now();
   double now_ = 0;
   double waited_ = 0;

@@ -62,7 +62,9 @@ void Interpret(Run& run) {
       const auto row = table.find(command.Code);
       if (row == table.end()) throw std::runtime_error("not supported by the virtual card.");
       ValueReader values(command.Payload);
-      run.Executed.store(run.Executed.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+      const std::uint64_t executed = run.Executed.load(std::memory_order_relaxed);
+      if (executed >= run.MostCommands) throw std::runtime_error("The run does not come to an end.");
+      run.Executed.store(executed + 1, std::memory_order_relaxed);
       row->second(run, values);
     });
   }

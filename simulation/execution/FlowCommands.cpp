@@ -47,11 +47,7 @@ void BreakLoop(Run& run) {
 
 // Leaves the loops that the target is not in. The end of the list is a target, too.
 void GoTo(Frame& frame, std::int64_t target) {
-  const std::size_t count = frame.Commands->GetCommandCount();
-  if (target < 0 || static_cast<std::uint64_t>(target) > count) {
-    throw std::runtime_error("There is no command " + std::to_string(target) + " to branch to.");
-  }
-  frame.Next = static_cast<std::size_t>(target);
+  frame.Next = BranchTarget(target, frame.Commands->GetCommandCount());
   const auto isLeft = [&](const Frame::Loop& loop) {
     return frame.Next <= loop.Start || frame.Next > loop.End;
   };

@@ -38,7 +38,7 @@ void Motion::Jump(Point3D target) {
 
 void Motion::Go(Point3D target) {
   const Point3D from = galvos_;
-  Walk(Curve::Line(from, transformation_.Apply(target)), Parameters.JumpSpeed, Pen::Jump);
+  WalkStraight(transformation_.Apply(target), Parameters.JumpSpeed, Pen::Jump);
   position_ = target;
   double delay = Parameters.JumpDelay;
   if (Parameters.HasVariableJumpDelay && Parameters.JumpLengthLimit > 0) {
@@ -48,7 +48,17 @@ void Motion::Go(Point3D target) {
   Wait(delay);
 }
 
-void Motion::Mark(const Curve& curve, std::span<const std::uint8_t> lit) {
+void Motion::Mark(Point3D target) {
+  CountVector();
+  const Point3D end = transformation_.Apply(target);
+  const Point3D heading = end - galvos_;
+  BeginMark(heading);
+  WalkStraight(end, Parameters.MarkSpeed, Pen::Mark);
+  position_ = target;
+  heading_ = heading;
+}
+
+void Motion::Mark(const Curve& curve, std::span<const double> powers) {
   CountVector();
   const Point3D start = curve.GetStart();
   if (!(Length(start - position_) <= PlaceTolerance * (curve.GetSize() + Length(start)))) {
@@ -57,7 +67,7 @@ void Motion::Mark(const Curve& curve, std::span<const std::uint8_t> lit) {
   }
   const Curve path = curve.Under(transformation_);
   BeginMark(path.HeadingAt(0));
-  Walk(path, Parameters.MarkSpeed, Pen::Mark, lit);
+  Walk(path, Parameters.MarkSpeed, Pen::Mark, powers);
   position_ = curve.GetEnd();
   heading_ = path.HeadingAt(1);
 }
@@ -89,39 +99,56 @@ void Motion::EndMarks() {
   Wait(laserOn_ ? Parameters.MarkDelay : std::max(Parameters.MarkDelay, Parameters.LaserOffDelay));
 }
 
-void Motion::Shoot(Point3D target, double exposure, bool isLit) {
+void Motion::Shoot(Point3D target, double exposure, std::optional<double> power) {
   EndMarks();
   Go(target);
-  if (isLit && !clock_.IsAborted()) plotter_.AddDot(InPlane(galvos_));
+  if (power && !clock_.IsAborted()) canvas_.AddDot(InPlane(galvos_), {*power, 0});
+  const double before = clock_.Now();
   Wait(exposure);
+  if (power && !laserOn_) totals_.LaserTime += clock_.Now() - before;
 }
 
 void Motion::Tick(Point3D target) {
   EndMarks();
   const Point3D place = transformation_.Apply(target);
   if (!IsFinite(place)) throw std::runtime_error("The target is not finite.");
-  CountTicks(Step(place, 0, MicroVectorUs, Pen::Jump));
+  const double length = Length(place - galvos_);
+  ink_ = {GetPower(), length / MicroVectorUs};
+  CountTicks(Step(place, length, MicroVectorUs, Pen::Jump));
   position_ = target;
 }
 
-// The one place where paths are followed.
-void Motion::Walk(const Curve& path, double speed, Pen pen, std::span<const std::uint8_t> lit) {
+void Motion::CheckMark(double length, double speed) const {
+  Pattern.CheckLength(length);
+  Parameters.Wobbling.CheckDuration(length / speed);
+}
+
+void Motion::WalkStraight(const Point3D& target, double speed, Pen pen) {
+  if (!IsFinite(target)) throw std::runtime_error("The target is not finite.");
+  speed *= Parameters.SpeedScale;
+  const double length = Length(target - galvos_);
+  if (pen == Pen::Mark) CheckMark(length, speed);
+  ink_ = {GetPower(), speed};
+  CountTicks(Step(target, length, length > 0 ? length / speed : 0, pen));
+}
+
+void Motion::Walk(const Curve& path, double speed, Pen pen, std::span<const double> powers) {
   if (!IsFinite(path.GetEnd())) throw std::runtime_error("The target is not finite.");
   if (!path.IsStraight() && !std::isfinite(path.GetLengthBound())) {
     throw std::runtime_error("The shape is not finite.");
   }
   speed *= Parameters.SpeedScale;
-  if (pen == Pen::Mark) {
-    Pattern.CheckLength(path.GetLengthBound());
-    Parameters.Wobbling.CheckDuration(path.GetLengthBound() / speed);
-  }
-  const double pieces = lit.empty() ? path.CountPieces(GetTolerance()) : static_cast<double>(lit.size());
+  CheckMark(path.GetLengthBound(), speed);
+  ink_ = {GetPower(), speed};
+  const double pieces =
+      powers.empty() ? path.CountPieces(GetTolerance()) : static_cast<double>(powers.size());
   double passed = 0;
   double from = 0;
   for (double i = 1; i <= pieces && !clock_.IsAborted(); ++i) {
     const double to = i / pieces;
     const double length = path.LengthOf(from, to);
-    const bool isDark = !lit.empty() && lit[static_cast<std::size_t>(i) - 1] == 0;
+    if (!powers.empty()) ink_.Power = powers[static_cast<std::size_t>(i) - 1];
+    const bool isDark = !powers.empty() && !(ink_.Power > 0);
     passed += Step(i < pieces ? path.At(to) : path.GetEnd(), length, length > 0 ? length / speed : 0,
                    isDark ? Pen::Dark : pen);
     from = to;
@@ -146,10 +173,11 @@ double Motion::Step(const Point3D& target, double length, double duration, Pen p
     const double time = clock_.Advance(planned);
     passed += time;
     if (time < planned) {  // aborted
-      DrawTo(Between(begin, target, share + (end - share) * (time / planned)), time, pen);
+      const double done = (end - share) * (time / planned);
+      DrawTo(Between(begin, target, share + done), done * length, time, pen);
       return passed;
     }
-    DrawTo(end < 1 ? Between(begin, target, end) : target, time, pen);
+    DrawTo(end < 1 ? Between(begin, target, end) : target, (end - share) * length, time, pen);
     if (isDashed) Pattern.Advance((end - share) * length);
     if (dashEnd <= end) Pattern.Change();
     if (laserEnd <= end) Extinguish();
@@ -159,15 +187,17 @@ double Motion::Step(const Point3D& target, double length, double duration, Pen p
   return passed;
 }
 
-void Motion::DrawTo(const Point3D& target, double time, Pen pen) {
+void Motion::DrawTo(const Point3D& target, double length, double time, Pen pen) {
   if (time <= 0) return;
   const Point3D from = GetBeamPlace(pen);
   galvos_ = target;
   if (pen != Pen::Jump) markTime_ += time;
   const bool isLit = pen == Pen::Jump ? laserOn_ : pen == Pen::Mark && Pattern.IsOn();
+  (isLit ? totals_.MarkedLength : totals_.JumpedLength) += length;
+  if (isLit) totals_.LaserTime += time;
   if (!isLit && pen != Pen::Jump) return;
-  plotter_.AddSegment(isLit ? Drawing::Kind::Mark : Drawing::Kind::Jump, InPlane(from),
-                      InPlane(GetBeamPlace(pen)));
+  canvas_.AddSegment(isLit ? Canvas::Kind::Mark : Canvas::Kind::Jump, InPlane(from),
+                     InPlane(GetBeamPlace(pen)), ink_);
   movedOn_ = movedOn_ || isLit;
 }
 
@@ -192,7 +222,7 @@ void Motion::SwitchLaser(bool on) {
 }
 
 void Motion::Extinguish() {
-  if (laserOn_ && !movedOn_) plotter_.AddDot(InPlane(galvos_));
+  if (laserOn_ && !movedOn_) canvas_.AddDot(InPlane(galvos_), {GetPower(), 0});
   laserOn_ = false;
 }
 
@@ -204,7 +234,9 @@ void Motion::Pulse(double duration, bool isWaitedFor) {
 }
 
 void Motion::Wait(double duration) {
+  const double before = clock_.Now();
   clock_.Advance(duration);
+  if (laserOn_) totals_.LaserTime += std::min(clock_.Now(), laserUntil_) - before;
   if (clock_.Now() >= laserUntil_) Extinguish();
 }
 

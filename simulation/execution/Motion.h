@@ -7,10 +7,11 @@
 #include <array>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <span>
 
 #include "common/KelvoAPIEnums.h"
-#include "drawing/Plotter.h"
+#include "drawing/Canvas.h"
 #include "execution/Clock.h"
 #include "execution/Curve.h"
 #include "execution/Dashes.h"
@@ -48,7 +49,15 @@ struct ProcessParameters {
   double LmFrequency = 0;
   SkyWriting Sky;
   Wobble Wobbling;
-  std::array<double, 2> PowerScale{1, 1};  // of each channel
+  std::array<double, 2> Power{0, 0};  // of each channel
+  std::array<double, 2> PowerScale{1, 1};
+};
+
+// What a run has come to.
+struct MotionTotals {
+  double MarkedLength = 0;  // field units in space, of what is drawn
+  double JumpedLength = 0;
+  double LaserTime = 0;  // microseconds in which the laser was on; laser delays do not count
 };
 
 class Motion {
@@ -57,8 +66,8 @@ class Motion {
   using Point3D = ClientLib::Point3D;
 
   // `position` is where the galvos are; they stay where the run leaves them.
-  Motion(Clock& clock, Plotter& plotter, GalvoPosition& position)
-      : clock_(clock), plotter_(plotter), galvos_(position), position_(position) {}
+  Motion(Clock& clock, Canvas& canvas, GalvoPosition& position)
+      : clock_(clock), canvas_(canvas), galvos_(position), position_(position) {}
 
   ProcessParameters Parameters;
   Dashes Pattern;
@@ -78,14 +87,16 @@ class Motion {
   void Jump(Point3D target);
   // Marks a line. Marks that follow each other are one run: the poly delay is between them, EndMarks behind
   // the last one.
-  void Mark(Point3D target) { Mark(Curve::Line(position_, target)); }
-  // Marks a curve, after a jump to its start unless the galvos are there. Of as many equal pieces as `lit`
-  // has, those where it is 0 are not drawn.
-  void Mark(const Curve& curve, std::span<const std::uint8_t> lit = {});
-  // Jumps to a place and stays; marks a dot there if it is lit. No vector by itself.
-  void Shoot(Point3D target, double exposure, bool isLit);
+  void Mark(Point3D target);
+  // Marks a curve, after a jump to its start unless the galvos are there. Of as many equal pieces as there are `powers`,
+  // those where it is 0 are not drawn.
+  void Mark(const Curve& curve, std::span<const double> powers = {});
+  // Jumps to a place and stays; marks a dot there when there is a power. No vector by itself.
+  void Shoot(Point3D target, double exposure, std::optional<double> power);
   // Moves in one clock tick of the galvos. Draws when the laser has been switched on. No vector by itself.
   void Tick(Point3D target);
+  // Of channel 0, as it is scaled.
+  double GetPower() const { return Parameters.Power[0] * Parameters.PowerScale[0]; }
   // A command that is a vector.
   void CountVector() { ++macroVectors_; }
 
@@ -105,6 +116,7 @@ class Motion {
   std::int64_t GetMacroVectors() const { return macroVectors_; }
   // Vectors of one clock tick of the galvos each.
   double GetMicroVectors() const { return microVectors_; }
+  const MotionTotals& GetTotals() const { return totals_; }
 
  private:
   enum class Pen {
@@ -115,17 +127,19 @@ class Motion {
 
   void Go(Point3D target);
   void BeginMark(Point3D heading);
-  void Walk(const Curve& path, double speed, Pen pen, std::span<const std::uint8_t> lit = {});
+  void Walk(const Curve& path, double speed, Pen pen, std::span<const double> powers = {});
+  void WalkStraight(const Point3D& target, double speed, Pen pen);
+  void CheckMark(double length, double speed) const;
   double Step(const Point3D& target, double length, double duration, Pen pen);
-  void DrawTo(const Point3D& target, double time, Pen pen);
+  void DrawTo(const Point3D& target, double length, double time, Pen pen);
   Point3D GetBeamPlace(Pen pen) const;
   void CountTicks(double time);
   void Wait(double duration);
   void Extinguish();
-  double GetTolerance() const { return 0.01 * plotter_.GetBeam(); }
+  double GetTolerance() const { return 0.01 * canvas_.GetBeam(); }
 
   Clock& clock_;
-  Plotter& plotter_;
+  Canvas& canvas_;
   GalvoPosition& galvos_;
   Transformation transformation_;
   Point3D position_;          // what the transformation turns into the galvos' position
@@ -139,6 +153,8 @@ class Motion {
   double magnified_ = 0;  // when it has changed
   std::int64_t macroVectors_ = 0;
   double microVectors_ = 0;
+  MotionTotals totals_;
+  Ink ink_;  // of the motion that is under way
 
   static constexpr double Ever = std::numeric_limits<double>::infinity();
 };

@@ -28,9 +28,9 @@ auto Held(const auto& array, std::size_t i) {
 void MarkBitmap(Motion& galvos, Point3D from, Point3D to, const Powers& powers, std::int32_t channel) {
   const double scale = galvos.Parameters.PowerScale[Channel(channel)];
   if (powers.GetCount() == 0) throw std::runtime_error("There must be at least one power.");
-  std::vector<std::uint8_t> lit(powers.GetCount());
-  for (std::size_t i = 0; i < lit.size(); ++i) lit[i] = powers[i] * scale > 0;
-  galvos.Mark(Curve::Line(from, to), lit);
+  std::vector<double> scaled(powers.GetCount());
+  for (std::size_t i = 0; i < scaled.size(); ++i) scaled[i] = powers[i] * scale;
+  galvos.Mark(Curve::Line(from, to), scaled);
 }
 
 void PointAndShoot(Run& run, Point3D from, Point3D to, const Powers& powers, const Array<double>& exposures,
@@ -45,7 +45,9 @@ void PointAndShoot(Run& run, Point3D from, Point3D to, const Powers& powers, con
   for (std::size_t i = 0; i < count && !run.Time.IsAborted(); ++i) {
     const double share = static_cast<double>(i) / intervals;
     const Point3D place = share < 1 ? from + share * (to - from) : to;
-    run.Galvos.Shoot(place, NotNegative(Held(exposures, i), "exposure time"), Held(powers, i) * scale > 0);
+    const double power = Held(powers, i) * scale;
+    run.Galvos.Shoot(place, NotNegative(Held(exposures, i), "exposure time"),
+                     power > 0 ? std::optional(power) : std::nullopt);
   }
 }
 
@@ -56,7 +58,8 @@ void JumpAndShoot(Run& run, const Array<double>& coordinates, std::size_t dimens
   for (std::size_t i = 0; i < coordinates.GetCount() && !run.Time.IsAborted(); i += dimensions) {
     const Point2D p{{coordinates[i], coordinates[i + 1]}};
     const Point3D place = dimensions == 2 ? run.Galvos.To(p) : Point3D{{p.X(), p.Y(), coordinates[i + 2]}};
-    run.Galvos.Shoot(place, pulses / run.Galvos.Parameters.LmFrequency, pulses > 0);
+    run.Galvos.Shoot(place, pulses / run.Galvos.Parameters.LmFrequency,
+                     pulses > 0 ? std::optional(run.Galvos.GetPower()) : std::nullopt);
   }
 }
 

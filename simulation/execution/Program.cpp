@@ -6,12 +6,10 @@
 #include <utility>
 
 #include "lists/CommandCodes.h"
-#include "lists/CommandValueReader.h"
 #include "lists/Envelope.h"
 
 namespace VELTRO::KELVO::Simulation {
 
-using ClientLib::Command;
 using ClientLib::CommandCode2;
 using ClientLib::CommandView;
 
@@ -22,17 +20,6 @@ namespace Envelope = ClientLib::Envelope;
 std::string NameOf(std::int32_t code) {
   const auto mnemonic = ClientLib::MnemonicOf(code);
   return mnemonic ? std::string(*mnemonic) : "code " + std::to_string(code);
-}
-
-struct OpenStart {
-  std::size_t Index;
-  std::int32_t Depth;
-};
-
-std::int32_t DepthOf(const CommandView& command, bool isStart) {
-  Command::CommandValueReader reader(command.Payload);
-  if (isStart) reader.AsInt32();  // the count
-  return reader.AsInt32();
 }
 
 }  // namespace
@@ -73,7 +60,7 @@ std::size_t Program::LoopEndOf(std::size_t index) const {
 
 // Notes the commands' places on its way.
 void Program::FindLoops() {
-  std::vector<OpenStart> open;
+  LoopMatcher matcher;
   const std::size_t count = GetCommandCount();
   places_.reserve(count / Stride + 1);
   std::size_t place = 0;
@@ -83,23 +70,17 @@ void Program::FindLoops() {
     const bool isStart = command.Code == CommandCode2::LOOP_START;
     if (!isStart && command.Code != CommandCode2::LOOP_END) continue;
     try {
-      const std::int32_t depth = DepthOf(command, isStart);
+      const std::int32_t depth = LoopMatcher::DepthOf(command, isStart);
       if (isStart) {
-        open.push_back({i, depth});
-        continue;
+        matcher.Start(i, depth);
+      } else {
+        loops_.push_back(matcher.End(i, depth));
       }
-      if (open.empty()) throw std::runtime_error("No loop is open here.");
-      if (open.back().Depth != depth) {
-        throw std::runtime_error("It ends loop depth " + std::to_string(depth) + ", but depth " +
-                                 std::to_string(open.back().Depth) + " is open here.");
-      }
-      loops_.push_back({static_cast<std::uint32_t>(open.back().Index), static_cast<std::uint32_t>(i)});
-      open.pop_back();
     } catch (const std::exception& error) {
       throw CommandError(*this, i, error.what());
     }
   }
-  if (!open.empty()) throw CommandError(*this, open.back().Index, "The loop has no end.");
+  if (!matcher.GetOpen().empty()) throw CommandError(*this, matcher.GetOpen().back().Index, LoopMatcher::NoEnd);
   std::ranges::sort(loops_, {}, &Loop::Start);
 }
 

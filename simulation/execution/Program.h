@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "execution/Flow.h"
 #include "lists/CommandList.h"
 
 namespace VELTRO::KELVO::Simulation {
@@ -36,10 +37,6 @@ class Program {
   // The place of every so many commands is noted, from where it is a few steps to any of them.
   static constexpr std::size_t Stride = 8;
 
-  struct Loop {
-    std::uint32_t Start, End;  // indices
-  };
-
   void FindLoops();
   // The command at `place` in the list's bytes; moves `place` behind it.
   ClientLib::CommandView ReadAt(std::size_t& place) const;
@@ -53,11 +50,27 @@ class Program {
   std::vector<Loop> loops_;               // by their starts
 };
 
+struct CommandPlace {
+  std::int32_t ListId;
+  std::size_t Index;
+};
+
 // What is wrong with one command: its description and the reason.
 class CommandError : public std::runtime_error {
  public:
   CommandError(const Program& program, std::size_t index, const std::string& reason)
-      : std::runtime_error(program.Describe(index) + ": " + reason) {}
+      : std::runtime_error(program.Describe(index) + ": " + reason),
+        list_(program.GetListId()),
+        index_(index) {}
+
+  // Nothing when the command is of no list: of a glyph, say.
+  std::optional<CommandPlace> GetPlace() const {
+    return list_ ? std::optional(CommandPlace{*list_, index_}) : std::nullopt;
+  }
+
+ private:
+  const std::optional<std::int32_t> list_;
+  const std::size_t index_;
 };
 
 }  // namespace VELTRO::KELVO::Simulation

@@ -22,6 +22,7 @@ struct Run {
   std::optional<std::int32_t> StandaloneList;
   std::atomic<std::uint64_t>& Executed;  // commands
 
+  std::uint64_t MostCommands = ~std::uint64_t{0};
   std::optional<std::int32_t> Font = {};  // chosen by the run; else the active one
 };
 

@@ -40,19 +40,27 @@ ListExecutionStats MakeStats(const Clock& clock, const Motion& motion) {
 RunResult Simulate(const RunSettings& settings, const RunSurroundings& surroundings, const RunTraces& traces,
                    std::int32_t listId, ListSnapshot list) noexcept {
   traces.Picture.BeginRun();
-  Clock clock(settings.Speed, surroundings.Abort, settings.Limit);
+  Clock clock(settings.Speed, surroundings.Abort, settings.Limit, settings.IsAlone);
   Motion motion(clock, traces.Picture, traces.Position);
+  std::optional<CommandPlace> place;
   std::optional<std::string> error = ErrorOf([&] {
-    Programs programs(surroundings.Lists);
-    CallStack calls(traces.Places);
-    calls.Enter(programs.PrepareList(listId, std::move(list)));
-    calls.Enter(std::make_shared<const Program>("Process variables",
-                                                StartingValues(surroundings.GetProcessVariables())));
-    Run run{clock, motion, surroundings, programs, calls, settings.StandaloneList, traces.Commands};
-    Interpret(run);
+    try {
+      Programs programs(surroundings.Lists);
+      CallStack calls(traces.Places);
+      calls.Enter(programs.PrepareList(listId, std::move(list)));
+      calls.Enter(std::make_shared<const Program>("Process variables",
+                                                  StartingValues(surroundings.GetProcessVariables())));
+      Run run{clock, motion, surroundings, programs, calls, settings.StandaloneList, traces.Commands};
+      run.MostCommands = settings.MostCommands;
+      Interpret(run);
+    } catch (const CommandError& fault) {
+      place = fault.GetPlace();
+      throw;
+    }
   });
   std::optional<std::string> another = ErrorOf([&] { motion.Stop(); });
-  return {MakeStats(clock, motion), error ? std::move(error) : std::move(another), clock.IsAborted()};
+  return {MakeStats(clock, motion), motion.GetTotals(), error ? std::move(error) : std::move(another), place,
+          clock.IsAborted()};
 }
 
 }  // namespace VELTRO::KELVO::Simulation

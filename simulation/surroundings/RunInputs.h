@@ -18,12 +18,15 @@ class RunInputs {
   bool TakeStart();
   bool TakeResume();
   void BeginRun();
+  // Nobody is outside: there is one start from now on, another wait for it ends the run, and to resume is always said.
+  void Rehearse();
 
  private:
   AbortSignal& waits_;
   ClientLib::Mutex mutex_;
   bool start_ KELVO_GUARDED_BY(mutex_) = false;
   bool resume_ KELVO_GUARDED_BY(mutex_) = false;
+  bool isRehearsed_ KELVO_GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace VELTRO::KELVO::Simulation

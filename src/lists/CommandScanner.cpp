@@ -24,7 +24,7 @@ std::string_view TakeVersion(TextCursor& cursor) {
   return digits;
 }
 
-bool MatchesCommand(TextCursor cursor) {
+bool TakeCommand(TextCursor& cursor) {
   if (!cursor.Take('{')) return false;
   cursor.SkipBlanks();
   cursor.Take('[');
@@ -36,7 +36,11 @@ bool MatchesCommand(TextCursor cursor) {
     cursor.SkipBlanks();
     if (cursor.TakeName().empty()) return false;
     cursor.SkipBlanks();
-    if (!cursor.Take('[') || !cursor.TakeUntil(']')) return false;
+    if (!cursor.Take('[')) return false;
+    if (!cursor.TakeUntil(']')) {
+      cursor.MoveTo(cursor.End());
+      return false;
+    }
     cursor.SkipBlanks();
   }
   cursor.Take(']');

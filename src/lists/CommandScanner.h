@@ -76,7 +76,7 @@ class TextCursor {
 // Takes ", V" and digits, which it returns, when they are a version and not the name of a value; else nothing.
 std::string_view TakeVersion(TextCursor& cursor);
 
-// Whether a command, whatever is in it, begins at the cursor.
-bool MatchesCommand(TextCursor cursor);
+// Takes a command, whatever is in it; false when none begins at the cursor, which is where that shows then.
+bool TakeCommand(TextCursor& cursor);
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -262,15 +262,19 @@ void CommandTextReader::ReadList(std::string_view text, PackedCommands& list) {
   cursor.SkipBlanks();
   const bool empty = enclosed && cursor.IsAt(']');
   list.Reserve(text.size() / 2);  // about what commands of long numbers need
-  CommandTextReader reader(list);
-  std::size_t count = 0;
-  for (cursor.SkipBlanksAndCommas(); cursor.IsAt('{'); cursor.SkipBlanksAndCommas()) {
-    reader.index_ = count++;
-    reader.Read(cursor);
-  }
+  const std::size_t before = list.GetCommandCount();
+  CommandTextReader(list).ReadCommands(cursor);
+  const std::size_t count = list.GetCommandCount() - before;
   if (enclosed && !cursor.Take(']')) FailCommand();
   cursor.SkipBlanks();
   if (!cursor.AtEnd() || (count == 0 && !empty)) FailCommand();
+}
+
+void CommandTextReader::ReadCommands(TextCursor& cursor) {
+  for (cursor.SkipBlanksAndCommas(); cursor.IsAt('{'); cursor.SkipBlanksAndCommas()) {
+    index_ = index_ ? *index_ + 1 : 0;
+    Read(cursor);
+  }
 }
 
 void CommandTextReader::Read(TextCursor& cursor) {
@@ -282,7 +286,11 @@ void CommandTextReader::Read(TextCursor& cursor) {
     ReadParts(cursor);
   } catch (const std::runtime_error&) {
     // That a text is no command at all comes first, wherever in it the fault is.
-    if (!MatchesCommand(begin)) FailCommand();
+    TextCursor shape = begin;
+    if (!TakeCommand(shape)) {
+      cursor = shape;
+      FailCommand();
+    }
     throw;
   }
 }
@@ -292,8 +300,12 @@ void CommandTextReader::ReadParts(TextCursor& cursor) {
   cursor.SkipBlanks();
   cursor.Take('[');
   cursor.SkipBlanks();
+  const TextCursor name = cursor;
   const std::int32_t* const code = FindCode(cursor.TakeName());
-  if (code == nullptr) throw CommandTextError("Unable to parse command code");
+  if (code == nullptr) {
+    cursor = name;
+    throw CommandTextError("Unable to parse command code");
+  }
   cursor.SkipBlanks();
   code_ = *code;
   version_ = TakeVersion(cursor);
@@ -397,6 +409,7 @@ bool CommandTextReader::ReadValue(std::string_view acronym, TextCursor& cursor) 
     cursor = begin;
     cursor.TakeUntil(']');
     const std::string_view text(begin.At(), static_cast<std::size_t>(cursor.At() - begin.At()));
+    cursor = begin;
     Fail("value " + Shown(acronym) + "[" + Shown(text), refusal.Reason);
   }
   return false;

@@ -47,8 +47,13 @@ class CommandTextReader {
   // nothing. An empty list has its brackets. When it throws, `list` is left with the commands read so far.
   static void ReadList(std::string_view text, PackedCommands& list);
 
- private:
+  // For who has the text of a list in parts, or goes on behind a fault.
   explicit CommandTextReader(PackedCommands& list) : list_(list) {}
+  // Appends the commands at the cursor, with blanks and commas around them, up to whatever is no "{". When it throws, the
+  // cursor is where the fault is.
+  void ReadCommands(TextCursor& cursor);
+
+ private:
 
   // The numbers of a value: where each begins and ends.
   class Places;

@@ -2,7 +2,7 @@
 #include <complex>
 #include <numbers>
 
-#include "drawing/SvgWriter.h"
+#include "drawing/Picture.h"
 #include "int/CardClient.h"
 
 namespace VELTRO::KELVO::Test {
@@ -184,7 +184,7 @@ TEST(VirtualCardPicture, KeepsTheFirstOfTooMany) {
   EXPECT_FALSE(drawing.IsCut());
   drawing.AddDot({});
   EXPECT_TRUE(drawing.GetDots().empty());
-  WriteSvg(drawing, 1, picture.Name());
+  WritePicture(drawing, 1, picture.Name());
   EXPECT_THAT(picture.Content(), HasSubstr("<!-- Cut: only the first 2000000 segments are drawn. -->"));
 }
 
