@@ -1,6 +1,9 @@
 #include "Output.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 namespace VELTRO::KELVO::Tool {
@@ -22,6 +25,11 @@ std::size_t Hidden(std::string_view text) {
 // Characters, which are not bytes.
 std::size_t Width(std::string_view text) {
   return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+bool HasColours() {
+  const char* const no = std::getenv("NO_COLOR");  // NOLINT(concurrency-mt-unsafe): nobody changes it
+  return isatty(STDOUT_FILENO) == 1 && (no == nullptr || *no == 0);
 }
 
 }  // namespace
@@ -46,8 +54,9 @@ void Output::Line(std::string_view text) const {
   std::fputc('\n', stdout);
 }
 
-void Output::Table(const std::vector<std::string>& heads,
-                   const std::vector<std::vector<std::string>>& rows) const {
+void Output::Table(const std::vector<std::string>& heads, const std::vector<std::vector<std::string>>& rows,
+                   const std::vector<Colour>& colours) const {
+  const bool hasColours = !IsQuiet && HasColours();
   std::vector<std::size_t> widths;
   const auto measure = [&](const std::vector<std::string>& cells) {
     widths.resize(std::max(widths.size(), cells.size()));
@@ -58,7 +67,9 @@ void Output::Table(const std::vector<std::string>& heads,
   const auto print = [&](const std::vector<std::string>& cells) {
     std::string line;
     for (std::size_t i = 0; i < cells.size(); ++i) {
-      line += cells[i];
+      const bool isColoured = hasColours && i < colours.size() && colours[i] != Colour::None;
+      line += isColoured ? "\33[" + std::to_string(static_cast<int>(colours[i])) + "m" + cells[i] + "\33[m"
+                         : cells[i];
       if (i + 1 < cells.size()) line.append(widths[i] - Width(cells[i]) + 2, ' ');
     }
     line.erase(line.find_last_not_of(' ') + 1);

@@ -15,6 +15,9 @@ using Json = nlohmann::ordered_json;
 // change the direction of text, are left out.
 std::string Clean(std::string_view text);
 
+// On a terminal, unless it is to be quiet or NO_COLOR is set.
+enum class Colour { None = 0, Red = 31, Green = 32 };
+
 class Output {
  public:
   Output(bool asJson, bool isQuiet) : AsJson(asJson), IsQuiet(isQuiet) {}
@@ -25,7 +28,9 @@ class Output {
   // A line on standard output, as it is.
   void Line(std::string_view text) const;
   // Rows of cells under their heads; of columns without heads when those are empty.
-  void Table(const std::vector<std::string>& heads, const std::vector<std::vector<std::string>>& rows) const;
+  // Where there are colours, columns have those of `colours`.
+  void Table(const std::vector<std::string>& heads, const std::vector<std::vector<std::string>>& rows,
+             const std::vector<Colour>& colours = {}) const;
   void Print(const Json& data) const;
   // A line on standard error, unless quiet.
   void Remark(std::string_view text) const;

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 
+#include "LoggedRuns.h"
 #include "Verb.h"
 
 namespace VELTRO::KELVO::Tool {
@@ -40,43 +41,77 @@ CardPlace ParseCard(const std::string& text) {
 }
 
 Session::~Session() {
-  if (handle_ > 0) vlDisconnect(handle_);
+  for (const auto& [name, handle] : cards_) {
+    const bool isLogged = vlDisableCommandLogging(handle) == 0;
+    if (!isLogged) Out.Remark("The log is not whole: " + LastError() + ".");
+    vlDisconnect(handle);
+  }
 }
 
 std::int32_t Session::Card() {
-  if (handle_ > 0) return handle_;
-  const std::uint32_t timeout = choice_.Timeout.empty() ? 0 : ParseTime("--timeout", choice_.Timeout);
-  handle_ = Connect();
-  if (handle_ <= 0)
-    throw Failure(ExitCode::NoConnection, LastError(), "Is the card switched on, and --card right?");
-  if (timeout > 0) Check(vlSetTimeout(handle_, timeout));
-  return handle_;
+  if (choice_.Cards.size() + choice_.Serials.size() > 1)
+    throw WrongUsage("Several cards are named.", "This verb takes one.");
+  return Cards().front().Handle;
 }
 
-std::int32_t Session::Connect() const {
-  if (!choice_.Card.empty()) {
-    const CardPlace place = ParseCard(choice_.Card);
-    return vlConnect(place.Host.c_str(), place.Port);
-  }
-  if (choice_.Serial.empty()) {
+const std::vector<NamedCard>& Session::Cards() {
+  if (!cards_.empty()) return cards_;
+  if (choice_.Cards.empty() && choice_.Serials.empty()) {
     throw WrongUsage("No card is named.",
                      "Name it by --card HOST[:PORT], --serial NUMBER, KELVO_CARD or KELVO_SERIAL.");
   }
-  vlCardInfo card{};
-  if (choice_.Serial.size() >= sizeof card.SerialNumber) throw WrongUsage("The serial number is too long.");
-  std::memcpy(card.SerialNumber, choice_.Serial.c_str(), choice_.Serial.size());
-  std::strcpy(card.IPAddress, "0.0.0.0");
-  card.Port = KELVO_DEFAULT_PORT;
-  return vlConnectByCardInfo(&card);
+  const std::uint32_t timeout = choice_.Timeout.empty() ? 0 : ParseTime("--timeout", choice_.Timeout);
+  for (const std::string& card : choice_.Cards) Connect(card, false);
+  for (const std::string& serial : choice_.Serials) Connect(serial, true);
+  for (std::size_t i = 0; i < cards_.size(); ++i) {
+    if (timeout > 0) Check(vlSetTimeout(cards_[i].Handle, timeout));
+    StartLog(i);
+  }
+  return cards_;
 }
 
-std::int64_t Session::Check(std::int64_t result) {
+void Session::Connect(const std::string& name, bool isSerial) {
+  std::int32_t handle = 0;
+  if (isSerial) {
+    vlCardInfo card{};
+    if (name.size() >= sizeof card.SerialNumber) throw WrongUsage("The serial number is too long.");
+    std::memcpy(card.SerialNumber, name.c_str(), name.size());
+    std::strcpy(card.IPAddress, "0.0.0.0");
+    card.Port = KELVO_DEFAULT_PORT;
+    handle = vlConnectByCardInfo(&card);
+  } else {
+    const CardPlace place = ParseCard(name);
+    handle = vlConnect(place.Host.c_str(), place.Port);
+  }
+  if (handle <= 0)
+    throw Failure(ExitCode::NoConnection, LastError(), "Is the card switched on, and --card right?");
+  cards_.push_back({name, handle});
+}
+
+// Several cards have a file each.
+void Session::StartLog(std::size_t card) const {
+  const bool isAsked = !choice_.Log.empty();
+  std::string path = isAsked ? choice_.Log : FileOfLoggedRun();
+  if (path.empty()) return;
+  if (card > 0) path += "." + std::to_string(card + 1);
+  if (vlEnableCommandLogging(cards_[card].Handle, path.c_str(), -1) < 0)
+    throw Refused(LastError() + ".", isAsked ? "" : "'kelvo log off' ends the logging.");
+  if (!isAsked) Out.Remark("The calls are logged in '" + path + "'.");
+}
+
+std::int64_t Session::Check(std::int64_t result) const {
   if (result >= 0) return result;
   const std::string text = LastError();
-  bool isConnected = false;
-  const bool isLost = handle_ > 0 && vlIsConnected(handle_, &isConnected) == 0 && !isConnected;
-  if (isLost) throw Failure(ExitCode::NoConnection, "The connection to the card was lost: " + text);
+  for (const auto& [name, handle] : cards_) {
+    if (!IsConnected(handle))
+      throw Failure(ExitCode::NoConnection, "The connection to the card was lost: " + text);
+  }
   throw Refused(text);
+}
+
+bool IsConnected(std::int32_t handle) {
+  bool isConnected = false;
+  return vlIsConnected(handle, &isConnected) == 0 && isConnected;
 }
 
 }  // namespace VELTRO::KELVO::Tool

@@ -11,10 +11,17 @@ using namespace VELTRO::KELVO::Tool;
 
 namespace {
 
-std::string Chosen(const Arguments& given, const char* option, const char* variable) {
-  if (given.Has(option)) return given.Text(option);
+std::vector<std::string> InEnvironment(const char* variable) {
   const char* const value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe): nobody else runs yet
-  return value == nullptr ? "" : value;
+  return value == nullptr || *value == 0 ? std::vector<std::string>() : std::vector<std::string>{value};
+}
+
+CardChoice Chosen(const Arguments& given) {
+  CardChoice choice{given.All("--card"), given.All("--serial"), given.Text("--timeout"), given.Text("--log")};
+  const bool isNamed = !choice.Cards.empty() || !choice.Serials.empty();
+  if (!isNamed) choice.Cards = InEnvironment("KELVO_CARD");
+  if (!isNamed && choice.Cards.empty()) choice.Serials = InEnvironment("KELVO_SERIAL");
+  return choice;
 }
 
 int Fail(const Failure& failure) {
@@ -29,11 +36,7 @@ int Run(const std::vector<std::string>& words) {
     const auto line = ParseCommandLine(words);
     if (!line) return 0;
     const Arguments& given = line->Given;
-    // A card that is named beats a serial number from the environment.
-    CardChoice choice{Chosen(given, "--card", "KELVO_CARD"), Chosen(given, "--serial", "KELVO_SERIAL"),
-                      given.Text("--timeout")};
-    if (given.Has("--serial") && !given.Has("--card")) choice.Card.clear();
-    Session session(Output(given.Has("--json"), given.Has("--quiet")), std::move(choice));
+    Session session(Output(given.Has("--json"), given.Has("--quiet")), Chosen(given));
     return static_cast<int>(line->Called->Run(session, given));
   } catch (const Failure& failure) {
     return Fail(failure);
