@@ -14,6 +14,7 @@
 #include "RawServer.h"
 #include "ReferenceRows.h"
 #include "TextRows.h"
+#include "ToolRows.h"
 #include "peers/PeerRows.h"
 
 namespace {
@@ -89,6 +90,7 @@ int main(int argc, char** argv) {
       RegisterListRows(harness);
       RegisterTextRows(harness);
       RegisterFileRows(harness);
+      RegisterToolRows(harness);
     }
     if (options.isSelfCheck) harness.AddSelfCheckRows();
     return harness.Run(options) ? 0 : 1;

@@ -15,7 +15,7 @@ using ClientLib::Point2D;
 namespace {
 
 constexpr std::size_t MostBins = 10;
-constexpr double MostGridLines = 60;  // along the larger side
+constexpr double MostGridLines = 120;  // along the larger side
 constexpr double LinesBetweenNumbers = 10;
 constexpr Colour GridColour{0xd8, 0xd8, 0xd8}, StrongGridColour{0xb0, 0xb0, 0xb0},
     FrameColour{0x60, 0x60, 0x60}, JumpsColour{0x30, 0x70, 0xc0}, PlainColour{0x20, 0x20, 0x20};
@@ -219,8 +219,8 @@ void Sheet::DrawLegend(Page& page) const {
 void Sheet::Draw(Page& page) const {
   DrawGrid(page);
   page.BeginGroup("jumps", {.Of = JumpsColour,
-                            .Width = 0.25 * settings_.Beam,
-                            .Opacity = 0.6,
+                            .Width = 0.4 * settings_.Beam,
+                            .Opacity = 0.8,
                             .Dash = std::max(2 * settings_.Beam, textSize_ / 3)});
   for (const Drawing::Stroke& stroke : drawing_.GetStrokes()) {
     if (stroke.StrokeKind == Drawing::Kind::Jump) page.AddStroke(drawing_.PointsOf(stroke));

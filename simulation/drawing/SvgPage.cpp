@@ -14,10 +14,16 @@ namespace {
 constexpr std::size_t PieceBytes = 1 << 16;
 constexpr std::size_t MostPathPoints = 4096;  // programs that show pictures draw long paths slowly
 
-// A power of ten.
+constexpr double MostUnits = 50000;  // along the larger side: coordinates of five digits
+
+// 1, 2 or 5 times a power of ten.
 double UnitOf(const Box& box) {
-  const double side = std::max({box.GetWidth(), box.GetHeight(), 1e-6});
-  return std::pow(10, std::floor(std::log10(side)) - 5);
+  const double least = std::max({box.GetWidth(), box.GetHeight(), 1e-6}) / MostUnits;
+  const double ten = std::pow(10, std::floor(std::log10(least)));
+  for (const double factor : {1, 2, 5}) {
+    if (factor * ten >= least) return factor * ten;
+  }
+  return 10 * ten;
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ namespace VELTRO::KELVO::Simulation {
 class SvgPage : public Page {
  public:
   // Exact: nine digits, which leave no trace of rounding in sums of relative moves; a nanometre in a metre.
-  // Compact: a hundred-thousandth of the page's larger side, in about half of the bytes and less.
+  // Compact: the larger side of the page has 20000 to 50000 units, and a mark takes less than half of the bytes.
   enum class Precision { Exact, Compact };
 
   SvgPage(const std::string& file, const Box& box, Precision precision);

@@ -114,7 +114,8 @@ class Check {
         break;
       case Kind::Goes:
       case Kind::MayGo: {
-        const std::int64_t target = values.AsInt32() + (flow.IsRelative ? static_cast<std::int64_t>(index) : 0);
+        const std::int64_t target =
+            values.AsInt32() + (flow.IsRelative ? static_cast<std::int64_t>(index) : 0);
         ways_.push_back({index, flow.What == Kind::MayGo, BranchTarget(target, count_)});
         break;
       }

@@ -80,7 +80,8 @@ void Program::FindLoops() {
       throw CommandError(*this, i, error.what());
     }
   }
-  if (!matcher.GetOpen().empty()) throw CommandError(*this, matcher.GetOpen().back().Index, LoopMatcher::NoEnd);
+  if (!matcher.GetOpen().empty())
+    throw CommandError(*this, matcher.GetOpen().back().Index, LoopMatcher::NoEnd);
   std::ranges::sort(loops_, {}, &Loop::Start);
 }
 

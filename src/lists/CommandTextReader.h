@@ -52,6 +52,8 @@ class CommandTextReader {
   // Appends the commands at the cursor, with blanks and commas around them, up to whatever is no "{". When it throws, the
   // cursor is where the fault is.
   void ReadCommands(TextCursor& cursor);
+  // The command that it threw for.
+  const char* GetBegin() const { return begin_; }
 
  private:
 

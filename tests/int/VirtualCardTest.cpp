@@ -376,7 +376,7 @@ TEST(VirtualCardPicture, ShowsWhatTheLaserMarked) {
   for (const char* part : {
            // 40.3 x 20 and 5 % of the larger side all around; y points up, so the picture begins at its top.
            "width='44.33mm' height='24.0300003mm' viewBox='-12.015 -22.015 44.33 24.0300003'",
-           "<g transform='scale(1 -1)'",
+           "transform='scale(1 -1)'",
            "<polyline points='-10,5 30,5 30.1,5.2 30.3,5.3'/>",
            "<polyline points='30.3,5.3 0,0 10,20'/>",
            "<polyline points='10,20 20,20 20,-2.5e-07'/>",

@@ -2,10 +2,12 @@
 #include <kelvo/kelvo.h>
 
 #include <chrono>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "Files.h"
 #include "Interrupt.h"
+#include "ListText.h"
 #include "Session.h"
 #include "Spinner.h"
 #include "Verb.h"
@@ -15,6 +17,7 @@ namespace VELTRO::KELVO::Tool {
 namespace {
 
 constexpr std::size_t MostListBytes = std::size_t{512} << 20;
+constexpr std::size_t LongListBytes = std::size_t{64} << 20;
 constexpr std::int32_t NoListField = -1;
 constexpr std::int32_t LookMs = 100;
 
@@ -29,7 +32,7 @@ class LocalList {
   const std::int64_t Handle;
 };
 
-// Comments go from "#" to the end of a line. What is left stands where it stood.
+// Comments go from "#" to the end of a line.
 std::string WithoutComments(std::string text) {
   bool isComment = false;
   for (char& c : text) {
@@ -40,13 +43,20 @@ std::string WithoutComments(std::string text) {
 }
 
 std::string ReadList(const std::string& path) {
+  // Before so much is read, it is known to be a list.
+  std::error_code none;
+  if (path != "-" && std::filesystem::file_size(path, none) > LongListBytes && !none) ReadListFile(path);
   return WithoutComments(ReadFile(path, MostListBytes));
 }
 
 void Upload(Session& session, std::int32_t id, const std::string& path) {
   const std::string text = ReadList(path);
   const std::int64_t made = vlListAllocateFromString(session.Card(), text.c_str());
-  if (made < 0) throw Refused("'" + path + "': " + LastError());
+  if (made < 0) {
+    const std::string error = LastError();
+    ListText(path, text).ReadWhole();  // which throws with the place
+    throw Refused("'" + path + "': " + error);
+  }
   const LocalList list(session, made);
   session.Check(vlListSet(session.Card(), id, list.Handle, false, NoListField));
   session.Out.Remark("List " + std::to_string(id) + ": " + std::to_string(vlListCommandCount(list.Handle)) +

@@ -67,8 +67,8 @@ std::int64_t Arguments::Whole(std::string_view name, std::int64_t least, std::in
 std::vector<const Verb*> AllVerbs() {
   std::vector<const Verb*> all;
   for (const auto verbs :
-       {CardVerbs(), ConfigVerbs(), ListVerbs(), FileVerbs(), BackupVerbs(), CorrectionVerbs(), FontVerbs(),
-        IoVerbs(), LaserVerbs(), LogVerbs(), CallVerbs()}) {
+       {CardVerbs(), ConfigVerbs(), ListVerbs(), RehearsalVerbs(), FileVerbs(), BackupVerbs(),
+        CorrectionVerbs(), FontVerbs(), IoVerbs(), LaserVerbs(), LogVerbs(), CallVerbs()}) {
     for (const Verb& verb : verbs) all.push_back(&verb);
   }
   return all;

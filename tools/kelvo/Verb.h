@@ -77,6 +77,7 @@ std::span<const Verb> IoVerbs();
 std::span<const Verb> LaserVerbs();
 std::span<const Verb> ListVerbs();
 std::span<const Verb> LogVerbs();
+std::span<const Verb> RehearsalVerbs();
 
 std::vector<const Verb*> AllVerbs();
 // What every verb takes.
