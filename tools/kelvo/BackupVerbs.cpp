@@ -56,7 +56,7 @@ ExitCode MoveAll(Session& session, const std::vector<Pair>& pairs, const std::st
       done.push_back(name);
       if (!session.Out.AsJson) session.Out.Line(Clean(name));
     } catch (const Failure& failure) {
-      const std::string text = std::string(failure.what()) + (failure.Hint.empty() ? "" : " " + failure.Hint);
+      const std::string text = failure.Told();
       if (failure.Code != ExitCode::Refused) {
         end.emplace(failure.Code, text);
         break;
