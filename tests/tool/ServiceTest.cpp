@@ -137,7 +137,7 @@ TEST(Tool, WritesNoBackupOutsideTheDirectory) {
 }
 
 TEST(Tool, WritesLogs) {
-  const ToolShell shell;
+  const ToolShell shell({"--verbose"});
   const Row rows[] = {
       {"kelvo list status 4 --log one && grep -o 'TX: GetListStatus( 4 )' one", 0,
        "TX: GetListStatus( 4 )\n"},
@@ -150,7 +150,7 @@ TEST(Tool, WritesLogs) {
       {"kelvo log off && kelvo info && ls", 0, "one\n"},
       {"kelvo log on one", 1, "The logging cannot be switched: Not a directory."},
       {"HOME= kelvo log on logs", 1, "HOME is not set."},
-      {"kelvo log show --json", 0, "[]\n"},
+      {"kelvo log show && kelvo log show --json", 0, "GetListStatus(6)"},
   };
   ExpectAll(shell, rows);
 }
