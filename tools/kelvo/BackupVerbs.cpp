@@ -56,13 +56,13 @@ ExitCode MoveAll(Session& session, const std::vector<Pair>& pairs, const std::st
       done.push_back(name);
       if (!session.Out.AsJson) session.Out.Line(Clean(name));
     } catch (const Failure& failure) {
-      const std::string text = std::string(failure.what()) + (failure.Hint.empty() ? "" : " " + failure.Hint);
       if (failure.Code != ExitCode::Refused) {
-        end.emplace(failure.Code, text);
+        end.emplace(failure.Code, failure.Told());
         break;
       }
-      if (refusal.empty()) refusal = "'" + name + "': " + text;
-      session.Out.Remark("'" + Clean(name) + "' was not " + moved + ": " + Clean(text));
+      const std::string told = "'" + name + "': " + failure.Told();
+      if (refusal.empty()) refusal = told;
+      session.Out.Remark(Clean("Not " + moved + ": " + told));
     }
     std::fflush(stdout);
   }

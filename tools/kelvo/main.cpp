@@ -1,4 +1,7 @@
 // The command-line tool: finds cards, keeps their settings, runs jobs on them.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -25,9 +28,7 @@ CardChoice Chosen(const Arguments& given) {
 }
 
 int Fail(const Failure& failure) {
-  const std::string text = Clean(failure.what());
-  std::fprintf(stderr, "kelvo: %s%s%s\n", text.c_str(), failure.Hint.empty() ? "" : " ",
-               Clean(failure.Hint).c_str());
+  std::fprintf(stderr, "kelvo: %s\n", Clean(failure.Told()).c_str());
   return static_cast<int>(failure.Code);
 }
 
@@ -45,9 +46,18 @@ int Run(const std::vector<std::string>& words) {
   }
 }
 
+// A connection must not get the number of a stream that whoever started the program has closed: what is said to the
+// user would go to the card.
+void OpenStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) < 0) open("/dev/null", O_RDWR);
+  }
+}
+
 }  // namespace
 
 int main(int count, char** words) {
+  OpenStandardStreams();
   signal(SIGPIPE, SIG_DFL);  // "kelvo ... | head" ends quietly
   const int code = Run({words + 1, words + count});
   // What could not be written is not done.
