@@ -205,6 +205,9 @@ const char* ListText::ReadPart(CommandTextReader& reader, std::vector<TextFault>
     isAtBegin_ = false;
   }
   while (faults.size() < mostFaults) {
+    if (isLost_) cursor.MoveTo(std::find(cursor.At(), cursor.End(), '{'));
+    if (cursor.AtEnd()) break;
+    isLost_ = false;
     try {
       reader.ReadCommands(cursor);
       // The bracket at the end, which nothing but blanks may follow, is looked at when all has been read.
@@ -223,11 +226,9 @@ const char* ListText::ReadPart(CommandTextReader& reader, std::vector<TextFault>
         AddFault(cursor.At(), error.what(), faults);
       }
     }
-    if (cursor.AtEnd()) break;
     // On with what begins like a command behind it.
-    cursor.MoveTo(cursor.At() + 1);
-    const char* const next = std::find(cursor.At(), cursor.End(), '{');
-    cursor.MoveTo(next);
+    if (!cursor.AtEnd()) cursor.MoveTo(cursor.At() + 1);
+    isLost_ = true;
   }
   return cursor.At();
 }
@@ -272,7 +273,7 @@ TextPlace ListText::PlaceOf(std::size_t command) const {
 std::string Shown(const std::string& path, const TextFault& fault) {
   const TextPlace& place = fault.Place;
   return Clean(path) + ":" + std::to_string(place.Line) + ":" + std::to_string(place.Column) + ": " +
-         Clean(fault.Text) + "\n  " + place.Excerpt + "\n  " + std::string(place.Caret, ' ') + "^";
+         Clean(fault.Text);
 }
 
 }  // namespace VELTRO::KELVO::Tool

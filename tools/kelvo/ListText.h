@@ -62,6 +62,7 @@ class ListText {
   std::string part_;       // of the text, comments blanked; begins at mark_
   std::uint64_t end_ = 0;  // where the part ends in the file
   bool isInComment_ = false, isAtBegin_ = true, isEnclosed_ = false, isWhole_ = false;
+  bool isLost_ = false;  // behind a fault, as long as nothing begins like a command
   Mark mark_;
   std::vector<Mark> marks_;
 };
@@ -69,7 +70,7 @@ class ListText {
 inline ClientLib::CommandList ReadListFile(const std::string& path) {
   return ListText(path).ReadWhole();
 }
-// "FILE:3:7: TEXT", with the line and a caret under the place in lines of their own.
+// "FILE:3:7: TEXT".
 std::string Shown(const std::string& path, const TextFault& fault);
 
 }  // namespace VELTRO::KELVO::Tool

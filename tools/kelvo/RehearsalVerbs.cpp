@@ -126,7 +126,8 @@ ExitCode CheckList(Session& session, const Arguments& given) {
   Json list = Json::array();
   for (const auto& [fault, kind, command] : faults) {
     if (!session.Out.AsJson) {
-      session.Out.Line(Shown(path, fault));
+      session.Out.Line(Shown(path, fault) + "\n  " + fault.Place.Excerpt + "\n  " +
+                       std::string(fault.Place.Caret, ' ') + "^");
       continue;
     }
     Json one = {
