@@ -12,14 +12,14 @@ void CallStack::Enter(std::shared_ptr<const Program> program,
     throw std::runtime_error("More than " + std::to_string(MostCalls) + " calls are open.");
   }
   carets_.SetNone(frames_.size());
-  frames_.push_back({std::move(program), 0, 0, {}, {}, std::move(rest)});
+  frames_.push_back({std::move(program), 0, 0, {}, {}, {}, std::move(rest)});
   carets_.SetLevels(frames_.size());
 }
 
 void CallStack::Replace(std::shared_ptr<const Program> program) {
   Frame& frame = Top();
   std::vector<std::shared_ptr<const Program>> rest = std::move(frame.Rest);
-  replaced_ = std::exchange(frame, Frame{std::move(program), 0, 0, {}, {}, std::move(rest)}).Commands;
+  replaced_ = std::exchange(frame, Frame{std::move(program), 0, 0, {}, {}, {}, std::move(rest)}).Commands;
   carets_.SetNone(frames_.size() - 1);
 }
 

@@ -27,6 +27,7 @@ struct Frame {
   std::shared_ptr<const Program> Commands;
   std::size_t Current = 0;  // index of the command that is executed
   std::size_t Next = 0;     // of the one after it
+  Program::Place Place = {};
   std::vector<Loop> Loops;  // those that are running, the innermost last
   std::optional<Switch> Choice;
   std::vector<std::shared_ptr<const Program>> Rest;  // what was called with it and comes next, the next last

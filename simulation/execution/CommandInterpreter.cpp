@@ -29,11 +29,11 @@ const Table& AllCommands() {
 // Calls `act`; what it throws is about the command that the run is at.
 template <class F>
 void Attribute(Run& run, F act) {
-  const Frame& frame = run.Calls.Top();
+  Frame& frame = run.Calls.Top();
   const Program& program = *frame.Commands;  // which outlives its command
   const std::size_t index = frame.Current;
   try {
-    act(program, index);
+    act(program, index, frame);
     run.Time.CheckLimit();
   } catch (const CommandError&) {  // in the list that it calls
     throw;
@@ -52,13 +52,13 @@ void Interpret(Run& run) {
     if (!run.Calls.Step()) {
       if (run.Calls.Leave()) continue;
       // What is still to be waited for belongs to the latest command.
-      return Attribute(run, [&](const Program&, std::size_t) {
+      return Attribute(run, [&](const Program&, std::size_t, const Frame&) {
         run.Galvos.EndMarks();
         run.Time.CatchUp();
       });
     }
-    Attribute(run, [&](const Program& program, std::size_t index) {
-      const ClientLib::CommandView command = program.At(index);
+    Attribute(run, [&](const Program& program, std::size_t index, Frame& frame) {
+      const ClientLib::CommandView command = program.At(index, frame.Place);
       const auto row = table.find(command.Code);
       if (row == table.end()) throw std::runtime_error("not supported by the virtual card.");
       ValueReader values(command.Payload);

@@ -76,11 +76,11 @@ void Motion::BeginMark(Point3D heading) {
   const SkyWriting& sky = Parameters.Sky;
   const double leadIn = sky.ExtensionTime + sky.AccelerationDelay;
   if (inMarks_) {
-    const double cosine = Cosine(heading_, heading);
-    if (sky.Mode == SkyWritingMode::MinimumCoH && cosine < sky.MinCoH) {
+    if (sky.Mode == SkyWritingMode::MinimumCoH && Cosine(heading_, heading) < sky.MinCoH) {
       Wait(sky.ExtensionTime + sky.DecelerationDelay + leadIn);
     } else {
-      Wait(Parameters.PolyDelay * (Parameters.HasVariablePolyDelay ? (1 - cosine) / 2 : 1));
+      const double share = Parameters.HasVariablePolyDelay ? (1 - Cosine(heading_, heading)) / 2 : 1;
+      Wait(Parameters.PolyDelay * share);
     }
     return;
   }

@@ -43,9 +43,14 @@ CommandView Program::ReadAt(std::size_t& place) const {
   return view;
 }
 
-CommandView Program::At(std::size_t index) const {
+std::size_t Program::Find(std::size_t index) const {
   std::size_t place = places_[index / Stride];
   for (std::size_t steps = index % Stride; steps > 0; --steps) ReadAt(place);
+  return place;
+}
+
+CommandView Program::At(std::size_t index) const {
+  std::size_t place = Find(index);
   return ReadAt(place);
 }
 

@@ -28,6 +28,15 @@ class Program {
   std::optional<std::int32_t> GetListId() const { return listId_; }
   std::size_t GetCommandCount() const { return list_.GetCommandCount(); }
   ClientLib::CommandView At(std::size_t index) const;
+  // The same for who goes on from command to command: `next` is where the one behind the latest begins.
+  struct Place {
+    std::size_t Index = 0, Byte = 0;
+  };
+  ClientLib::CommandView At(std::size_t index, Place& next) const {
+    if (next.Index != index) next.Byte = Find(index);
+    next.Index = index + 1;
+    return ReadAt(next.Byte);
+  }
   // What errors call the command: "List 7, command 12 (ARCA)", or "List 7" when there is none at `index`.
   std::string Describe(std::size_t index) const;
   // The index of the loop end that belongs to the loop start at `index`.
@@ -38,6 +47,8 @@ class Program {
   static constexpr std::size_t Stride = 8;
 
   void FindLoops();
+  // Where the command begins.
+  std::size_t Find(std::size_t index) const;
   // The command at `place` in the list's bytes; moves `place` behind it.
   ClientLib::CommandView ReadAt(std::size_t& place) const;
 

@@ -91,6 +91,11 @@ def main():
                 expected = picture.read_text()
                 for end in "svg", "png", "pdf":
                     tool("list", "preview", "1.txt", "-o", "out." + end, *given, *options)
+                if program == "build_font":
+                    tool("font", "preview", "1.json", "-o", "font.svg")
+                    glyphs = strokes_of(pathlib.Path(folder, "font.svg").read_text(), "marks")[0]
+                    if not 200 < len(glyphs) < 400:
+                        faults.append(f"the font has {len(glyphs)} strokes")
                 drawn = pathlib.Path(folder, "out.svg").read_text()
                 if pathlib.Path(folder, "out.png").read_bytes()[1:4] != b"PNG":
                     faults.append(f"{program}: out.png is none")

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <limits>
 #include <system_error>
 
@@ -28,6 +29,10 @@ constexpr std::size_t ExcerptBytes = 60;  // on each side of the place
 
 Failure CannotRead(const std::string& path) {
   return Refused("Cannot read '" + path + "': " + std::generic_category().message(errno) + ".");
+}
+
+Failure Changed(const std::string& path) {
+  return Refused("'" + path + "' has changed meanwhile.");
 }
 
 // A file without a name, as what has been read has to be found again.
@@ -85,7 +90,8 @@ Descriptor Open(const std::string& path) {
 // What is left stands where it stood.
 void BlankComments(char* begin, char* end, bool& isInComment) {
   for (char* at = begin; at != end;) {
-    char* const found = std::find(at, end, isInComment ? '\n' : '#');
+    void* const next = std::memchr(at, isInComment ? '\n' : '#', static_cast<std::size_t>(end - at));
+    char* const found = next == nullptr ? end : static_cast<char*>(next);
     if (isInComment) std::fill(at, found, ' ');
     isInComment = found == end ? isInComment : !isInComment;
     at = found;
@@ -153,19 +159,27 @@ bool ListText::ReadMore() {
 
 // Moves the mark over so much of the part.
 void ListText::Take(std::size_t count) {
-  const std::string_view taken(part_.data(), count);
-  const std::size_t newLine = taken.rfind('\n');
-  if (newLine == std::string_view::npos) {
-    mark_.Column += CountCharacters(taken);
-  } else {
-    mark_.Line += static_cast<std::uint64_t>(std::ranges::count(taken, '\n'));
-    mark_.Column = 1 + CountCharacters(taken.substr(newLine + 1));
-  }
   mark_.Offset += count;
   part_.erase(0, count);
 }
 
-void ListText::AddFault(const char* at, std::string text, std::vector<TextFault>& faults) const {
+// Nearer to the begin than the latest time, it begins anew.
+TextPlace ListText::CountUpTo(std::uint64_t offset) {
+  if (offset < counted_.Offset) counted_ = Counted();
+  std::string bytes(PartBytes, '\0');
+  while (counted_.Offset < offset) {
+    const std::size_t most =
+        static_cast<std::size_t>(std::min<std::uint64_t>(offset - counted_.Offset, PartBytes));
+    const std::size_t count = ReadAt(path_, file_.Get(), bytes.data(), most, counted_.Offset);
+    if (count == 0) throw Changed(path_);
+    const TextPlace place =
+        PlaceAt({counted_.Line, counted_.Column, {}, 0}, std::string_view(bytes).substr(0, count), count);
+    counted_ = {counted_.Offset + count, place.Line, place.Column};
+  }
+  return {counted_.Line, counted_.Column, {}, 0};
+}
+
+void ListText::AddFault(const char* at, std::string text, std::vector<TextFault>& faults) {
   const auto index = static_cast<std::size_t>(at - part_.data());
   if (!text.ends_with('.')) text += '.';
   if (index < part_.size() && IsForeign(part_[index])) {
@@ -174,7 +188,7 @@ void ListText::AddFault(const char* at, std::string text, std::vector<TextFault>
                   static_cast<unsigned>(static_cast<unsigned char>(part_[index])));
     text += std::string(" The byte ") + byte + " has no place there.";
   }
-  faults.push_back({PlaceAt({mark_.Line, mark_.Column, {}, 0}, part_, index), std::move(text)});
+  faults.push_back({PlaceAt(CountUpTo(mark_.Offset), part_, index), std::move(text)});
 }
 
 std::vector<TextFault> ListText::Read(ClientLib::CommandList& list, std::size_t mostFaults) {
@@ -233,7 +247,7 @@ const char* ListText::ReadPart(CommandTextReader& reader, std::vector<TextFault>
   return cursor.At();
 }
 
-void ListText::CheckEnd(std::vector<TextFault>& faults) const {
+void ListText::CheckEnd(std::vector<TextFault>& faults) {
   if (isEnclosed_ && part_.find(']') == std::string::npos) {
     AddFault(part_.data() + part_.size(), "The list has no end, ]", faults);
   }
@@ -246,7 +260,7 @@ ClientLib::CommandList ListText::ReadWhole() {
   return list;
 }
 
-TextPlace ListText::PlaceOf(std::size_t command) const {
+TextPlace ListText::PlaceOf(std::size_t command) {
   const auto above = std::ranges::upper_bound(marks_, command, {}, &Mark::Command);
   const Mark& mark = *std::prev(above);
   const std::uint64_t end = above == marks_.end() ? end_ : above->Offset;
@@ -254,7 +268,7 @@ TextPlace ListText::PlaceOf(std::size_t command) const {
   for (std::size_t done = 0; done < part.size();) {
     const std::size_t count =
         ReadAt(path_, file_.Get(), part.data() + done, part.size() - done, mark.Offset + done);
-    if (count == 0) throw Refused("'" + path_ + "' has changed meanwhile.");
+    if (count == 0) throw Changed(path_);
     done += count;
   }
   bool isInComment = false;  // a part begins behind a command, or at the begin of the text
@@ -264,10 +278,10 @@ TextPlace ListText::PlaceOf(std::size_t command) const {
   cursor.Take('[');
   cursor.SkipBlanksAndCommas();
   for (std::size_t i = mark.Command; i < command; ++i) {
-    if (!TakeCommand(cursor)) throw Refused("'" + path_ + "' has changed meanwhile.");
+    if (!TakeCommand(cursor)) throw Changed(path_);
     cursor.SkipBlanksAndCommas();
   }
-  return PlaceAt({mark.Line, mark.Column, {}, 0}, part, static_cast<std::size_t>(cursor.At() - part.data()));
+  return PlaceAt(CountUpTo(mark.Offset), part, static_cast<std::size_t>(cursor.At() - part.data()));
 }
 
 std::string Shown(const std::string& path, const TextFault& fault) {

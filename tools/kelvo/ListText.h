@@ -39,13 +39,17 @@ class ListText {
   // The same, but throws Failure, Refused, with the place of the first fault.
   ClientLib::CommandList ReadWhole();
   // Of a command that has been read. Throws Failure when the file is not what it was.
-  TextPlace PlaceOf(std::size_t command) const;
+  TextPlace PlaceOf(std::size_t command);
 
  private:
   // Where a part of the text begins.
   struct Mark {
-    std::uint64_t Offset = 0, Line = 1, Column = 1;
+    std::uint64_t Offset = 0;
     std::size_t Command = 0;  // the index of its first
+  };
+  // The lines and columns up to a place in the file. They are counted only when there is something to tell.
+  struct Counted {
+    std::uint64_t Offset = 0, Line = 1, Column = 1;
   };
 
   // These go through the text once.
@@ -54,8 +58,9 @@ class ListText {
   // Reads the commands in the part that are whole, and returns where the rest begins.
   const char* ReadPart(ClientLib::CommandTextReader& reader, std::vector<TextFault>& faults,
                        std::size_t mostFaults);
-  void CheckEnd(std::vector<TextFault>& faults) const;
-  void AddFault(const char* at, std::string text, std::vector<TextFault>& faults) const;
+  void CheckEnd(std::vector<TextFault>& faults);
+  void AddFault(const char* at, std::string text, std::vector<TextFault>& faults);
+  TextPlace CountUpTo(std::uint64_t offset);
 
   const std::string path_;
   ClientLib::Descriptor file_;
@@ -64,6 +69,7 @@ class ListText {
   bool isInComment_ = false, isAtBegin_ = true, isEnclosed_ = false, isWhole_ = false;
   bool isLost_ = false;  // behind a fault, as long as nothing begins like a command
   Mark mark_;
+  Counted counted_;
   std::vector<Mark> marks_;
 };
 

@@ -1,10 +1,11 @@
-// list check, list preview: what a list does, seen without a card.
+// list check, list preview, font preview: what a list or a font does, seen without a card.
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <system_error>
 
 #include "CairoPage.h"
+#include "FontFile.h"
 #include "ListText.h"
 #include "Session.h"
 #include "Staging.h"
@@ -167,17 +168,27 @@ void WriteSheet(const Simulation::Sheet& sheet, const std::string& file) {
   }
 }
 
-ExitCode PreviewList(Session& session, const Arguments& given) {
-  const std::string& path = given.Text("FILE");
+const std::string& ParseDrawingName(const Arguments& given) {
   const std::string& file = given.Text("-o");
   if (!file.empty() && !file.ends_with(".svg") && !file.ends_with(".png") && !file.ends_with(".pdf")) {
     throw WrongUsage("-o takes a name that ends in .svg, .png or .pdf, not '" + file + "'.");
   }
+  return file;
+}
+
+double ParseBeam(const Arguments& given) {
+  const double beam = given.Has("--beam") ? ParseNumber("--beam", given.Text("--beam")) : DefaultBeam;
+  if (!(beam > 0)) throw WrongUsage("--beam takes a width above 0.");
+  return beam;
+}
+
+ExitCode PreviewList(Session& session, const Arguments& given) {
+  const std::string& path = given.Text("FILE");
+  const std::string& file = ParseDrawingName(given);
   Simulation::SheetSettings settings;
   settings.By = ParseColouring(given);
   settings.Field = ParseField(given);
-  settings.Beam = given.Has("--beam") ? ParseNumber("--beam", given.Text("--beam")) : DefaultBeam;
-  if (!(settings.Beam > 0)) throw WrongUsage("--beam takes a width above 0.");
+  settings.Beam = ParseBeam(given);
   Rehearsal rehearsal(MakeStage(given));
   ListText text(path);
   Sketch sketch(settings.Beam);
@@ -210,6 +221,44 @@ ExitCode PreviewList(Session& session, const Arguments& given) {
   return ExitCode::Done;
 }
 
+// What is drawn of a list. Throws Failure, Refused.
+Box BoxOf(const ClientLib::CommandList& list, const std::string& name, double beam) {
+  Sketch sketch(beam);
+  const RunResult result = Rehearsal({}).Run(OwnList, list, sketch);
+  if (result.Error) throw Refused(name + ": " + *result.Error);
+  return sketch.Get().GetBox();
+}
+
+// All characters, sixteen in a line, each on a place that the largest has room on.
+ExitCode PreviewFont(Session& session, const Arguments& given) {
+  constexpr std::size_t Columns = 16;
+  const std::string& path = given.Text("FILE");
+  const std::string& file = ParseDrawingName(given);
+  const double beam = ParseBeam(given);
+  const ClientLib::Font font = ReadFont(0, path);
+  double width = beam, height = beam;
+  for (const auto& [code, glyph] : font.CharContainer) {
+    const Box box = BoxOf(glyph, "'" + Clean(path) + "', character '" + CharacterName(code) + "'", beam);
+    width = std::max(width, box.GetWidth());
+    height = std::max(height, box.GetHeight());
+  }
+  ClientLib::CommandList list;
+  double column = 0, line = 0;
+  for (const auto& [code, glyph] : font.CharContainer) {
+    list.AppendJumpAbs(ClientLib::Point2D{{1.5 * width * column, -1.5 * height * line}});
+    list.Append(glyph);
+    column = column + 1 < Columns ? column + 1 : 0;
+    if (column == 0) ++line;
+  }
+  Sketch sketch(beam);
+  Rehearsal({}).Run(OwnList, std::move(list), sketch);
+  Simulation::SheetSettings settings;
+  settings.Beam = beam;
+  WriteSheet(Simulation::Sheet(sketch.Get(), settings), file.empty() ? "font.svg" : file);
+  session.Out.Remark(std::to_string(font.CharContainer.size()) + " characters.");
+  return ExitCode::Done;
+}
+
 std::vector<Parameter> WithStage(std::vector<Parameter> parameters) {
   parameters.insert(parameters.end(), StageOptions().begin(), StageOptions().end());
   return parameters;
@@ -227,6 +276,12 @@ std::span<const Verb> RehearsalVerbs() {
                   {"--colour", "BY", "Colours tell power, speed or order"},
                   {"--beam", "WIDTH", "Width of marks, in millimetres (0.1)"}}),
        &PreviewList},
+      {"font preview",
+       "Draw the characters of a font",
+       {{"FILE", "", "What 'font get' wrote"},
+        {"-o", "FILE", "Write the drawing into this file: .svg, .png or .pdf (font.svg)"},
+        {"--beam", "WIDTH", "Width of marks, in millimetres (0.1)"}},
+       &PreviewFont},
   };
   return Rows;
 }

@@ -21,6 +21,8 @@ std::pair<std::int32_t, std::string> ParsePair(std::string_view name, const std:
           text.substr(sign + 1)};
 }
 
+}  // namespace
+
 ClientLib::Font ReadFont(std::int32_t id, const std::string& path) {
   ClientLib::Font font(id);
   for (const auto& [code, text] : ReadFontFile(path)) {
@@ -28,8 +30,6 @@ ClientLib::Font ReadFont(std::int32_t id, const std::string& path) {
   }
   return font;
 }
-
-}  // namespace
 
 std::span<const Parameter> StageOptions() {
   static constexpr Parameter Options[] = {

@@ -16,6 +16,8 @@ inline constexpr std::int32_t OwnList = 1;
 std::span<const Parameter> StageOptions();
 // Throws Failure.
 Simulation::Stage MakeStage(const Arguments& given);
+// The font of a file. Throws Failure.
+ClientLib::Font ReadFont(std::int32_t id, const std::string& path);
 // Of --field, around the origin. Throws Failure, WrongUsage.
 std::optional<Simulation::Box> ParseField(const Arguments& given);
 
