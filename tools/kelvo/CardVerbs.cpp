@@ -160,8 +160,8 @@ ExitCode SetClock(Session& session, const Arguments& given) {
 
 // One line of JSON, or a plain one, for each event.
 void Tell(const Output& out, const char* event, const Json& value) {
-  out.Line(out.AsJson ? Json({{"event", event}, {"value", value}}).dump()
-                      : std::string(event) + " " + Shown(value));
+  if (out.AsJson) return out.PrintNow({{"event", event}, {"value", value}});
+  out.Line(std::string(event) + " " + Shown(value));
   std::fflush(stdout);
 }
 

@@ -174,13 +174,16 @@ ExitCode DiffConfig(Session& session, const Arguments& given) {
     std::vector<std::vector<std::string>> rows;
     rows.reserve(all.size());
     for (const auto& [path, first, second] : all) rows.push_back({path, Shown(first), Shown(second)});
-    if (!rows.empty()) session.Out.Table({"FIELD", "CARD", isToDefaults ? "DEFAULT" : "FILE"}, rows);
+    if (!rows.empty())
+      session.Out.Table({"FIELD", "CARD", isToDefaults ? "DEFAULT" : "FILE"}, rows,
+                        {Colour::None, Colour::Red, Colour::Green});
   }
   return all.empty() ? ExitCode::Done : ExitCode::FaultsFound;
 }
 
 ExitCode ExportConfig(Session& session, const Arguments& given) {
-  const std::string text = SettingsOf(session, ChooseAreas(session, given.All("AREA"))).dump(2) + "\n";
+  const std::string text =
+      Escaped(SettingsOf(session, ChooseAreas(session, given.All("AREA"))).dump(2)) + "\n";
   if (given.Has("-o")) {
     WriteFile(given.Text("-o"), text);
     session.Out.Remark("The settings are in '" + given.Text("-o") + "'.");
