@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "Interrupt.h"
 #include "Session.h"
 #include "SoundsLike.h"
 #include "Spinner.h"
@@ -80,22 +81,40 @@ bool ShowTransfer(void* bar, std::uint64_t moved, std::uint64_t all) {
 }
 
 ExitCode PutFile(Session& session, const Arguments& given) {
-  const auto [directory, name] = ParseRemote(given.Text("REMOTE"));
-  Bar bar(session.Out, "Sending '" + given.Text("LOCAL") + "'");
-  session.Check(
-      vlFilePut(session.Card(), directory, name.c_str(), given.Text("LOCAL").c_str(), &ShowTransfer, &bar));
-  return ExitCode::Done;
+  const std::string &remote = given.Text("REMOTE"), &local = given.Text("LOCAL");
+  const RemoteFile file = ParseRemote(remote);
+  const std::int32_t card = session.Card();
+  const Interrupt interrupt;
+  Bar bar(session.Out, "Sending '" + local + "'");
+  const bool isSent = session.CheckUnlessInterrupted(interrupt, [&] {
+    return vlFilePut(card, file.Directory, file.Name.c_str(), local.c_str(), &ShowTransfer, &bar);
+  });
+  if (isSent) return ExitCode::Done;
+  bar.End();
+  session.Out.Remark("Interrupted: what the card has of '" + remote + "' is being deleted.");
+  bool isThere = false;
+  session.Check(vlFileExists(session.Card(), file.Directory, file.Name.c_str(), &isThere));
+  if (isThere) session.Check(vlFileDelete(session.Card(), file.Directory, file.Name.c_str()));
+  session.Out.Remark("The card has no '" + remote + "'.");
+  return ExitCode::Interrupted;
 }
 
 ExitCode GetFile(Session& session, const Arguments& given) {
-  const auto [directory, name] = ParseRemote(given.Text("REMOTE"));
+  const RemoteFile file = ParseRemote(given.Text("REMOTE"));
   // A name that a card gave never decides where a file goes.
   const std::string path =
-      given.Has("-o") ? given.Text("-o") : std::filesystem::path(name).filename().string();
+      given.Has("-o") ? given.Text("-o") : std::filesystem::path(file.Name).filename().string();
   if (path.empty()) throw WrongUsage("Name the local file by -o.");
+  const std::int32_t card = session.Card();
+  const Interrupt interrupt;
   Bar bar(session.Out, "Fetching '" + given.Text("REMOTE") + "'");
-  session.Check(vlFileGet(session.Card(), directory, name.c_str(), path.c_str(), &ShowTransfer, &bar));
-  return ExitCode::Done;
+  const bool isFetched = session.CheckUnlessInterrupted(interrupt, [&] {
+    return vlFileGet(card, file.Directory, file.Name.c_str(), path.c_str(), &ShowTransfer, &bar);
+  });
+  if (isFetched) return ExitCode::Done;
+  bar.End();
+  session.Out.Remark("Interrupted: '" + path + "' is as it was.");
+  return ExitCode::Interrupted;
 }
 
 ExitCode RemoveFiles(Session& session, const Arguments& given) {

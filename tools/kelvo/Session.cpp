@@ -3,12 +3,21 @@
 #include <kelvo/kelvo.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
+#include <future>
 #include <vector>
 
+#include "Interrupt.h"
 #include "Verb.h"
 
 namespace VELTRO::KELVO::Tool {
+
+namespace {
+
+constexpr std::chrono::milliseconds InterruptLook{50};
+
+}  // namespace
 
 // They stand between heads of dashes.
 std::string WordsOf(const std::string& text) {
@@ -39,8 +48,9 @@ CardPlace ParseCard(const std::string& text) {
   return place;
 }
 
-Session::~Session() {
+void Session::Disconnect() {
   if (handle_ > 0) vlDisconnect(handle_);
+  handle_ = 0;
 }
 
 std::int32_t Session::Card() {
@@ -71,12 +81,26 @@ std::int32_t Session::Connect() const {
 }
 
 std::int64_t Session::Check(std::int64_t result) {
-  if (result >= 0) return result;
-  const std::string text = LastError();
+  if (result < 0) Fail(LastError());
+  return result;
+}
+
+void Session::Fail(const std::string& text) {
   bool isConnected = false;
   const bool isLost = handle_ > 0 && vlIsConnected(handle_, &isConnected) == 0 && !isConnected;
   if (isLost) throw Failure(ExitCode::NoConnection, "The connection to the card was lost: " + text);
   throw Refused(text);
+}
+
+bool Session::CheckUnlessInterrupted(const Interrupt& interrupt, const std::function<std::int64_t()>& call) {
+  // The error's text is the calling thread's own.
+  auto error = std::async(std::launch::async, [&] { return call() < 0 ? LastError() : std::string(); });
+  while (error.wait_for(InterruptLook) != std::future_status::ready && !interrupt.Came()) {
+  }
+  if (interrupt.Came()) Disconnect();
+  const std::string text = error.get();
+  if (!text.empty() && !interrupt.Came()) Fail(text);
+  return !interrupt.Came();
 }
 
 }  // namespace VELTRO::KELVO::Tool

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "Failure.h"
@@ -25,10 +26,12 @@ struct CardChoice {
   std::string Card, Serial, Timeout;  // what was given for the options, or the environment
 };
 
+class Interrupt;
+
 class Session {
  public:
   Session(Output output, CardChoice choice) : Out(output), choice_(std::move(choice)) {}
-  ~Session();
+  ~Session() { Disconnect(); }
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
@@ -38,9 +41,15 @@ class Session {
   std::int32_t Card();
   // Throws Failure when a function of the library has failed: NoConnection if that has ended the connection.
   std::int64_t Check(std::int64_t result);
+  // The same for one that failed with this text.
+  [[noreturn]] void Fail(const std::string& text);
+  // Calls a function of the library, in another thread, and throws like Check. Ctrl-C ends the connection, and with it the
+  // call; then it returns false, and the next Card() is a new connection.
+  bool CheckUnlessInterrupted(const Interrupt& interrupt, const std::function<std::int64_t()>& call);
 
  private:
   std::int32_t Connect() const;
+  void Disconnect();
 
   const CardChoice choice_;
   std::int32_t handle_ = 0;
