@@ -1,76 +1,12 @@
 // The command-line tool, driven as a user does, against a virtual card in a process of its own: exit codes, what it says,
 // and what is on the card afterwards.
-#include <fstream>
-#include <iterator>
-#include <sstream>
-
-#include "int/CardProcess.h"
+#include "tool/ToolShell.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
 
-// A shell in a directory of its own, in which `kelvo` is the tool and KELVO_CARD the card.
-class Shell {
- public:
-  explicit Shell(const std::vector<std::string>& cardArguments = {"--speed", "max"}) : card_(cardArguments) {}
-
-  // What it prints on standard output, "ERROR" and what it says on standard error, and its exit code.
-  struct Outcome {
-    int Code;
-    std::string Output, Error;
-  };
-  Outcome Run(const std::string& command) const {
-    const std::string error = directory_.Path + "/error";
-    const std::string script =
-        "cd " + directory_.Path + "; kelvo() { " TOOL_PROGRAM " \"$@\"; }; unset KELVO_SERIAL; " +
-        "export KELVO_CARD=127.0.0.1:" + std::to_string(card_.GetPort()) + "; " + command;
-    const std::string line = "bash -c '" + Quoted(script) + "' 2>" + error;
-    std::string output;
-    std::FILE* const pipe = popen(line.c_str(), "r");
-    for (int next; (next = fgetc(pipe)) != EOF;) output += static_cast<char>(next);
-    const int status = pclose(pipe);
-    std::ifstream file(error);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output, {std::istreambuf_iterator<char>(file), {}}};
-  }
-
- private:
-  static std::string Quoted(const std::string& text) {
-    std::string quoted;
-    for (const char c : text) quoted += c == '\'' ? "'\\''" : std::string(1, c);
-    return quoted;
-  }
-
-  const CardProcess card_;
-  const TemporaryDirectory directory_;
-};
-
-// Remarks come ahead of it.
-int LinesOfErrors(const std::string& text) {
-  int count = 0;
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) count += line.starts_with("kelvo: ") ? 1 : 0;
-  return count;
-}
-
-struct Row {
-  const char* Command;
-  int Code;
-  const char* Output = "";  // in what it prints, or says when it fails
-};
-
-void ExpectAll(const Shell& shell, std::span<const Row> rows) {
-  for (const auto& [command, code, text] : rows) {
-    const auto [exitCode, output, error] = shell.Run(command);
-    const bool isDone = code == 0 || code == 4;
-    EXPECT_EQ(exitCode, code) << command << "\n" << output << error;
-    EXPECT_NE((isDone ? output : error).find(text), std::string::npos) << command << "\n"
-                                                                       << output << error << "lacks " << text;
-    EXPECT_EQ(LinesOfErrors(error), isDone ? 0 : 1) << command << "\n" << error;
-  }
-}
-
 TEST(Tool, RefusesWhatItCannotRead) {
-  const Shell shell;
+  const ToolShell shell;
   const Row rows[] = {
       {"kelvo lits run", 2, "kelvo: There is no verb 'lits run'. Did you mean 'list run'?"},
       {"kelvo list rnu x", 2, "Did you mean 'list run'?"},
@@ -98,6 +34,7 @@ TEST(Tool, RefusesWhatItCannotRead) {
       {"echo abc >x; kelvo list put 1 x", 1, "'x': Illegal list content!"},
       {"kelvo list get 99", 1, "There is no list 99 on the card."},
       {"kelvo files put x JOBFILE/x", 2, "There is no directory 'JOBFILE'. Did you mean 'JOBFILES'?"},
+      {"kelvo files put none JOBFILES/x", 1, "Cannot open 'none': No such file or directory."},
       {"kelvo files get x", 2, "One is written like JOBFILES/plate.bin."},
       {"kelvo files get JOBFILES/none", 1, "There is no file 'none'."},
       {"kelvo clock set noon", 2, "TIME takes 'YYYY-MM-DD HH:MM:SS' in UTC, not 'noon'."},
@@ -112,7 +49,7 @@ TEST(Tool, RefusesWhatItCannotRead) {
 }
 
 TEST(Tool, KeepsSettings) {
-  const Shell shell;
+  const ToolShell shell;
   const Row rows[] = {
       {"kelvo config defaults laser", 0, "laser.FpsPolarity                ActiveHigh\n"},
       {"kelvo config set laser.FpsPolarity=ActiveLow laser.FpsStart=2.5", 0},
@@ -123,6 +60,11 @@ TEST(Tool, KeepsSettings) {
       {"kelvo config get scanner.FieldSize[1] --json", 0, "{\n  \"scanner.FieldSize[1]\": 80.0\n}\n"},
       {"kelvo config diff --defaults laser", 4,
        "laser.FpsPolarity  ActiveLow  ActiveHigh\nlaser.FpsStart     2.5        0.0\n"},
+      {"script -qec '" TOOL_PROGRAM " config diff --defaults laser' /dev/null", 4,
+       "  \33[31mActiveLow\33[m  \33[32mActiveHigh\33[m\r\n"},
+      {"for no in 'NO_COLOR=1 $0' '$0 --quiet' '$0 | cat'; do script -qc \"${no/\\$0/" TOOL_PROGRAM
+       " config diff --defaults laser}\" /dev/null; done | grep -c $'\\33'; true",
+       0, "0\n"},
       {"kelvo config diff --defaults process", 0},
       {"kelvo config export -o all.json && kelvo config diff all.json", 0},
       {"kelvo config set laser.FpsStart=3 && kelvo config diff all.json --json", 4,
@@ -142,7 +84,7 @@ TEST(Tool, KeepsSettings) {
 }
 
 TEST(Tool, RunsLists) {
-  const Shell shell;
+  const ToolShell shell;
   const Row rows[] = {
       {"kelvo list run " EXAMPLES_DATA "/rosette.txt", 0, "List 1 done: 424 vectors in 2.674 s.\n"},
       {"kelvo list put 7 " EXAMPLES_DATA "/rosette.txt && kelvo list ls", 0, "1\n7\n"},
@@ -162,7 +104,7 @@ TEST(Tool, RunsLists) {
 }
 
 TEST(Tool, MovesFiles) {
-  const Shell shell;
+  const ToolShell shell;
   const Row rows[] = {
       {"seq 9999 >local && kelvo files put local JOBFILES/plate.bin && kelvo files ls", 0,
        "JOBFILES/plate.bin\n"},
@@ -175,9 +117,9 @@ TEST(Tool, MovesFiles) {
 }
 
 TEST(Tool, TellsWhatTheCardIs) {
-  const Shell shell({"--serial", "47\033[31m11", "--firmware",
-                     "1.\xE2\x80\xAE"
-                     "2"});
+  const ToolShell shell({"--serial", "47\033[31m11", "--firmware",
+                         "1.\xE2\x80\xAE"
+                         "2"});
   const Row rows[] = {
       {"kelvo info", 0, "serial           47[31m11\nproduct          1.2\n"},
       {"kelvo info --json", 0, "\"serial\": \"47\\u001b[31m11\",\n  \"product\": \"1.\\u202e2\""},
@@ -194,7 +136,7 @@ TEST(Tool, TellsWhatTheCardIs) {
 }
 
 TEST(Tool, SetsPinsAndVariables) {
-  const Shell shell({"--wire", "1.3=2.0"});
+  const ToolShell shell({"--wire", "1.3=2.0"});
   const Row rows[] = {
       {"kelvo config set 'gpio.Ports[1].PinNames=[\"lamp\"]' && kelvo io set lamp=1 1.3=1", 0},
       {"kelvo io get lamp 1.1 2.0", 0, "lamp 1\n1.1 0\n2.0 1\n"},
@@ -213,11 +155,11 @@ TEST(Tool, SetsPinsAndVariables) {
 }
 
 TEST(Tool, CtrlCAbortsARunAndLeavesTheCardIdle) {
-  const Shell shell({"--speed", "1"});
-  const auto [code, output, error] =
-      shell.Run("echo '{ SL, F64[ 60e6 ] }' >long; timeout --signal=INT --preserve-status 1 " TOOL_PROGRAM
-                " list run long; "
-                "code=$?; kelvo call IsExecutionInProgress; exit $code");
+  const ToolShell shell({"--speed", "1"});
+  const auto [code, output, error] = shell.Run(
+      "echo '{ SL, F64[ 60e6 ] }' >long; timeout --foreground --signal=INT --preserve-status 1 " TOOL_PROGRAM
+      " list run long; "
+      "code=$?; kelvo call IsExecutionInProgress; exit $code");
   EXPECT_EQ(code, 130) << error;
   EXPECT_EQ(output, "false\n");
   EXPECT_NE(error.find("The card is idle.\n"), std::string::npos) << error;

@@ -31,7 +31,8 @@ class Card:
             assert line, "the virtual card has not come up"
         self.port = int(line.rsplit(":", 1)[1])
         self.folder = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
-        self.environment = {**os.environ, "KELVO_CARD": f"127.0.0.1:{self.port}"}
+        self.environment = {**os.environ, "KELVO_CARD": f"127.0.0.1:{self.port}",
+                            "XDG_STATE_HOME": self.folder.name}
         self.environment.pop("KELVO_SERIAL", None)
 
     def __enter__(self):

@@ -46,6 +46,33 @@ LINES = {
     "files ls": "files ls",
     "files get": "files get JOBFILES/job -o copy",
     "files rm": "files rm JOBFILES/job",
+    "files backup": "files backup saved",
+    "files restore": "files restore saved",
+    "correction put": "correction put 0:1 optics",
+    "correction ls": "correction ls",
+    "correction show": "correction show 0:1",
+    "correction get": "correction get 0:1 -o fetched",
+    "correction select": "correction select 0:1",
+    "correction store": "correction store",
+    "correction load": "correction load",
+    "power-correction create": "power-correction create optics",
+    "power-correction show": "power-correction show",
+    "power-correction set": "power-correction set 1,2,3=0.5",
+    "power-correction get": "power-correction get -o power",
+    "power-correction put": "power-correction put power",
+    "power-correction store": "power-correction store",
+    "power-correction load": "power-correction load",
+    "correction delete": "correction delete 0:1",
+    "font put": "font put 3 font",
+    "font ls": "font ls",
+    "font get": "font get 3",
+    "font activate": "font activate 3",
+    "font store": "font store 3",
+    "font load": "font load 3",
+    "font rm": "font rm 3",
+    "log on": "log on logs",
+    "log off": "log off",
+    "log show": "log show",
     "io ls": "io ls",
     "io get": "io get 1.3",
     "io set": "io set 1.3=1",
@@ -64,7 +91,7 @@ LINES = {
 CODES = {"config diff": 4, "config abort": 1}
 STREAMS = {"watch": "list run job", "io watch": None}
 # Before anything was done these have nothing to tell.
-EMPTY = ("list ls", "variable ls", "config diff --defaults laser")
+EMPTY = ("list ls", "variable ls", "correction ls", "font ls", "config diff --defaults laser")
 
 
 def verbs(card):
@@ -114,6 +141,9 @@ def main(tool, program, folder):
     with Card(tool, program, "--speed", "max", *(["--ssdp"] if is_alone else [])) as card:
         card.write("job", LIST)
         card.write("settings", "{\"laser\": {\"FpsStart\": 3}}")
+        card.write("font", json.dumps({"A": "[ { JR, P2D[ 1 2 ] } ]", "U+D800": "[]"}))
+        with open(os.path.join(folder, "../../examples/data/optics.json"), encoding="utf-8") as file:
+            card.write("optics", file.read())
         known = set(verbs(card))
         faults += [f"{verb}: no line in this test" for verb in sorted(known - set(LINES))]
         faults += [f"{verb}: no such verb" for verb in sorted(set(LINES) - known)]

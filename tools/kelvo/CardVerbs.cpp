@@ -1,12 +1,14 @@
 // Finding cards and what they are; their clocks; their notifications.
 #include <kelvo/kelvo.h>
 
-#include <atomic>
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <ctime>
+#include <map>
+#include <memory>
+#include <mutex>
 #include <nlohmann/json.hpp>
-#include <thread>
 
 #include "Interrupt.h"
 #include "Session.h"
@@ -99,6 +101,16 @@ std::string TimeText(std::uint64_t seconds) {
   return text;
 }
 
+// What is wrong with a card, in words; empty for nothing.
+std::string TroublesOf(std::uint32_t state) {
+  std::string troubles;
+  for (const auto& [bit, name] :
+       {std::pair{1U, "configuration failed"}, {2U, "initialization failed"}, {4U, "scanner error"}}) {
+    if ((state & bit) != 0) troubles += (troubles.empty() ? "" : ", ") + std::string(name);
+  }
+  return troubles;
+}
+
 ExitCode Info(Session& session, const Arguments&) {
   const std::int32_t card = session.Card();
   std::uint32_t limit = 0, state = 0;
@@ -108,17 +120,13 @@ ExitCode Info(Session& session, const Arguments&) {
   session.Check(vlSystemGetOperatingState(card, &state));
   session.Check(vlSystemGetUniversalTime(card, &time));
   session.Check(vlListIsExecutionInProgress(card, &isRunning));
-  std::string states;
-  for (const auto& [bit, name] :
-       {std::pair{1U, "configuration failed"}, {2U, "initialization failed"}, {4U, "scanner error"}}) {
-    if ((state & bit) != 0) states += (states.empty() ? "" : ", ") + std::string(name);
-  }
+  const std::string troubles = TroublesOf(state);
   Json info = {{"serial", TextFrom(session, vlSystemGetCardSerialNumber)},
                {"product", TextFrom(session, vlSystemGetFirmwareProductVersion)},
                {"firmware", TextFrom(session, vlSystemGetFirmwareVersion)},
                {"fpga", TextFrom(session, vlSystemGetFPGAVersion)},
                {"os", TextFrom(session, vlSystemGetOSVersion)},
-               {"state", states.empty() ? "normal" : states},
+               {"state", troubles.empty() ? "normal" : troubles},
                {"running", isRunning},
                {"clock", TimeText(time) + " UTC"},
                {"connectionLimit", limit}};
@@ -158,32 +166,78 @@ ExitCode SetClock(Session& session, const Arguments& given) {
   return ExitCode::Done;
 }
 
-// One line of JSON, or a plain one, for each event.
-void Tell(const Output& out, const char* event, const Json& value) {
-  if (out.AsJson) return out.PrintNow({{"event", event}, {"value", value}});
-  out.Line(std::string(event) + " " + Shown(value));
-  std::fflush(stdout);
+constexpr std::chrono::milliseconds LookForStates(500);
+
+// What watches tell: a line for each event, of JSON or a plain one, which begins with the card's name if there are
+// several.
+class Teller {
+ public:
+  explicit Teller(Session& session) : out_(session.Out), cards_(session.Cards()) {}
+
+  void Tell(std::int32_t card, const char* event, const Json& value) {
+    const std::string& name = std::ranges::find(cards_, card, &NamedCard::Handle)->Name;
+    const std::lock_guard lock(mutex_);
+    if (out_.AsJson) return out_.PrintNow({{"card", name}, {"event", event}, {"value", value}});
+    out_.Line((cards_.size() > 1 ? Clean(name) + " " : "") + event + " " + Shown(value));
+    std::fflush(stdout);
+  }
+
+ private:
+  const Output& out_;
+  const std::vector<NamedCard>& cards_;
+  std::mutex mutex_;
+};
+
+// For the callbacks, which may come until the session has ended.
+std::unique_ptr<Teller> teller;
+
+void RegisterFor(Session& session, std::int32_t card) {
+  std::uint32_t id = 0;
+  session.Check(vlListRegisterProgressCallback(
+      card, [](std::int32_t handle, std::int32_t value) { teller->Tell(handle, "progress", value); }, &id));
+  session.Check(vlListRegisterListDoneCallback(
+      card, [](std::int32_t handle, std::int32_t list) { teller->Tell(handle, "list-done", list); }, &id));
+  session.Check(vlListRegisterListIdleCallback(
+      card, [](std::int32_t handle, std::int32_t list) { teller->Tell(handle, "list-idle", list); }, &id));
+  session.Check(vlListRegisterErrorEventCallback(
+      card,
+      [](std::int32_t handle, std::int32_t, const char* text, std::uint32_t) {
+        teller->Tell(handle, "error", WordsOf(text));
+      },
+      &id));
+}
+
+// "idle" or "running", and what is wrong; a card that does not tell is "silent".
+std::string StateOf(std::int32_t card) {
+  bool isRunning = false;
+  std::uint32_t state = 0;
+  if (vlListIsExecutionInProgress(card, &isRunning) < 0 || vlSystemGetOperatingState(card, &state) < 0)
+    return "silent";
+  const std::string troubles = TroublesOf(state);
+  return (isRunning ? "running" : "idle") + (troubles.empty() ? "" : ", " + troubles);
 }
 
 ExitCode Watch(Session& session, const Arguments&) {
-  const std::int32_t card = session.Card();
+  session.Cards();
   const Interrupt interrupt;
-  static const Output* out = &session.Out;
-  out = &session.Out;
-  std::uint32_t id = 0;
-  session.Check(vlListRegisterProgressCallback(
-      card, [](std::int32_t, std::int32_t value) { Tell(*out, "progress", value); }, &id));
-  session.Check(vlListRegisterListDoneCallback(
-      card, [](std::int32_t, std::int32_t value) { Tell(*out, "list-done", value); }, &id));
-  session.Check(vlListRegisterListIdleCallback(
-      card, [](std::int32_t, std::int32_t value) { Tell(*out, "list-idle", value); }, &id));
-  // A card notifies clients from their first call on.
-  session.Check(vlListIsExecutionInProgress(card, std::make_unique<bool>().get()));
+  teller = std::make_unique<Teller>(session);
+  std::map<std::int32_t, std::string> states;
+  for (const auto& [name, card] : session.Cards()) {
+    RegisterFor(session, card);
+    states[card] = "";
+  }
   session.Out.Remark("Watching; Ctrl-C ends.");
-  bool isConnected = true;
-  while (isConnected && !interrupt.Came(std::chrono::milliseconds(100)))
-    session.Check(vlIsConnected(card, &isConnected));
-  if (!isConnected) throw Failure(ExitCode::NoConnection, "The connection to the card was lost.");
+  do {
+    for (auto known = states.begin(); known != states.end();) {
+      auto& [card, state] = *known;
+      std::string now = StateOf(card);
+      const bool isLost = !IsConnected(card);
+      if (isLost || now != state) teller->Tell(card, "state", isLost ? "lost" : now);
+      state = std::move(now);
+      known = isLost ? states.erase(known) : std::next(known);
+    }
+    if (states.empty()) throw Failure(ExitCode::NoConnection, "The connection to the card was lost.");
+  } while (!interrupt.Came(LookForStates));
   return ExitCode::Done;
 }
 
@@ -205,7 +259,10 @@ std::span<const Verb> CardVerbs() {
        "Set the card's clock",
        {{"TIME", "", "'YYYY-MM-DD HH:MM:SS' in UTC; else this machine's time", Parameter::AtMostOne}},
        &SetClock},
-      {"watch", "Show notifications as they come, until Ctrl-C", {}, &Watch},
+      {"watch",
+       "Show notifications and states of one or, with --card several times, several cards, until Ctrl-C",
+       {},
+       &Watch},
   };
   return Rows;
 }

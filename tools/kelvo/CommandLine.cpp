@@ -34,7 +34,9 @@ void Add(CLI::App& app, const Parameter& parameter, Arguments& given) {
   }
   CLI::Option* const option = app.add_option(name, take, help);
   if (parameter.IsOption()) {
-    option->type_name(std::string(parameter.Value))->type_size(1)->allow_extra_args(false);
+    const bool isRepeated = parameter.Number == Parameter::Any;
+    option->type_name(std::string(parameter.Value))->type_size(1)->expected(1, isRepeated ? -1 : 1);
+    option->allow_extra_args(false);
     return;
   }
   option->type_name("")->type_size(1);

@@ -249,7 +249,7 @@ void Offer(const Line& line, Offers& offers) {
   offers.Print();
   const std::string card = CardOf(line);
   if (card.empty() || !IsAnswer(kind)) return;
-  Session session(Output(false, true), {card, "", ""});
+  Session session(Output(false, true), {{card}, {}, "", "", false});
   OfferValues(kind, hasDefaults, &session, offers);
 }
 

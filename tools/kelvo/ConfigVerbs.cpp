@@ -2,10 +2,10 @@
 #include <kelvo/kelvo.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cstdio>
 
 #include "Files.h"
+#include "Interrupt.h"
 #include "Settings.h"
 #include "Verb.h"
 
@@ -19,33 +19,6 @@ Json SettingsOf(Session& session, const std::vector<const Area*>& areas) {
   Json all = Json::object();
   for (const Area* area : areas) all[std::string(area->Name)] = area->Get(session);
   return all;
-}
-
-// Every field a line: its path and its value. Lists of plain values stay together.
-void ShowFields(const Json& value, const std::string& path, std::vector<std::vector<std::string>>& rows) {
-  const bool isPlain = !value.is_structured() || value.empty() ||
-                       (value.is_array() &&
-                        std::ranges::none_of(value, [](const Json& part) { return part.is_structured(); }));
-  if (isPlain) {
-    rows.push_back({path, Shown(value)});
-    return;
-  }
-  const bool hasNumbers =
-      value.is_array() || std::isdigit(static_cast<unsigned char>(value.items().begin().key()[0])) != 0;
-  for (const auto& [key, part] : value.items()) {
-    ShowFields(part, PathOf(path, key, hasNumbers), rows);
-  }
-}
-
-ExitCode ShowSettings(const Output& out, const Json& settings) {
-  if (out.AsJson) {
-    out.Print(settings);
-    return ExitCode::Done;
-  }
-  std::vector<std::vector<std::string>> rows;
-  for (const auto& [area, fields] : settings.items()) ShowFields(fields, area, rows);
-  out.Table({}, rows);
-  return ExitCode::Done;
 }
 
 // A file of settings: areas by name. Throws Failure.
@@ -63,27 +36,44 @@ Json ReadSettings(const std::string& path) {
 // Makes all the changes of `work` valid at once, or none of them.
 template <class Work>
 void InOneUpdate(Session& session, Work&& work) {
+  session.Card();
+  const Interrupt interrupt;
   session.Check(vlConfigurationBeginUpdate(session.Card()));
   try {
     work();
-  } catch (...) {
+    if (interrupt.Came()) throw Failure(ExitCode::Interrupted, "Interrupted: no setting was changed.");
+    session.Check(vlConfigurationEndUpdate(session.Card()));
+  } catch (const Failure& failure) {
+    if (failure.Code == ExitCode::NoConnection)
+      throw Failure(failure.Code, failure.what(),
+                    "If it has left an update open, 'kelvo config abort' gives it up.");
     vlConfigurationAbortUpdate(session.Card());
     throw;
   }
-  session.Check(vlConfigurationEndUpdate(session.Card()));
 }
 
+constexpr const char* OpenUpdate =
+    "An update of the card's settings is open; it may be that of a lost connection.";
+constexpr const char* EndOfUpdate = "'kelvo config abort' gives it up.";
+
 // A lost connection leaves its update open, and what is set then waits for its end.
-void CheckNoUpdate(Session& session) {
+bool IsUpdateOpen(Session& session) {
   bool isActive = false;
   session.Check(vlConfigurationIsUpdateActive(session.Card(), &isActive));
-  if (isActive) {
-    throw Refused("An update of the card's settings is open; it may be that of a lost connection.",
-                  "'kelvo config abort' gives it up.");
-  }
+  return isActive;
+}
+
+void CheckNoUpdate(Session& session) {
+  if (IsUpdateOpen(session)) throw Refused(OpenUpdate, EndOfUpdate);
+}
+
+// For those who only look.
+void TellOfUpdate(Session& session) {
+  if (IsUpdateOpen(session)) session.Out.Remark(std::string(OpenUpdate) + " " + EndOfUpdate);
 }
 
 ExitCode ShowConfig(Session& session, const Arguments& given) {
+  TellOfUpdate(session);
   return ShowSettings(session.Out, SettingsOf(session, ChooseAreas(session, given.All("AREA"))));
 }
 
@@ -97,6 +87,7 @@ ExitCode GetFields(Session& session, const Arguments& given) {
   Json values = Json::object(), fetched = Json::object();
   std::vector<FieldPath> paths;
   for (const std::string& text : given.All("FIELD")) paths.push_back(ParseField(text));
+  TellOfUpdate(session);
   for (std::size_t i = 0; i < paths.size(); ++i) {
     Json& settings = fetched[std::string(paths[i].Of->Name)];
     if (settings.is_null()) settings = paths[i].Of->Get(session);
@@ -155,6 +146,7 @@ ExitCode DiffConfig(Session& session, const Arguments& given) {
   } else {
     other = ReadSettings(target);
   }
+  TellOfUpdate(session);
   std::vector<Difference> all;
   for (const auto& [name, fields] : other.items()) {
     Json own = FindArea(name).Get(session);
@@ -182,6 +174,7 @@ ExitCode DiffConfig(Session& session, const Arguments& given) {
 }
 
 ExitCode ExportConfig(Session& session, const Arguments& given) {
+  TellOfUpdate(session);
   const std::string text =
       Escaped(SettingsOf(session, ChooseAreas(session, given.All("AREA"))).dump(2)) + "\n";
   if (given.Has("-o")) {

@@ -43,6 +43,13 @@ class Failure : public std::runtime_error {
 
   const ExitCode Code;
   const std::string Hint;
+
+  // Text and hint as one line.
+  std::string Told() const {
+    const std::string text = what();
+    const bool isSentence = text.ends_with('.') || text.ends_with('!') || text.ends_with('?');
+    return text + (Hint.empty() ? "" : isSentence ? " " + Hint : ". " + Hint);
+  }
 };
 
 inline Failure WrongUsage(const std::string& text, std::string hint = {}) {

@@ -72,7 +72,7 @@ std::size_t Width(std::string_view text) {
 Output::Output(bool asJson, bool isQuiet) : AsJson(asJson), IsQuiet(isQuiet) {
   const char* const noColour =
       std::getenv("NO_COLOR");  // NOLINT(concurrency-mt-unsafe): nobody else runs yet
-  isColoured_ = isatty(STDOUT_FILENO) == 1 && (noColour == nullptr || *noColour == 0);
+  isColoured_ = !isQuiet && isatty(STDOUT_FILENO) == 1 && (noColour == nullptr || *noColour == 0);
 }
 
 std::string Clean(std::string_view text) {
@@ -115,7 +115,7 @@ void Output::Table(const std::vector<std::string>& heads, std::vector<std::vecto
       const Colour colour = isColoured && i < colours.size() ? colours[i] : Colour::None;
       if (!cells[i].empty()) line.append(std::exchange(blanks, 0), ' ');
       line += colour == Colour::None ? cells[i]
-                                     : (colour == Colour::Red ? "\33[31m" : "\33[32m") + cells[i] + "\33[0m";
+                                     : (colour == Colour::Red ? "\33[31m" : "\33[32m") + cells[i] + "\33[m";
       blanks += widths[i] - Width(cells[i]) + 2;
     }
     Line(line);

@@ -29,7 +29,7 @@ class Output {
   // A line on standard output, as it is: for contents, and what was cleaned.
   void Line(std::string_view text) const;
   // Rows of cells, which it cleans, under their heads; of columns without heads when those are empty. The first columns
-  // may have colours, which are shown on a terminal unless NO_COLOR is set.
+  // may have colours, which are shown on a terminal, unless the tool is to be quiet or NO_COLOR is set.
   void Table(const std::vector<std::string>& heads, std::vector<std::vector<std::string>> rows,
              const std::vector<Colour>& colours = {}) const;
   void Print(const Json& data) const;

@@ -9,13 +9,14 @@
 #include <vector>
 
 #include "Interrupt.h"
+#include "LoggedRuns.h"
 #include "Verb.h"
 
 namespace VELTRO::KELVO::Tool {
 
 namespace {
 
-constexpr std::chrono::milliseconds InterruptLook{50};
+constexpr std::chrono::milliseconds InterruptLook{50}, EndByItself{500};
 
 }  // namespace
 
@@ -49,46 +50,75 @@ CardPlace ParseCard(const std::string& text) {
 }
 
 void Session::Disconnect() {
-  if (handle_ > 0) vlDisconnect(handle_);
-  handle_ = 0;
+  for (const auto& [name, handle] : cards_) {
+    const bool isLogged = vlDisableCommandLogging(handle) == 0;
+    if (!isLogged) Out.Remark("The log is not whole: " + LastError() + ".");
+    vlDisconnect(handle);
+  }
+  cards_.clear();
 }
 
 std::int32_t Session::Card() {
-  if (handle_ > 0) return handle_;
-  const std::uint32_t timeout = choice_.Timeout.empty() ? 0 : ParseTime("--timeout", choice_.Timeout);
-  handle_ = Connect();
-  if (handle_ <= 0)
-    throw Failure(ExitCode::NoConnection, LastError(), "Is the card switched on, and --card right?");
-  if (timeout > 0) Check(vlSetTimeout(handle_, timeout));
-  return handle_;
+  if (choice_.Cards.size() + choice_.Serials.size() > 1)
+    throw WrongUsage("Several cards are named.", "This verb takes one.");
+  return Cards().front().Handle;
 }
 
-std::int32_t Session::Connect() const {
-  if (!choice_.Card.empty()) {
-    const CardPlace place = ParseCard(choice_.Card);
-    return vlConnect(place.Host.c_str(), place.Port);
-  }
-  if (choice_.Serial.empty()) {
+const std::vector<NamedCard>& Session::Cards() {
+  if (!cards_.empty()) return cards_;
+  if (choice_.Cards.empty() && choice_.Serials.empty()) {
     throw WrongUsage("No card is named.",
                      "Name it by --card HOST[:PORT], --serial NUMBER, KELVO_CARD or KELVO_SERIAL.");
   }
-  vlCardInfo card{};
-  if (choice_.Serial.size() >= sizeof card.SerialNumber) throw WrongUsage("The serial number is too long.");
-  std::memcpy(card.SerialNumber, choice_.Serial.c_str(), choice_.Serial.size());
-  std::strcpy(card.IPAddress, "0.0.0.0");
-  card.Port = KELVO_DEFAULT_PORT;
-  return vlConnectByCardInfo(&card);
+  const std::uint32_t timeout = choice_.Timeout.empty() ? 0 : ParseTime("--timeout", choice_.Timeout);
+  for (const std::string& card : choice_.Cards) Connect(card, false);
+  for (const std::string& serial : choice_.Serials) Connect(serial, true);
+  for (std::size_t i = 0; i < cards_.size(); ++i) {
+    if (timeout > 0) Check(vlSetTimeout(cards_[i].Handle, timeout));
+    StartLog(i);
+  }
+  return cards_;
 }
 
-std::int64_t Session::Check(std::int64_t result) {
+void Session::Connect(const std::string& name, bool isSerial) {
+  std::int32_t handle = 0;
+  if (isSerial) {
+    vlCardInfo card{};
+    if (name.size() >= sizeof card.SerialNumber) throw WrongUsage("The serial number is too long.");
+    std::memcpy(card.SerialNumber, name.c_str(), name.size());
+    std::strcpy(card.IPAddress, "0.0.0.0");
+    card.Port = KELVO_DEFAULT_PORT;
+    handle = vlConnectByCardInfo(&card);
+  } else {
+    const CardPlace place = ParseCard(name);
+    handle = vlConnect(place.Host.c_str(), place.Port);
+  }
+  if (handle <= 0)
+    throw Failure(ExitCode::NoConnection, LastError(), "Is the card switched on, and --card right?");
+  cards_.push_back({name, handle});
+}
+
+// Several cards have a file each.
+void Session::StartLog(std::size_t card) const {
+  const bool isAsked = !choice_.Log.empty();
+  std::string path = isAsked ? choice_.Log : choice_.MayBeLogged ? FileOfLoggedRun() : "";
+  if (path.empty()) return;
+  if (card > 0) path += "." + std::to_string(card + 1);
+  if (vlEnableCommandLogging(cards_[card].Handle, path.c_str(), -1) < 0)
+    throw Refused(LastError() + ".", isAsked ? "" : "'kelvo log off' ends the logging.");
+  if (!isAsked) Out.Remark("The calls are logged in '" + path + "'.");
+}
+
+std::int64_t Session::Check(std::int64_t result) const {
   if (result < 0) Fail(LastError());
   return result;
 }
 
-void Session::Fail(const std::string& text) {
-  bool isConnected = false;
-  const bool isLost = handle_ > 0 && vlIsConnected(handle_, &isConnected) == 0 && !isConnected;
-  if (isLost) throw Failure(ExitCode::NoConnection, "The connection to the card was lost: " + text);
+void Session::Fail(const std::string& text) const {
+  for (const auto& [name, handle] : cards_) {
+    if (!IsConnected(handle))
+      throw Failure(ExitCode::NoConnection, "The connection to the card was lost: " + text);
+  }
   throw Refused(text);
 }
 
@@ -97,10 +127,16 @@ bool Session::CheckUnlessInterrupted(const Interrupt& interrupt, const std::func
   auto error = std::async(std::launch::async, [&] { return call() < 0 ? LastError() : std::string(); });
   while (error.wait_for(InterruptLook) != std::future_status::ready && !interrupt.Came()) {
   }
-  if (interrupt.Came()) Disconnect();
+  // A transfer of a file ends by itself when the card goes on answering.
+  if (interrupt.Came() && error.wait_for(EndByItself) != std::future_status::ready) Disconnect();
   const std::string text = error.get();
   if (!text.empty() && !interrupt.Came()) Fail(text);
   return !interrupt.Came();
+}
+
+bool IsConnected(std::int32_t handle) {
+  bool isConnected = false;
+  return vlIsConnected(handle, &isConnected) == 0 && isConnected;
 }
 
 }  // namespace VELTRO::KELVO::Tool

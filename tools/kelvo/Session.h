@@ -1,9 +1,11 @@
 // One run of the tool: what is printed, and the card, which is connected when a verb first needs it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "Failure.h"
 #include "Output.h"
@@ -23,7 +25,14 @@ struct CardPlace {
 CardPlace ParseCard(const std::string& text);
 
 struct CardChoice {
-  std::string Card, Serial, Timeout;  // what was given for the options, or the environment
+  std::vector<std::string> Cards, Serials;  // what was given for the options, or the environment
+  std::string Timeout, Log;
+  bool MayBeLogged = true;  // as "log on" wants it
+};
+
+struct NamedCard {
+  std::string Name;  // as it was given
+  std::int32_t Handle;
 };
 
 class Interrupt;
@@ -37,22 +46,28 @@ class Session {
 
   const Output Out;
 
-  // The connection's handle. Throws Failure, NoConnection or WrongUsage.
+  // The connection's handle. Throws Failure, NoConnection or WrongUsage, the latter also when several cards are named.
   std::int32_t Card();
+  // The same for a verb that takes several.
+  const std::vector<NamedCard>& Cards();
   // Throws Failure when a function of the library has failed: NoConnection if that has ended the connection.
-  std::int64_t Check(std::int64_t result);
+  std::int64_t Check(std::int64_t result) const;
   // The same for one that failed with this text.
-  [[noreturn]] void Fail(const std::string& text);
-  // Calls a function of the library, in another thread, and throws like Check. Ctrl-C ends the connection, and with it the
-  // call; then it returns false, and the next Card() is a new connection.
+  [[noreturn]] void Fail(const std::string& text) const;
+  // Calls a function of the library, in another thread, and throws like Check. Ctrl-C ends the call, if need be by ending
+  // all connections; then it returns false, and the next Card() is connected anew.
   bool CheckUnlessInterrupted(const Interrupt& interrupt, const std::function<std::int64_t()>& call);
 
  private:
-  std::int32_t Connect() const;
+  void Connect(const std::string& name, bool isSerial);
   void Disconnect();
+  void StartLog(std::size_t card) const;
 
   const CardChoice choice_;
-  std::int32_t handle_ = 0;
+  std::vector<NamedCard> cards_;
 };
+
+// Whether the connection is up.
+bool IsConnected(std::int32_t handle);
 
 }  // namespace VELTRO::KELVO::Tool

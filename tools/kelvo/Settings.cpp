@@ -120,6 +120,21 @@ void Collect(const Json* first, const Json* second, const std::string& path, std
   }
 }
 
+void ShowFields(const Json& value, const std::string& path, std::vector<std::vector<std::string>>& rows) {
+  const bool isPlain = !value.is_structured() || value.empty() ||
+                       (value.is_array() &&
+                        std::ranges::none_of(value, [](const Json& part) { return part.is_structured(); }));
+  if (isPlain) {
+    rows.push_back({path, Shown(value)});
+    return;
+  }
+  const bool hasNumbers =
+      value.is_array() || std::isdigit(static_cast<unsigned char>(value.items().begin().key()[0])) != 0;
+  for (const auto& [key, part] : value.items()) {
+    ShowFields(part, PathOf(path, key, hasNumbers), rows);
+  }
+}
+
 }  // namespace
 
 std::span<const Area> Areas() {
@@ -219,6 +234,17 @@ Json& FindField(Json& settings, const FieldPath& path) {
 
 std::string PathOf(const std::string& path, const std::string& key, bool isElement) {
   return std::string(path).append(isElement ? "[" : ".").append(key).append(isElement ? "]" : "");
+}
+
+ExitCode ShowSettings(const Output& out, const Json& settings) {
+  if (out.AsJson) {
+    out.Print(settings);
+    return ExitCode::Done;
+  }
+  std::vector<std::vector<std::string>> rows;
+  for (const auto& [area, fields] : settings.items()) ShowFields(fields, area, rows);
+  out.Table({}, rows);
+  return ExitCode::Done;
 }
 
 std::vector<Difference> Compare(const Json& first, const Json& second, const std::string& path) {

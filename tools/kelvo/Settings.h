@@ -51,6 +51,9 @@ Json& FindField(Json& settings, const FieldPath& path);
 // The path of a part of a value: of a field behind a point, of an element in brackets.
 std::string PathOf(const std::string& path, const std::string& key, bool isElement);
 
+// Every field a line: its path and its value; lists of plain values stay together. As JSON if that is asked for.
+ExitCode ShowSettings(const Output& out, const Json& settings);
+
 // One field whose value is not the same in two settings; null where it is in one of them alone.
 struct Difference {
   std::string Path;

@@ -81,6 +81,7 @@ Kind KindOf(const Parameter& parameter) {
       {"DIRECTORY", Kind::CardDirectory},
       {"REMOTE", Kind::CardFile},
       {"STATE", Kind::OnOrOff},
+      {"DIR", Kind::LocalFile},
   };
   const auto* const found =
       std::ranges::find(Kinds, parameter.IsOption() ? parameter.Value : parameter.Name, &Row::Value);
@@ -90,7 +91,8 @@ Kind KindOf(const Parameter& parameter) {
 std::vector<const Verb*> AllVerbs() {
   std::vector<const Verb*> all;
   for (const auto verbs :
-       {CardVerbs(), ConfigVerbs(), ListVerbs(), FileVerbs(), IoVerbs(), LaserVerbs(), CallVerbs()}) {
+       {CardVerbs(), ConfigVerbs(), ListVerbs(), FileVerbs(), BackupVerbs(), CorrectionVerbs(), FontVerbs(),
+        IoVerbs(), LaserVerbs(), LogVerbs(), CallVerbs()}) {
     for (const Verb& verb : verbs) all.push_back(&verb);
   }
   return all;
@@ -98,9 +100,10 @@ std::vector<const Verb*> AllVerbs() {
 
 std::span<const Parameter> CommonOptions() {
   static constexpr Parameter Options[] = {
-      {"--card", "HOST[:PORT]", "The card; else KELVO_CARD, else the one of --serial"},
-      {"--serial", "NUMBER", "Look for the card with this serial number; else KELVO_SERIAL"},
+      {"--card", "HOST[:PORT]", "The card; else KELVO_CARD, else the one of --serial", Parameter::Any},
+      {"--serial", "NUMBER", "Look for the card with this serial number; else KELVO_SERIAL", Parameter::Any},
       {"--timeout", "TIME", "How long a call may take: 500ms, 2s (17s)"},
+      {"--log", "FILE", "Write the calls to the card and its answers into this file"},
       {"--json", "", "Print data as JSON"},
       {"--quiet", "", "No progress and no remarks on standard error, only errors"},
   };

@@ -18,7 +18,12 @@ struct Parameter {
   std::string_view Name;
   std::string_view Value;
   std::string_view Help;
-  enum { One, AtMostOne, Any, AtLeastOne } Number = One;  // of arguments
+  enum {
+    One,
+    AtMostOne,
+    Any,
+    AtLeastOne
+  } Number = One;  // of arguments; an option is given once, or any number of times
 
   bool IsOption() const { return Name.starts_with('-'); }
   bool IsMany() const { return Number == Any || Number == AtLeastOne; }
@@ -78,13 +83,17 @@ struct Verb {
 };
 
 // The rows of each file of verbs.
+std::span<const Verb> BackupVerbs();
 std::span<const Verb> CallVerbs();
 std::span<const Verb> CardVerbs();
 std::span<const Verb> ConfigVerbs();
+std::span<const Verb> CorrectionVerbs();
 std::span<const Verb> FileVerbs();
+std::span<const Verb> FontVerbs();
 std::span<const Verb> IoVerbs();
 std::span<const Verb> LaserVerbs();
 std::span<const Verb> ListVerbs();
+std::span<const Verb> LogVerbs();
 
 std::vector<const Verb*> AllVerbs();
 // What every verb takes.

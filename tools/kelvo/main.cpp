@@ -1,4 +1,7 @@
 // The command-line tool: finds cards, keeps their settings, runs jobs on them.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -13,16 +16,21 @@ using namespace VELTRO::KELVO::Tool;
 
 namespace {
 
-std::string Chosen(const Arguments& given, const char* option, const char* variable) {
-  if (given.Has(option)) return given.Text(option);
+std::vector<std::string> InEnvironment(const char* variable) {
   const char* const value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe): nobody else runs yet
-  return value == nullptr ? "" : value;
+  return value == nullptr || *value == 0 ? std::vector<std::string>() : std::vector<std::string>{value};
+}
+
+CardChoice Chosen(const Arguments& given) {
+  CardChoice choice{given.All("--card"), given.All("--serial"), given.Text("--timeout"), given.Text("--log")};
+  const bool isNamed = !choice.Cards.empty() || !choice.Serials.empty();
+  if (!isNamed) choice.Cards = InEnvironment("KELVO_CARD");
+  if (!isNamed && choice.Cards.empty()) choice.Serials = InEnvironment("KELVO_SERIAL");
+  return choice;
 }
 
 int Fail(const Failure& failure) {
-  const std::string text = Clean(failure.what());
-  std::fprintf(stderr, "kelvo: %s%s%s\n", text.c_str(), failure.Hint.empty() ? "" : " ",
-               Clean(failure.Hint).c_str());
+  std::fprintf(stderr, "kelvo: %s\n", Clean(failure.Told()).c_str());
   return static_cast<int>(failure.Code);
 }
 
@@ -34,11 +42,7 @@ int Run(const std::vector<std::string>& words) {
     const auto line = ParseCommandLine(words);
     if (!line) return 0;
     const Arguments& given = line->Given;
-    // A card that is named beats a serial number from the environment.
-    CardChoice choice{Chosen(given, "--card", "KELVO_CARD"), Chosen(given, "--serial", "KELVO_SERIAL"),
-                      given.Text("--timeout")};
-    if (given.Has("--serial") && !given.Has("--card")) choice.Card.clear();
-    Session session(Output(given.Has("--json"), given.Has("--quiet")), std::move(choice));
+    Session session(Output(given.Has("--json"), given.Has("--quiet")), Chosen(given));
     return static_cast<int>(line->Called->Run(session, given));
   } catch (const Failure& failure) {
     return Fail(failure);
@@ -47,9 +51,18 @@ int Run(const std::vector<std::string>& words) {
   }
 }
 
+// A connection must not get the number of a stream that whoever started the program has closed: what is said to the
+// user would go to the card.
+void OpenStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) < 0) open("/dev/null", O_RDWR);
+  }
+}
+
 }  // namespace
 
 int main(int count, char** words) {
+  OpenStandardStreams();
   signal(SIGPIPE, SIG_DFL);  // "kelvo ... | head" ends quietly
   const int code = Run({words + 1, words + count});
   // What could not be written is not done.
