@@ -1,5 +1,5 @@
 include(GNUInstallDirs)
-install(TARGETS kelvo kelvo-virtual-card kelvo_tool
+install(TARGETS kelvo kelvo-virtual-card
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/kelvo DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})

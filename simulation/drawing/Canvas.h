@@ -27,4 +27,13 @@ class Canvas {
   virtual void AddDot(ClientLib::Point2D at, const Ink& ink) = 0;
 };
 
+// For who wants to know no more than how long a run takes.
+class NoCanvas : public Canvas {
+ public:
+  double GetBeam() const override { return 0.1; }
+  void BeginRun() override {}
+  void AddSegment(Kind, ClientLib::Point2D, ClientLib::Point2D, const Ink&) override {}
+  void AddDot(ClientLib::Point2D, const Ink&) override {}
+};
+
 }  // namespace VELTRO::KELVO::Simulation

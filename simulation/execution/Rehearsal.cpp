@@ -83,7 +83,7 @@ RunResult Rehearsal::Run(std::int32_t id, ClientLib::CommandList list, Canvas& c
   settings.Speed = std::numeric_limits<double>::infinity();
   settings.StandaloneList = stage_.StandaloneList;
   settings.Limit = LimitUs;
-  settings.MostCommands = MostCommands;
+  settings.MostCommands = stage_.MostCommands;
   settings.IsAlone = true;
   GalvoPosition position;
   std::atomic<std::uint64_t> commands{0};

@@ -21,6 +21,7 @@ struct Stage {
   std::map<std::int32_t, std::uint32_t> Inputs;          // levels on the pins of ports
   std::optional<std::int32_t> StandaloneList;
   ClientLib::ProcessVariables Variables;
+  std::uint64_t MostCommands = 50'000'000;  // that are carried out
 };
 
 // docs/simulation.md says what is different from a run on a card. A run that is aborted waits for a second start, unless
@@ -28,7 +29,6 @@ struct Stage {
 class Rehearsal {
  public:
   static constexpr double LimitUs = 24 * 3600e6;  // of simulated time
-  static constexpr std::uint64_t MostCommands = 50'000'000;
 
   explicit Rehearsal(Stage stage) : stage_(std::move(stage)) {}
 

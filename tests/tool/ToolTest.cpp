@@ -117,10 +117,12 @@ TEST(Tool, MovesFiles) {
 }
 
 TEST(Tool, TellsWhatTheCardIs) {
-  const ToolShell shell({"--serial", "47\033[31m11", "--firmware", "1.2"});
+  const ToolShell shell({"--serial", "47\033[31m11", "--firmware",
+                         "1.\xE2\x80\xAE"
+                         "2"});
   const Row rows[] = {
       {"kelvo info", 0, "serial           47[31m11\nproduct          1.2\n"},
-      {"kelvo info --json", 0, "\"serial\": \"47\\u001b[31m11\""},
+      {"kelvo info --json", 0, "\"serial\": \"47\\u001b[31m11\",\n  \"product\": \"1.\\u202e2\""},
       {"kelvo clock set '2031-02-03 04:05:06' && kelvo clock show", 0, "utc    2031-02-03 04:05:0"},
       {"kelvo laser arm --yes && kelvo laser status", 0, "pilot  no\narmed  yes\nalarm  no\n"},
       {"kelvo laser disarm && kelvo laser pilot on --yes && kelvo laser status --json", 0,

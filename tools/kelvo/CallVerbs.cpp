@@ -24,7 +24,7 @@ ExitCode CallMethod(Session& session, const Arguments& given) {
   std::uint32_t length = 0;
   session.Check(vlCallJson(session.Card(), given.Text("METHOD").c_str(), arguments.dump().c_str(),
                            answer.get(), MostAnswerBytes, &length));
-  session.Out.Line({answer.get(), length});
+  session.Out.Line(Escaped({answer.get(), length}));
   return ExitCode::Done;
 }
 

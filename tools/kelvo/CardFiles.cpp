@@ -25,10 +25,16 @@ bool Transfer::Show(void* user, std::uint64_t moved, std::uint64_t whole) {
   return !self.interrupt_.Came();
 }
 
-void Transfer::Check(std::int32_t result) {
+void Transfer::Run(const std::function<std::int32_t()>& call) {
+  bool isInterrupted = false;
+  try {
+    isInterrupted = !session_.CheckUnlessInterrupted(interrupt_, call);
+  } catch (...) {
+    bar_.End();
+    throw;
+  }
   bar_.End();
-  if (result < 0 && interrupt_.Came()) throw Failure(ExitCode::Interrupted, "Interrupted.");
-  session_.Check(result);
+  if (isInterrupted) throw Failure(ExitCode::Interrupted, "Interrupted.");
 }
 
 void CheckReadable(const std::string& path) {
@@ -61,8 +67,10 @@ void SendFile(Session& session, const Interrupt& interrupt, const std::string& l
   session.Check(vlFileExists(session.Card(), directory, name.c_str(), &wasThere));
   Transfer transfer(session, interrupt, "Sending '" + Clean(local) + "'");
   try {
-    transfer.Check(
-        vlFilePut(session.Card(), directory, name.c_str(), local.c_str(), &Transfer::Show, &transfer));
+    transfer.Run([&, card = session.Card()] {
+      return vlFilePut(card, remote.Directory, remote.Name.c_str(), local.c_str(), &Transfer::Show,
+                       &transfer);
+    });
   } catch (const Failure& failure) {
     // A card that has refused the file from the beginning has what it had.
     const bool isAsked = vlFileExists(session.Card(), directory, name.c_str(), &isThere) == 0;
@@ -77,8 +85,9 @@ void SendFile(Session& session, const Interrupt& interrupt, const std::string& l
 void FetchFile(Session& session, const Interrupt& interrupt, const CardFile& remote,
                const std::string& local) {
   Transfer transfer(session, interrupt, "Fetching '" + Clean(remote.Path()) + "'");
-  transfer.Check(vlFileGet(session.Card(), remote.Directory, remote.Name.c_str(), local.c_str(),
-                           &Transfer::Show, &transfer));
+  transfer.Run([&, card = session.Card()] {
+    return vlFileGet(card, remote.Directory, remote.Name.c_str(), local.c_str(), &Transfer::Show, &transfer);
+  });
 }
 
 }  // namespace VELTRO::KELVO::Tool

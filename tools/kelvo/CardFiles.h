@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,17 +15,17 @@ namespace VELTRO::KELVO::Tool {
 // A transfer's bar, and Ctrl-C, which ends the transfer.
 class Transfer {
  public:
-  Transfer(const Session& session, const Interrupt& interrupt, std::string text)
+  Transfer(Session& session, const Interrupt& interrupt, std::string text)
       : session_(session), interrupt_(interrupt), bar_(session.Out, std::move(text)) {}
 
   // To be passed to a function of the library, with the transfer itself as `user`.
   static bool Show(void* user, std::uint64_t moved, std::uint64_t whole);
   std::uint64_t Moved() const { return moved_; }
-  // What the function has returned. Throws Failure: Interrupted after Ctrl-C, else as Session::Check.
-  void Check(std::int32_t result);
+  // Calls the function. Throws Failure: Interrupted after Ctrl-C, else as Session::Check.
+  void Run(const std::function<std::int32_t()>& call);
 
  private:
-  const Session& session_;
+  Session& session_;
   const Interrupt& interrupt_;
   Bar bar_;
   std::uint64_t moved_ = 0;

@@ -177,8 +177,8 @@ class Teller {
   void Tell(std::int32_t card, const char* event, const Json& value) {
     const std::string& name = std::ranges::find(cards_, card, &NamedCard::Handle)->Name;
     const std::lock_guard lock(mutex_);
-    out_.Line(out_.AsJson ? Json({{"card", name}, {"event", event}, {"value", value}}).dump()
-                          : (cards_.size() > 1 ? Clean(name) + " " : "") + event + " " + Shown(value));
+    if (out_.AsJson) return out_.PrintNow({{"card", name}, {"event", event}, {"value", value}});
+    out_.Line((cards_.size() > 1 ? Clean(name) + " " : "") + event + " " + Shown(value));
     std::fflush(stdout);
   }
 

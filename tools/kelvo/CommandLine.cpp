@@ -12,9 +12,14 @@ namespace {
 
 constexpr const char* Description =
     "Commissions KELVO controller cards, runs jobs on them and keeps their settings.";
-constexpr const char* Footer =
-    "Exit codes: 0 done, 1 refused, 2 wrong usage, 3 no connection, 4 done and differences found,\n"
-    "130 interrupted.";
+std::string Footer() {
+  std::string text;
+  for (const auto& [code, word, when] : ExitCodes) {
+    text += (text.empty() ? "Exit codes: " : ", ") + std::to_string(static_cast<int>(code)) + " " +
+            std::string(word);
+  }
+  return text + ".";
+}
 
 void Add(CLI::App& app, const Parameter& parameter, Arguments& given) {
   const auto take = [&given, name = parameter.Name](const CLI::results_t& results) {
@@ -35,7 +40,7 @@ void Add(CLI::App& app, const Parameter& parameter, Arguments& given) {
     return;
   }
   option->type_name("")->type_size(1);
-  const bool isMany = parameter.Number == Parameter::Any || parameter.Number == Parameter::AtLeastOne;
+  const bool isMany = parameter.IsMany();
   const bool isNeeded = parameter.Number == Parameter::One || parameter.Number == Parameter::AtLeastOne;
   option->expected(1, isMany ? -1 : 1)->allow_extra_args(isMany)->required(isNeeded);
 }
@@ -74,7 +79,7 @@ void CheckVerb(const std::vector<std::string>& words) {
 std::optional<CommandLine> ParseCommandLine(const std::vector<std::string>& words) {
   CommandLine line{nullptr, {}};
   CLI::App app(Description, "kelvo");
-  app.footer(Footer);
+  app.footer(Footer());
   app.require_subcommand(1);
   app.fallthrough();
   app.set_version_flag("--version", "kelvo " KELVO_VERSION);

@@ -175,7 +175,8 @@ ExitCode DiffConfig(Session& session, const Arguments& given) {
 
 ExitCode ExportConfig(Session& session, const Arguments& given) {
   TellOfUpdate(session);
-  const std::string text = SettingsOf(session, ChooseAreas(session, given.All("AREA"))).dump(2) + "\n";
+  const std::string text =
+      Escaped(SettingsOf(session, ChooseAreas(session, given.All("AREA"))).dump(2)) + "\n";
   if (given.Has("-o")) {
     WriteFile(given.Text("-o"), text);
     session.Out.Remark("The settings are in '" + given.Text("-o") + "'.");

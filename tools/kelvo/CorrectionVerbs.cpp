@@ -110,7 +110,7 @@ void SendCorrection(Session& session, const std::string& path, const std::string
   const Interrupt interrupt;
   Transfer transfer(session, interrupt, "Sending '" + Clean(path) + "'");
   try {
-    transfer.Check(send(session.Card(), &transfer));
+    transfer.Run([&, card = session.Card()] { return send(card, &transfer); });
   } catch (const Failure&) {
     vlFileDelete(session.Card(), ClientLib::CorrectionFiles::Directory, copy.c_str());
     throw;
@@ -129,14 +129,16 @@ ExitCode PutCorrection(Session& session, const Arguments& given) {
 }
 
 ExitCode GetCorrection(Session& session, const Arguments& given) {
-  const auto [head, slot] = ParsePlace(given);
+  const CorrectionPlace place = ParsePlace(given);
   session.Card();
   const Interrupt interrupt;
   const std::string path =
-      given.Has("-o") ? given.Text("-o") : ClientLib::CorrectionFiles::HeadCorrection(head, slot);
+      given.Has("-o") ? given.Text("-o") : ClientLib::CorrectionFiles::HeadCorrection(place.Head, place.Slot);
   Transfer transfer(session, interrupt, "Fetching correction " + given.Text("HEAD:SLOT"));
-  transfer.Check(
-      vlHeadCorrectionGetWithProgress(session.Card(), head, slot, path.c_str(), &Transfer::Show, &transfer));
+  transfer.Run([&, card = session.Card()] {
+    return vlHeadCorrectionGetWithProgress(card, place.Head, place.Slot, path.c_str(), &Transfer::Show,
+                                           &transfer);
+  });
   return ExitCode::Done;
 }
 
@@ -176,7 +178,9 @@ ExitCode GetPowerCorrection(Session& session, const Arguments& given) {
   const Interrupt interrupt;
   const std::string path = given.Has("-o") ? given.Text("-o") : ClientLib::CorrectionFiles::PowerCorrection;
   Transfer transfer(session, interrupt, "Fetching the power correction");
-  transfer.Check(vlPowerCorrectionGetWithProgress(session.Card(), path.c_str(), &Transfer::Show, &transfer));
+  transfer.Run([&, card = session.Card()] {
+    return vlPowerCorrectionGetWithProgress(card, path.c_str(), &Transfer::Show, &transfer);
+  });
   return ExitCode::Done;
 }
 

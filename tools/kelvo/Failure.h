@@ -3,11 +3,12 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace VELTRO::KELVO::Tool {
 
-// What the program returns; docs/kelvo.md tells when.
+// What the program returns.
 enum class ExitCode {
   Done = 0,
   Refused = 1,
@@ -15,6 +16,23 @@ enum class ExitCode {
   NoConnection = 3,
   FaultsFound = 4,
   Interrupted = 130
+};
+
+struct ExitCodeRow {
+  ExitCode Code;
+  std::string_view Word, When;
+};
+// For help and manual; docs/exit-codes.md has the same.
+inline constexpr ExitCodeRow ExitCodes[] = {
+    {ExitCode::Done, "done", "Done; also a watch that was ended by Ctrl-C"},
+    {ExitCode::Refused, "refused",
+     "The card or the library refused, or a local file cannot be read or written"},
+    {ExitCode::WrongUsage, "wrong usage",
+     "An unknown verb, option, field or name, or a value of another kind; nothing was done"},
+    {ExitCode::NoConnection, "no connection", "No connection, or it was lost"},
+    {ExitCode::FaultsFound, "done and faults found",
+     "Done, and what was checked or compared has faults or differs"},
+    {ExitCode::Interrupted, "interrupted", "Interrupted by Ctrl-C or SIGTERM"},
 };
 
 class Failure : public std::runtime_error {

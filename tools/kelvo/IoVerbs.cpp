@@ -111,7 +111,8 @@ ExitCode WatchPort(Session& session, const Arguments& given) {
   const auto tell = [&] {
     char text[16];
     std::snprintf(text, sizeof text, "0x%08x", pins);
-    session.Out.Line(session.Out.AsJson ? Json({{"port", port}, {"pins", pins}}).dump() : std::string(text));
+    if (session.Out.AsJson) return session.Out.PrintNow({{"port", port}, {"pins", pins}});
+    session.Out.Line(text);
     std::fflush(stdout);
   };
   tell();
@@ -200,7 +201,12 @@ ExitCode ReceiveText(Session& session, const Arguments& given) {
   session.Check(vlSerialPortRead(session.Card(), SerialPort(given), bytes.data(),
                                  static_cast<std::uint32_t>(bytes.size()), &count,
                                  static_cast<std::int32_t>(std::min<std::uint32_t>(wait, INT32_MAX))));
-  std::fwrite(bytes.data(), 1, count, stdout);
+  bytes.resize(count);
+  if (session.Out.AsJson) {
+    session.Out.Print({{"port", SerialPort(given)}, {"bytes", bytes}});
+  } else {
+    std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+  }
   return ExitCode::Done;
 }
 

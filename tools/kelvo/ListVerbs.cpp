@@ -4,13 +4,18 @@
 #include <chrono>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "Files.h"
 #include "Interrupt.h"
 #include "ListText.h"
+#include "RecordJson.h"
 #include "Session.h"
+#include "Settings.h"
 #include "Spinner.h"
 #include "Verb.h"
+#include "config/ProcessVariables.h"
+#include "execution/Rehearsal.h"
 
 namespace VELTRO::KELVO::Tool {
 
@@ -49,7 +54,44 @@ std::string ReadList(const std::string& path) {
   return WithoutComments(ReadFile(path, MostListBytes));
 }
 
-void Upload(Session& session, std::int32_t id, const std::string& path) {
+// A list of which the card has a part only is worse than none: somebody could run it.
+void DeleteRest(Session& session, std::int32_t id) {
+  session.Out.Remark("Interrupted: what the card has of list " + std::to_string(id) + " is being deleted.");
+  if (vlListDelete(session.Card(), id, false) < 0) {
+    const std::string text = LastError();
+    std::int32_t status = 0;
+    session.Check(vlListGetListStatus(session.Card(), id, &status));
+    if (status != vlListStatus_NoSuchList) session.Fail(text);
+  }
+  session.Out.Remark("The card has no list " + std::to_string(id) + ".");
+}
+
+// Returns the number of commands; nothing when Ctrl-C came, and then nothing of the list stays on the card.
+struct Sent {
+  std::int32_t Commands;
+  std::optional<double> Seconds;  // that its run is going to take
+};
+
+// As the simulation runs it with the card's process variables; nothing when it does not.
+std::optional<double> ExpectedSeconds(Session& session, const std::string& text) {
+  constexpr std::uint64_t MostCommands = 5'000'000;  // a moment's work
+  try {
+    Simulation::Stage stage;
+    RecordJson::Form<ClientLib::ProcessVariables>::From(FindArea("process").Get(session), stage.Variables,
+                                                        "process");
+    stage.MostCommands = MostCommands;
+    Simulation::NoCanvas canvas;
+    const auto result =
+        Simulation::Rehearsal(std::move(stage)).Run(1, ClientLib::CommandList::FromString(text), canvas);
+    if (result.Error || result.Aborted) return std::nullopt;
+    return result.Stats.ExecutionTime / 1e6;
+  } catch (const std::exception&) {  // it is a mere help
+    return std::nullopt;
+  }
+}
+
+std::optional<Sent> Upload(Session& session, std::int32_t id, const std::string& path, bool isToRun,
+                           const Interrupt& interrupt) {
   const std::string text = ReadList(path);
   const std::int64_t made = vlListAllocateFromString(session.Card(), text.c_str());
   if (made < 0) {
@@ -58,14 +100,26 @@ void Upload(Session& session, std::int32_t id, const std::string& path) {
     throw Refused("'" + path + "': " + error);
   }
   const LocalList list(session, made);
-  session.Check(vlListSet(session.Card(), id, list.Handle, false, NoListField));
-  session.Out.Remark("List " + std::to_string(id) + ": " + std::to_string(vlListCommandCount(list.Handle)) +
-                     " commands from '" + path + "'.");
+  const std::int32_t commands = vlListCommandCount(list.Handle);
+  const Spinner spinner(session.Out, "Sending list " + std::to_string(id));
+  const bool isSent = session.CheckUnlessInterrupted(interrupt, [card = session.Card(), id, &list] {
+    return vlListSet(card, id, list.Handle, false, NoListField);
+  });
+  spinner.Stop();
+  if (!isSent) {
+    DeleteRest(session, id);
+    return std::nullopt;
+  }
+  session.Out.Remark("List " + std::to_string(id) + ": " + std::to_string(commands) + " commands from '" +
+                     path + "'.");
+  return Sent{commands, isToRun && IsTerminal(session.Out) ? ExpectedSeconds(session, text) : std::nullopt};
 }
 
 ExitCode PutList(Session& session, const Arguments& given) {
-  Upload(session, given.Int32("ID"), given.Text("FILE"));
-  return ExitCode::Done;
+  session.Card();  // until there is a connection Ctrl-C has nothing to leave in order
+  const Interrupt interrupt;
+  const bool isDone = Upload(session, given.Int32("ID"), given.Text("FILE"), false, interrupt).has_value();
+  return isDone ? ExitCode::Done : ExitCode::Interrupted;
 }
 
 ExitCode GetList(Session& session, const Arguments& given) {
@@ -77,6 +131,8 @@ ExitCode GetList(Session& session, const Arguments& given) {
   text.resize(length);
   if (given.Has("-o")) {
     WriteFile(given.Text("-o"), text + "\n");
+  } else if (session.Out.AsJson) {
+    session.Out.Print({{"list", given.Int32("ID")}, {"text", text}});
   } else {
     session.Out.Line(text);
   }
@@ -93,24 +149,17 @@ ExitCode AbortRun(Session& session) {
   return ExitCode::Interrupted;
 }
 
-// How many commands the card has in the list, for the bar; 0 when it does not tell.
-std::int32_t CommandsOf(Session& session, std::int32_t id) {
-  const LocalList list(session, vlListAllocate(session.Card()));
-  return vlListGet(session.Card(), id, list.Handle) == 0 ? vlListCommandCount(list.Handle) : 0;
-}
-
 // Returns false when it was interrupted.
-bool RunOnce(Session& session, std::int32_t id, const Interrupt& interrupt) {
+bool RunOnce(Session& session, std::int32_t id, const Sent& sent, const Interrupt& interrupt) {
   const std::int32_t card = session.Card();
-  Bar bar(session.Out, "Running list " + std::to_string(id));
-  const std::int32_t commands = session.Out.IsQuiet ? 0 : CommandsOf(session, id);
+  Bar bar(session.Out, "Running list " + std::to_string(id), sent.Seconds);
   session.Check(vlListClearPendingEvents(card));
   session.Check(vlListExecute(card, id));
   std::int32_t ended = 0, caret = 0;
   while (session.Check(vlListWaitForListIdle(card, &ended, LookMs)) != 0) {
     if (interrupt.Came()) return false;
-    if (commands > 0 && vlListGetListCaret(card, id, &caret) == 0 && caret >= 0)
-      bar.Show(1.0 * caret / commands);
+    if (sent.Commands > 0 && vlListGetListCaret(card, id, &caret) == 0 && caret >= 0)
+      bar.Show(1.0 * caret / sent.Commands);
   }
   bar.Show(1);
   return true;
@@ -143,14 +192,16 @@ ExitCode RunFiles(Session& session, const Arguments& given) {
   const std::int64_t repeats = given.Has("--repeat") ? given.Whole("--repeat", 1, INT32_MAX) : 1;
   std::int32_t id = given.Has("--id") ? given.Int32("--id") : 1;
   Json runs = Json::array();
+  session.Card();
   const Interrupt interrupt;
   std::uint32_t callback = 0;
   session.Check(vlListRegisterErrorEventCallback(session.Card(), &NoteError, &callback));
   for (const std::string& path : given.All("FILE")) {
-    Upload(session, id, path);
+    const auto sent = Upload(session, id, path, true, interrupt);
+    if (!sent) return ExitCode::Interrupted;
     if (given.Has("--store")) session.Check(vlListStore(session.Card(), id));
     for (std::int64_t i = 0; i < repeats; ++i) {
-      if (interrupt.Came() || !RunOnce(session, id, interrupt)) return AbortRun(session);
+      if (interrupt.Came() || !RunOnce(session, id, *sent, interrupt)) return AbortRun(session);
       if (!runError.empty()) throw Refused(WordsOf(runError));
       Json statistics = {{"list", id}, {"file", path}};
       statistics.update(Statistics(session));

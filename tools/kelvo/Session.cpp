@@ -3,13 +3,22 @@
 #include <kelvo/kelvo.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
+#include <future>
 #include <vector>
 
+#include "Interrupt.h"
 #include "LoggedRuns.h"
 #include "Verb.h"
 
 namespace VELTRO::KELVO::Tool {
+
+namespace {
+
+constexpr std::chrono::milliseconds InterruptLook{50}, EndByItself{500};
+
+}  // namespace
 
 // They stand between heads of dashes.
 std::string WordsOf(const std::string& text) {
@@ -40,12 +49,13 @@ CardPlace ParseCard(const std::string& text) {
   return place;
 }
 
-Session::~Session() {
+void Session::Disconnect() {
   for (const auto& [name, handle] : cards_) {
     const bool isLogged = vlDisableCommandLogging(handle) == 0;
     if (!isLogged) Out.Remark("The log is not whole: " + LastError() + ".");
     vlDisconnect(handle);
   }
+  cards_.clear();
 }
 
 std::int32_t Session::Card() {
@@ -91,7 +101,7 @@ void Session::Connect(const std::string& name, bool isSerial) {
 // Several cards have a file each.
 void Session::StartLog(std::size_t card) const {
   const bool isAsked = !choice_.Log.empty();
-  std::string path = isAsked ? choice_.Log : FileOfLoggedRun();
+  std::string path = isAsked ? choice_.Log : choice_.MayBeLogged ? FileOfLoggedRun() : "";
   if (path.empty()) return;
   if (card > 0) path += "." + std::to_string(card + 1);
   if (vlEnableCommandLogging(cards_[card].Handle, path.c_str(), -1) < 0)
@@ -100,13 +110,28 @@ void Session::StartLog(std::size_t card) const {
 }
 
 std::int64_t Session::Check(std::int64_t result) const {
-  if (result >= 0) return result;
-  const std::string text = LastError();
+  if (result < 0) Fail(LastError());
+  return result;
+}
+
+void Session::Fail(const std::string& text) const {
   for (const auto& [name, handle] : cards_) {
     if (!IsConnected(handle))
       throw Failure(ExitCode::NoConnection, "The connection to the card was lost: " + text);
   }
   throw Refused(text);
+}
+
+bool Session::CheckUnlessInterrupted(const Interrupt& interrupt, const std::function<std::int64_t()>& call) {
+  // The error's text is the calling thread's own.
+  auto error = std::async(std::launch::async, [&] { return call() < 0 ? LastError() : std::string(); });
+  while (error.wait_for(InterruptLook) != std::future_status::ready && !interrupt.Came()) {
+  }
+  // A transfer of a file ends by itself when the card goes on answering.
+  if (interrupt.Came() && error.wait_for(EndByItself) != std::future_status::ready) Disconnect();
+  const std::string text = error.get();
+  if (!text.empty() && !interrupt.Came()) Fail(text);
+  return !interrupt.Came();
 }
 
 bool IsConnected(std::int32_t handle) {

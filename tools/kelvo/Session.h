@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,7 @@ CardPlace ParseCard(const std::string& text);
 struct CardChoice {
   std::vector<std::string> Cards, Serials;  // what was given for the options, or the environment
   std::string Timeout, Log;
+  bool MayBeLogged = true;  // as "log on" wants it
 };
 
 struct NamedCard {
@@ -33,10 +35,12 @@ struct NamedCard {
   std::int32_t Handle;
 };
 
+class Interrupt;
+
 class Session {
  public:
   Session(Output output, CardChoice choice) : Out(output), choice_(std::move(choice)) {}
-  ~Session();
+  ~Session() { Disconnect(); }
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
@@ -48,9 +52,15 @@ class Session {
   const std::vector<NamedCard>& Cards();
   // Throws Failure when a function of the library has failed: NoConnection if that has ended the connection.
   std::int64_t Check(std::int64_t result) const;
+  // The same for one that failed with this text.
+  [[noreturn]] void Fail(const std::string& text) const;
+  // Calls a function of the library, in another thread, and throws like Check. Ctrl-C ends the call, if need be by ending
+  // all connections; then it returns false, and the next Card() is connected anew.
+  bool CheckUnlessInterrupted(const Interrupt& interrupt, const std::function<std::int64_t()>& call);
 
  private:
   void Connect(const std::string& name, bool isSerial);
+  void Disconnect();
   void StartLog(std::size_t card) const;
 
   const CardChoice choice_;

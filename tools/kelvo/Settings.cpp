@@ -6,6 +6,7 @@
 #include <cctype>
 #include <memory>
 
+#include "RecordChoices.h"
 #include "RecordJson.h"
 #include "SoundsLike.h"
 #include "capi/FlatRecord.h"
@@ -54,6 +55,7 @@ constexpr Area AreaOf(std::string_view name, std::int32_t (*load)(std::int32_t),
   using Way = Crossing<R, GetConfig, SetConfig>;
   return {name,
           [] { return Form::To(R()); },
+          &RecordJson::Choices<R>,
           [](Session& session) { return Form::To(Way::Fetch(session)); },
           [](Session& session, const Json& settings, const std::string& path) {
             R record = Way::Fetch(session);
@@ -196,6 +198,18 @@ FieldPath ParseField(std::string_view text) {
     }
   }
   return path;
+}
+
+std::vector<std::string> ChoicesFor(const FieldPath& path) {
+  Json choices = path.Of->Choices();
+  for (const std::string& step : path.Steps) {
+    if (!choices.is_object()) return {};
+    const auto found = choices.contains(RecordJson::EveryElement) ? choices.find(RecordJson::EveryElement)
+                                                                  : choices.find(step);
+    if (found == choices.end()) return {};
+    choices = Json(*found);
+  }
+  return choices.is_array() ? choices.get<std::vector<std::string>>() : std::vector<std::string>();
 }
 
 Json& FindField(Json& settings, const FieldPath& path) {

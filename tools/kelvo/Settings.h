@@ -16,6 +16,7 @@ namespace VELTRO::KELVO::Tool {
 struct Area {
   std::string_view Name;  // "laser"
   Json (*Defaults)();
+  Json (*Choices)();  // see RecordChoices.h
   Json (*Get)(Session& session);
   // Sends `settings`; what they leave out is as it is on the card. Throws Failure, WrongUsage, for a field that is not
   // there and a value that it does not take, with the place behind `path`; nothing is sent then.
@@ -42,6 +43,8 @@ struct FieldPath {
 };
 // Throws Failure, WrongUsage.
 FieldPath ParseField(std::string_view text);
+// What the field can be, by name; empty when that is not a few names, and when there is no such field.
+std::vector<std::string> ChoicesFor(const FieldPath& path);
 // The value of the field in its area's settings. Throws Failure, WrongUsage, when there is none.
 Json& FindField(Json& settings, const FieldPath& path);
 

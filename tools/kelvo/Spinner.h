@@ -1,7 +1,11 @@
-// Says on a terminal that something takes its time.
+// Says that something takes its time: on a terminal in one line that changes, elsewhere in a line at the start and, for
+// a bar, one at the end. On standard error; nothing when the tool is to be quiet.
 #pragma once
 
-#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -19,26 +23,54 @@ class Spinner {
   void Stop() const;
 
  private:
-  mutable std::atomic<bool> stopping_{false};
+  mutable std::mutex mutex_;
+  mutable std::condition_variable stopped_;
+  mutable bool isStopped_ = false;
   mutable std::thread thread_;
 };
 
-// A bar on a terminal's standard error, with what is done of how much; without a terminal a line at the end.
+// How much longer something takes. Times are in seconds since its start.
+class TimeLeft {
+ public:
+  // Where it is known what the whole takes, that counts; else it is reckoned from the part that is done.
+  explicit TimeLeft(std::optional<double> whole = {}) : whole_(whole) {}
+
+  // Smoothed, and a new one twice a second at most, so that it can be read. Nothing as long as there is nothing to reckon
+  // with, and when it takes longer than it was said to.
+  std::optional<double> At(double now, double part);
+
+ private:
+  std::optional<double> Reckon(double now, double part) const;
+
+  const std::optional<double> whole_;
+  double latest_ = -1;
+  std::optional<double> left_;
+};
+
+// A bar with what is done of how much, and the time left.
 class Bar {
  public:
-  Bar(const Output& out, std::string text);
+  // `whole`: the seconds that it is going to take, where they are known.
+  Bar(const Output& out, std::string text, std::optional<double> whole = {});
   ~Bar() { End(); }
   Bar(const Bar&) = delete;
   Bar& operator=(const Bar&) = delete;
 
-  void Show(double part, const std::string& remark = {});
+  // Part 1 is the end. May be called as often as there is news.
+  void Show(double part);
   void End();
 
  private:
-  const bool isShown_;
+  void Draw(std::int64_t now);
+
+  const Output& out_;
+  const bool isOnTerminal_;
   const std::string text_;
-  bool isOpen_ = false;
-  std::int64_t latest_ = 0;
+  const std::int64_t start_;
+  TimeLeft timeLeft_;
+  bool isOpen_ = true, isDrawn_ = false;
+  double part_ = 0;
+  std::int64_t drawn_ = 0;
 };
 
 }  // namespace VELTRO::KELVO::Tool

@@ -1,5 +1,6 @@
 #include "Verb.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <system_error>
@@ -62,6 +63,29 @@ const std::string& Arguments::Text(std::string_view name) const {
 
 std::int64_t Arguments::Whole(std::string_view name, std::int64_t least, std::int64_t most) const {
   return ParseWhole(name, Text(name), least, most);
+}
+
+Kind KindOf(const Parameter& parameter) {
+  struct Row {
+    std::string_view Value;
+    Kind Is;
+  };
+  static constexpr Row Kinds[] = {
+      {"FILE", Kind::LocalFile},
+      {"LOCAL", Kind::LocalFile},
+      {"FILE-OR-AREA", Kind::FileOrArea},
+      {"AREA", Kind::Area},
+      {"FIELD", Kind::Field},
+      {"FIELD=VALUE", Kind::FieldValue},
+      {"ID", Kind::ListId},
+      {"DIRECTORY", Kind::CardDirectory},
+      {"REMOTE", Kind::CardFile},
+      {"STATE", Kind::OnOrOff},
+      {"DIR", Kind::LocalFile},
+  };
+  const auto* const found =
+      std::ranges::find(Kinds, parameter.IsOption() ? parameter.Value : parameter.Name, &Row::Value);
+  return found == std::end(Kinds) ? Kind::Text : found->Is;
 }
 
 std::vector<const Verb*> AllVerbs() {

@@ -26,7 +26,24 @@ struct Parameter {
   } Number = One;  // of arguments; an option is given once, or any number of times
 
   bool IsOption() const { return Name.starts_with('-'); }
+  bool IsMany() const { return Number == Any || Number == AtLeastOne; }
 };
+
+// What stands for a parameter's value, so that it can be completed.
+enum class Kind {
+  Text,
+  LocalFile,
+  FileOrArea,
+  Area,
+  Field,
+  FieldValue,
+  ListId,
+  CardDirectory,
+  CardFile,
+  OnOrOff
+};
+// It follows from what the help calls the value: FILE, ID, FIELD and so on.
+Kind KindOf(const Parameter& parameter);
 
 // What was given for the parameters of a verb. The getters take a parameter's name.
 class Arguments {

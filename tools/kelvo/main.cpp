@@ -8,6 +8,8 @@
 #include <exception>
 
 #include "CommandLine.h"
+#include "Completion.h"
+#include "Manual.h"
 #include "Session.h"
 
 using namespace VELTRO::KELVO::Tool;
@@ -33,6 +35,9 @@ int Fail(const Failure& failure) {
 }
 
 int Run(const std::vector<std::string>& words) {
+  // These are nobody's verbs: shells ask the one, the build the other.
+  if (!words.empty() && words[0] == "__complete") return Complete({words.begin() + 1, words.end()});
+  if (!words.empty() && words[0] == "__manual") return PrintManual();
   try {
     const auto line = ParseCommandLine(words);
     if (!line) return 0;
