@@ -31,7 +31,7 @@ TEST(Tool, RefusesWhatItCannotRead) {
       {"echo \"{\\\"laser\\\": {\\\"Fps\\\": 1}}\" >x; kelvo config import x", 2,
        "There is no field 'laser.Fps'."},
       {"kelvo list run none.txt", 1, "Cannot open 'none.txt'"},
-      {"echo abc >x; kelvo list put 1 x", 1, "'x': Illegal list content!"},
+      {"echo abc >x; kelvo list put 1 x", 1, "x:1:1: Unable to parse command."},
       {"kelvo list get 99", 1, "There is no list 99 on the card."},
       {"kelvo files put x JOBFILE/x", 2, "There is no directory 'JOBFILE'. Did you mean 'JOBFILES'?"},
       {"kelvo files put none JOBFILES/x", 1, "Cannot open 'none': No such file or directory."},

@@ -17,10 +17,6 @@ constexpr std::size_t MostBarWidth = 30, LeastBarWidth = 5;
 constexpr std::size_t RestWidth = 27;  // brackets, percents, time left, and one column that stays free
 constexpr double SmoothingSeconds = 3, FirstReckoning = 1, BetweenReckonings = 0.5;
 
-bool IsTerminal(const Output& out) {
-  return !out.IsQuiet && isatty(STDERR_FILENO) == 1;
-}
-
 std::size_t Columns() {
   winsize size{};
   return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
@@ -55,6 +51,10 @@ std::string Shortened(const std::string& text, std::size_t most) {
 }
 
 }  // namespace
+
+bool IsTerminal(const Output& out) {
+  return !out.IsQuiet && isatty(STDERR_FILENO) == 1;
+}
 
 Spinner::Spinner(const Output& out, std::string text) {
   if (!IsTerminal(out)) {

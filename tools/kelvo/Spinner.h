@@ -13,6 +13,9 @@
 
 namespace VELTRO::KELVO::Tool {
 
+// Whether what changes in its line is seen: on a terminal, unless the tool is to be quiet.
+bool IsTerminal(const Output& out);
+
 class Spinner {
  public:
   Spinner(const Output& out, std::string text);
