@@ -68,9 +68,10 @@ KELVO_API int32_t vlDisableCommandLogging(int32_t handle);
  * and answers alike: {"base64": "AQI="} for binary, {"number": "nan"}, "inf" or "-inf", {"map": [[key, value], ...]}
  * for maps whose keys are not all texts or that would look like one of these, {"text": "..."} in base64 for texts
  * that are no UTF-8, {"extension": [type, "..."]} in base64. A number with a fraction or an exponent is a double, any
- * other an integer; so 1.0 stands for a double that is whole. Returns 0, or -1: "The arguments are no JSON array."; a
- * text that says which of these objects is none; "Buffer is too small." unless `size` is at least the length plus 2,
- * when the card has carried out the call all the same; or kelvo.h, 5. Remote. */
+ * other an integer; so 1.0 stands for a double that is whole. Returns 0, or -1: "The arguments are no JSON array.";
+ * "The arguments are nested too deeply." (more than 256 levels); "An object has the key 'KEY' twice."; a text that says
+ * which of these objects is none; "Buffer is too small." unless `size` is at least the length plus 2, when the card has
+ * carried out the call all the same; or kelvo.h, 5. Remote. */
 KELVO_API int32_t vlCallJson(int32_t handle, const char* method, const char* arguments, char* buffer,
                              uint32_t size, uint32_t* length);
 

@@ -1,7 +1,6 @@
 #include "kelvo/KelvoClientAPI.h"
 
 #include <cstring>
-#include <nlohmann/json.hpp>
 
 #include "capi/NewConnection.h"
 #include "capi/TextBuffer.h"
@@ -67,11 +66,8 @@ int32_t vlDisableCommandLogging(int32_t handle) {
 int32_t vlCallJson(int32_t handle, const char* method, const char* arguments, char* buffer, uint32_t size,
                    uint32_t* length) {
   return OnConnection(handle, [&](ConnectionContext& connection) {
-    NotNull(method, "method"), NotNull(buffer, "buffer"), NotNull(length, "length");
-    using Json = nlohmann::ordered_json;
-    const Json given = Json::parse(NotNull(arguments, "arguments"), nullptr, false);
-    if (!given.is_array()) throw std::runtime_error("The arguments are no JSON array.");
-    TellText(buffer, size, length, [&] { return connection.Client.CallJson(method, given).dump(); });
+    NotNull(method, "method"), NotNull(arguments, "arguments");
+    TellText(buffer, size, length, [&] { return connection.Client.CallJson(method, arguments); });
   });
 }
 

@@ -1,24 +1,26 @@
 #include "rpc/JsonForm.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <span>
 #include <stdexcept>
-#include <string>
-#include <string_view>
+#include <utility>
+#include <vector>
 
-#include "rpc/OutputPacket.h"
 #include "rpc/PackDouble.h"
 
 namespace VELTRO::KELVO::ClientLib::JsonForm {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Json = nlohmann::json;
 
-constexpr int MostDepth = 256;
+constexpr std::size_t MostDepth = 256;
 constexpr std::string_view Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr std::string_view Marks[] = {"base64", "number", "map", "text", "extension"};
 
@@ -60,6 +62,194 @@ bool IsMark(std::string_view key) {
   return std::find(std::begin(Marks), std::end(Marks), key) != std::end(Marks);
 }
 
+[[noreturn]] void RefuseMark(std::string_view key) {
+  throw std::runtime_error("An object with the key '" + std::string(key) + "' is not of its kind.");
+}
+
+// ---- From JSON
+
+enum class Kind : std::uint8_t { Nil, Boolean, Unsigned, Signed, Double, Text, Array, Object };
+
+struct Node {
+  Kind Is;
+  std::uint32_t Size;   // bytes of a text, elements of an array, members of an object
+  std::uint64_t Value;  // the bits of a number; where a text begins
+};
+
+// The values of a JSON text, each ahead of those that are in it; a member of an object is its key and its value.
+struct Nodes {
+  std::vector<Node> All;
+  std::string Texts;
+
+  std::string_view TextOf(const Node& node) const {
+    return std::string_view(Texts).substr(node.Value, node.Size);
+  }
+};
+
+// The names of the functions are those of the parser, which calls them for one thing after another.
+class Reader {
+ public:
+  explicit Reader(Nodes& nodes) : nodes_(nodes) {}
+
+  bool null() { return Add(Kind::Nil, 0); }
+  bool boolean(bool value) { return Add(Kind::Boolean, value ? 1 : 0); }
+  bool number_integer(std::int64_t value) { return Add(Kind::Signed, static_cast<std::uint64_t>(value)); }
+  bool number_unsigned(std::uint64_t value) { return Add(Kind::Unsigned, value); }
+  bool number_float(double value, const std::string&) {
+    return Add(Kind::Double, std::bit_cast<std::uint64_t>(value));
+  }
+  bool string(const std::string& value) {
+    Count();
+    return AddText(value);
+  }
+  bool binary(const Json::binary_t&) { return false; }  // no text has them
+  bool start_array(std::size_t) { return Open(Kind::Array); }
+  bool end_array() { return Close(); }
+  bool start_object(std::size_t) { return Open(Kind::Object); }
+  bool end_object() { return Close(); }
+  bool key(const std::string& name) {
+    if (!open_.back().Keys.insert(name).second) {
+      throw std::runtime_error("An object has the key '" + name + "' twice.");
+    }
+    return AddText(name);
+  }
+  bool parse_error(std::size_t, const std::string&, const Json::exception&) { return false; }
+
+ private:
+  struct Level {
+    std::size_t Place;
+    std::set<std::string> Keys;
+  };
+
+  // One more in what is open. Levels are counted while reading, so that the stack of the packing is as high as that.
+  void Count() {
+    if (open_.size() > MostDepth) throw std::runtime_error("The arguments are nested too deeply.");
+    if (!open_.empty()) ++nodes_.All[open_.back().Place].Size;
+  }
+  bool Add(Kind kind, std::uint64_t value) {
+    Count();
+    nodes_.All.push_back({kind, 0, value});
+    return true;
+  }
+  bool AddText(const std::string& text) {
+    nodes_.All.push_back({Kind::Text, static_cast<std::uint32_t>(text.size()), nodes_.Texts.size()});
+    nodes_.Texts += text;
+    return true;
+  }
+  bool Open(Kind kind) {
+    Add(kind, 0);
+    open_.push_back({nodes_.All.size() - 1, {}});
+    return true;
+  }
+  bool Close() {
+    open_.pop_back();
+    return true;
+  }
+
+  Nodes& nodes_;
+  std::vector<Level> open_;
+};
+
+class Packing {
+ public:
+  explicit Packing(const Nodes& nodes) : nodes_(nodes) {}
+
+  // The next value, with all that is in it.
+  void Pack() {
+    const Node& node = nodes_.All[next_++];
+    switch (node.Is) {
+      case Kind::Nil:
+        packer_.pack_nil();
+        return;
+      case Kind::Boolean:
+        packer_.pack(node.Value != 0);
+        return;
+      case Kind::Unsigned:
+        packer_.pack(node.Value);
+        return;
+      case Kind::Signed:
+        packer_.pack(static_cast<std::int64_t>(node.Value));
+        return;
+      case Kind::Double:
+        PackDouble(packer_, std::bit_cast<double>(node.Value));
+        return;
+      case Kind::Text:
+        PackBytes(true, nodes_.TextOf(node));
+        return;
+      case Kind::Array:
+        packer_.pack_array(node.Size);
+        for (std::uint32_t i = 0; i < node.Size; ++i) Pack();
+        return;
+      case Kind::Object:
+        PackObject(node);
+        return;
+    }
+  }
+  std::string Take() const { return {bytes_.data(), bytes_.size()}; }
+
+ private:
+  const Node& Take(Kind kind, std::string_view mark) {
+    const Node& node = nodes_.All[next_++];
+    if (node.Is != kind) RefuseMark(mark);
+    return node;
+  }
+  // An array of two.
+  void TakePair(std::string_view mark) {
+    if (Take(Kind::Array, mark).Size != 2) RefuseMark(mark);
+  }
+  void PackObject(const Node& object) {
+    if (object.Size == 1 && IsMark(nodes_.TextOf(nodes_.All[next_]))) {
+      return PackMarked(nodes_.TextOf(nodes_.All[next_++]));
+    }
+    packer_.pack_map(object.Size);
+    for (std::uint64_t i = 0; i < 2 * std::uint64_t{object.Size}; ++i) Pack();
+  }
+  void PackMarked(std::string_view mark) {
+    if (mark == "map") return PackPairs();
+    if (mark == "extension") return PackExtension();
+    const std::string_view text = nodes_.TextOf(Take(Kind::Text, mark));
+    if (mark == "number") return PackDouble(packer_, Number(text));
+    PackBytes(mark == "text", FromBase64(text));
+  }
+  void PackPairs() {
+    const std::uint32_t count = Take(Kind::Array, "map").Size;
+    packer_.pack_map(count);
+    for (std::uint32_t i = 0; i < count; ++i) {
+      TakePair("map");
+      Pack();
+      Pack();
+    }
+  }
+  void PackExtension() {
+    TakePair("extension");
+    const Node& number = nodes_.All[next_++];
+    const auto type = static_cast<std::int8_t>(number.Value);
+    const bool isInteger = number.Is == Kind::Signed || (number.Is == Kind::Unsigned && type >= 0);
+    if (!isInteger || static_cast<std::uint64_t>(type) != number.Value) RefuseMark("extension");
+    const std::string bytes = FromBase64(nodes_.TextOf(Take(Kind::Text, "extension")));
+    packer_.pack_ext(bytes.size(), type);
+    packer_.pack_ext_body(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+  }
+  void PackBytes(bool isText, std::string_view bytes) {
+    const auto size = static_cast<std::uint32_t>(bytes.size());
+    isText ? packer_.pack_str(size) : packer_.pack_bin(size);
+    isText ? packer_.pack_str_body(bytes.data(), size) : packer_.pack_bin_body(bytes.data(), size);
+  }
+  static double Number(std::string_view text) {
+    if (text == "nan") return std::numeric_limits<double>::quiet_NaN();
+    if (text == "inf") return std::numeric_limits<double>::infinity();
+    if (text == "-inf") return -std::numeric_limits<double>::infinity();
+    RefuseMark("number");
+  }
+
+  const Nodes& nodes_;
+  std::size_t next_ = 0;
+  msgpack::sbuffer bytes_;
+  msgpack::packer<msgpack::sbuffer> packer_{bytes_};
+};
+
+// ---- To JSON
+
 bool IsUtf8(std::string_view text) {
   try {
     static_cast<void>(Json(text).dump());
@@ -69,153 +259,109 @@ bool IsUtf8(std::string_view text) {
   }
 }
 
-Json FromText(std::string_view text) {
-  return IsUtf8(text) ? Json(text) : Json{{"text", ToBase64(text)}};
+void Append(std::string& text, const msgpack::object& object);
+
+void AppendMarked(std::string& text, std::string_view mark, std::string_view value) {
+  text.append("{\"").append(mark).append("\":").append(value).append("}");
 }
 
-Json FromNumber(double number) {
-  if (std::isfinite(number)) return number;
-  return {{"number", std::isnan(number) ? "nan" : number > 0 ? "inf" : "-inf"}};
+std::string QuotedBase64(std::string_view bytes) {
+  return "\"" + ToBase64(bytes) + "\"";
 }
 
-Json FromMap(std::span<const msgpack::object_kv> entries) {
-  Json object = Json::object();
-  bool isObject = true;
+void AppendNumber(std::string& text, double number) {
+  if (std::isfinite(number)) {
+    text += Json(number).dump();
+  } else {
+    AppendMarked(text, "number", std::isnan(number) ? "\"nan\"" : number > 0 ? "\"inf\"" : "\"-inf\"");
+  }
+}
+
+void AppendElements(std::string& text, std::span<const msgpack::object> elements) {
+  const char* separator = "[";
+  for (const msgpack::object& element : elements) Append(text.append(std::exchange(separator, ",")), element);
+  text.append(elements.empty() ? "[]" : "]");
+}
+
+// Whether they can be the members of an object: with names, each its own, which does not look like one of those above.
+bool AreMembers(std::span<const msgpack::object_kv> entries) {
+  std::vector<std::string_view> names;
   for (const auto& [key, value] : entries) {
-    const std::string_view name = key.type == msgpack::type::STR
-                                      ? std::string_view(key.via.str.ptr, key.via.str.size)
-                                      : std::string_view();
-    isObject = isObject && key.type == msgpack::type::STR && IsUtf8(name) && !object.contains(name);
-    if (isObject) object[std::string(name)] = From(value);
+    if (key.type != msgpack::type::STR) return false;
+    names.emplace_back(key.via.str.ptr, key.via.str.size);
+    if (!IsUtf8(names.back())) return false;
   }
-  if (isObject && !(entries.size() == 1 && IsMark(object.begin().key()))) return object;
-  Json pairs = Json::array();
-  for (const auto& [key, value] : entries) pairs.push_back(Json::array({From(key), From(value)}));
-  return {{"map", std::move(pairs)}};
+  if (names.size() == 1 && IsMark(names.front())) return false;
+  std::ranges::sort(names);
+  return std::ranges::adjacent_find(names) == names.end();
 }
 
-[[noreturn]] void RefuseMark(const std::string& key) {
-  throw std::runtime_error("An object with the key '" + key + "' is not of its kind.");
+void AppendMap(std::string& text, std::span<const msgpack::object_kv> entries) {
+  const bool areMembers = AreMembers(entries);
+  text.append(areMembers ? "{" : "{\"map\":[");
+  const char* separator = areMembers ? "" : "[";
+  for (const auto& [key, value] : entries) {
+    Append(text.append(std::exchange(separator, areMembers ? "," : "],[")), key);
+    Append(text.append(areMembers ? ":" : ","), value);
+  }
+  text.append(areMembers ? "}" : "]]}");
 }
 
-const std::string& TextOf(const Json& json, const std::string& key) {
-  if (!json.is_string()) RefuseMark(key);
-  return json.get_ref<const std::string&>();
-}
-
-void PackBytes(msgpack::packer<OutputPacket>& packer, bool isText, const std::string& bytes) {
-  const auto size = static_cast<std::uint32_t>(bytes.size());
-  isText ? packer.pack_str(size) : packer.pack_bin(size);
-  isText ? packer.pack_str_body(bytes.data(), size) : packer.pack_bin_body(bytes.data(), size);
-}
-
-class Packing {
- public:
-  explicit Packing(OutputPacket& packet) : packer_(packet) {}
-
-  void Pack(const Json& json, int depth) {
-    if (depth > MostDepth) throw std::runtime_error("The arguments are nested too deeply.");
-    if (json.is_null()) {
-      packer_.pack_nil();
-    } else if (json.is_boolean()) {
-      packer_.pack(json.get<bool>());
-    } else if (json.is_number_unsigned()) {
-      packer_.pack(json.get<std::uint64_t>());
-    } else if (json.is_number_integer()) {
-      packer_.pack(json.get<std::int64_t>());
-    } else if (json.is_number()) {
-      PackDouble(packer_, json.get<double>());
-    } else if (json.is_string()) {
-      PackBytes(packer_, true, json.get_ref<const std::string&>());
-    } else if (json.is_array()) {
-      packer_.pack_array(static_cast<std::uint32_t>(json.size()));
-      for (const Json& part : json) Pack(part, depth + 1);
-    } else if (json.size() == 1 && IsMark(json.begin().key())) {
-      PackMarked(json.begin().key(), json.front(), depth);
-    } else {
-      packer_.pack_map(static_cast<std::uint32_t>(json.size()));
-      for (const auto& [key, value] : json.items()) {
-        PackBytes(packer_, true, key);
-        Pack(value, depth + 1);
-      }
-    }
-  }
-
- private:
-  void PackMarked(const std::string& key, const Json& value, int depth) {
-    if (key == "map") return PackPairs(value, depth);
-    if (key == "extension") return PackExtension(value);
-    const std::string& text = TextOf(value, key);
-    if (key == "number") return PackDouble(packer_, Number(text));
-    PackBytes(packer_, key == "text", FromBase64(text));
-  }
-
-  void PackPairs(const Json& pairs, int depth) {
-    if (!pairs.is_array()) RefuseMark("map");
-    packer_.pack_map(static_cast<std::uint32_t>(pairs.size()));
-    for (const Json& pair : pairs) {
-      if (!pair.is_array() || pair.size() != 2) RefuseMark("map");
-      Pack(pair[0], depth + 1);
-      Pack(pair[1], depth + 1);
-    }
-  }
-
-  void PackExtension(const Json& value) {
-    if (!value.is_array() || value.size() != 2 || !value[0].is_number_integer()) RefuseMark("extension");
-    const auto type = value[0].get<std::int64_t>();
-    if (type < -128 || type > 127) RefuseMark("extension");
-    const std::string bytes = FromBase64(TextOf(value[1], "extension"));
-    packer_.pack_ext(bytes.size(), static_cast<std::int8_t>(type));
-    packer_.pack_ext_body(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-  }
-
-  static double Number(const std::string& text) {
-    if (text == "nan") return std::numeric_limits<double>::quiet_NaN();
-    if (text == "inf") return std::numeric_limits<double>::infinity();
-    if (text == "-inf") return -std::numeric_limits<double>::infinity();
-    RefuseMark("number");
-  }
-
-  msgpack::packer<OutputPacket> packer_;
-};
-
-}  // namespace
-
-Json From(const msgpack::object& object) {
+void Append(std::string& text, const msgpack::object& object) {
+  const auto& via = object.via;
   switch (object.type) {
     case msgpack::type::NIL:
-      return nullptr;
+      text += "null";
+      return;
     case msgpack::type::BOOLEAN:
-      return object.via.boolean;
+      text += via.boolean ? "true" : "false";
+      return;
     case msgpack::type::POSITIVE_INTEGER:
-      return object.via.u64;
+      text += std::to_string(via.u64);
+      return;
     case msgpack::type::NEGATIVE_INTEGER:
-      return object.via.i64;
+      text += std::to_string(via.i64);
+      return;
     case msgpack::type::FLOAT32:
     case msgpack::type::FLOAT64:
-      return FromNumber(object.via.f64);
-    case msgpack::type::STR:
-      return FromText({object.via.str.ptr, object.via.str.size});
-    case msgpack::type::BIN:
-      return {{"base64", ToBase64({object.via.bin.ptr, object.via.bin.size})}};
-    case msgpack::type::EXT:
-      return {{"extension",
-               Json::array({object.via.ext.type(), ToBase64({object.via.ext.data(), object.via.ext.size})})}};
-    case msgpack::type::ARRAY: {
-      Json array = Json::array();
-      for (const msgpack::object& element : std::span(object.via.array.ptr, object.via.array.size)) {
-        array.push_back(From(element));
-      }
-      return array;
+      return AppendNumber(text, via.f64);
+    case msgpack::type::STR: {
+      const std::string_view bytes(via.str.ptr, via.str.size);
+      IsUtf8(bytes) ? static_cast<void>(text += Json(bytes).dump())
+                    : AppendMarked(text, "text", QuotedBase64(bytes));
+      return;
     }
+    case msgpack::type::BIN:
+      return AppendMarked(text, "base64", QuotedBase64({via.bin.ptr, via.bin.size}));
+    case msgpack::type::EXT:
+      return AppendMarked(
+          text, "extension",
+          "[" + std::to_string(via.ext.type()) + "," + QuotedBase64({via.ext.data(), via.ext.size}) + "]");
+    case msgpack::type::ARRAY:
+      return AppendElements(text, {via.array.ptr, via.array.size});
     case msgpack::type::MAP:
-      return FromMap({object.via.map.ptr, object.via.map.size});
+      return AppendMap(text, {via.map.ptr, via.map.size});
   }
   throw msgpack::type_error();
 }
 
-void Pack(const Json& json, OutputPacket& packet) {
-  Packing(packet).Pack(json, 0);
+}  // namespace
+
+std::string Pack(std::string_view json) {
+  Nodes nodes;
+  Reader reader(nodes);
+  if (!Json::sax_parse(json, &reader) || nodes.All.front().Is != Kind::Array) {
+    throw std::runtime_error("The arguments are no JSON array.");
+  }
+  Packing packing(nodes);
+  packing.Pack();
+  return packing.Take();
+}
+
+std::string TextOf(const msgpack::object& object) {
+  std::string text;
+  Append(text, object);
+  return text;
 }
 
 }  // namespace VELTRO::KELVO::ClientLib::JsonForm

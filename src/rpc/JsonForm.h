@@ -7,21 +7,19 @@
 // A number with a fraction or an exponent is a double, any other an integer.
 #pragma once
 
-#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <string_view>
 
 #include "rpc/MsgPack.h"
 
-namespace VELTRO::KELVO::ClientLib {
+// Neither way is there a tree of the JSON library's values: it looks for each key of an object among all that it has,
+// and its end takes memory, where there is none that of the process.
+namespace VELTRO::KELVO::ClientLib::JsonForm {
 
-class OutputPacket;
+// A JSON array as MessagePack. Throws std::runtime_error "The arguments are no JSON array.", "The arguments are nested
+// too deeply." (more than 256 levels), "An object has the key 'KEY' twice.", or for an object with one of the keys above
+// that is none of its kind.
+std::string Pack(std::string_view json);
+std::string TextOf(const msgpack::object& object);
 
-namespace JsonForm {
-
-nlohmann::ordered_json From(const msgpack::object& object);
-// Throws std::runtime_error for an object with one of these keys that is none of its kind, and for values nested deeper
-// than 256.
-void Pack(const nlohmann::ordered_json& json, OutputPacket& packet);
-
-}  // namespace JsonForm
-
-}  // namespace VELTRO::KELVO::ClientLib
+}  // namespace VELTRO::KELVO::ClientLib::JsonForm

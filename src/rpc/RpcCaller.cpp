@@ -1,6 +1,6 @@
 #include "rpc/RpcCaller.h"
 
-#include <nlohmann/json.hpp>
+#include <span>
 
 #include "rpc/JsonForm.h"
 
@@ -8,30 +8,33 @@ namespace VELTRO::KELVO::ClientLib {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 class JsonCall : public RemoteCall {
  public:
-  JsonCall(std::string_view method, const Json& arguments) : RemoteCall(method), arguments_(arguments) {}
+  JsonCall(std::string_view method, std::string_view arguments)
+      : RemoteCall(method), arguments_(JsonForm::Pack(arguments)) {}
 
-  void PackArguments(OutputPacket& packet) const override { JsonForm::Pack(arguments_, packet); }
+  void PackArguments(OutputPacket& packet) const override {
+    packet.write(arguments_.data(), arguments_.size());
+  }
   void LogArguments(RpcLogger& logger) const override {
-    for (const Json& argument : arguments_) logger.Append(argument.dump());
+    const auto whole = msgpack::unpack(arguments_.data(), arguments_.size());
+    const auto& array = whole->via.array;
+    for (const auto& argument : std::span(array.ptr, array.size)) logger.Append(JsonForm::TextOf(argument));
   }
-  void TakeResult(InputPacket& answer) override { Result = JsonForm::From(answer.Unpack().get()); }
+  void TakeResult(InputPacket& answer) override { Result = JsonForm::TextOf(answer.Unpack().get()); }
   void LogResult(RpcLogger& logger) const override {
-    if (!Result.is_null()) logger.Append(Result.dump());
+    if (Result != "null") logger.Append(Result);
   }
 
-  Json Result;
+  std::string Result;
 
  private:
-  const Json& arguments_;
+  const std::string arguments_;
 };
 
 }  // namespace
 
-Json RpcCaller::CallJson(std::string_view method, const Json& arguments) {
+std::string RpcCaller::CallJson(std::string_view method, std::string_view arguments) {
   JsonCall call(method, arguments);
   Perform(call);
   return std::move(call.Result);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <nlohmann/json_fwd.hpp>
+#include <string>
 #include <string_view>
 #include <tuple>
 #include <type_traits>
@@ -75,9 +75,9 @@ class RpcCaller {
   // result of another kind, std::runtime_error for what can happen to the connection.
   template <class Result = void, class... Args>
   auto Call(Checked<Result, Args...> method, const Args&... args);
-  // Calls a method that no row needs to know. The arguments, which are an array, and the result are as JsonForm has
-  // them. Throws as Call and JsonForm::Pack do.
-  nlohmann::ordered_json CallJson(std::string_view method, const nlohmann::ordered_json& arguments);
+  // Calls a method that no row needs to know. The arguments, an array, and the result are JSON as JsonForm has it. Throws
+  // as Call and JsonForm::Pack do.
+  std::string CallJson(std::string_view method, std::string_view arguments);
   // For what a destructor tells a card that may be dead: sends the call if that is possible at once, and waits for
   // nothing. Whether the card does it stays unknown. Throws nothing.
   template <class... Args>

@@ -94,23 +94,31 @@ TEST(Callbacks, MayDoAllButWaitForThemselvesAndDisconnect) {
 }
 
 TEST(Callbacks, KeepADisconnectUntilTheyReturn) {
-  FakeCard card(Notifying());
+  std::atomic<bool> asked{false};
+  FakeCard card(FakeCard::Answering([&](const Request& request) {
+    asked = request.Method == "LaserOn";
+    return asked ? "" : Response(request.Id, false) + Notification(0x11, 5);
+  }));
   const std::int32_t handle = vlConnect("127.0.0.1", card.Port());
   shared.Begin();
   std::uint32_t id = 0;
   vlListRegisterProgressCallback(handle, &BlockUntilReleased, &id);
   EXPECT_OK(vlListExecute(handle, 1));
   ASSERT_TRUE(shared.WaitUntilDone());
-  // A wait ends before the callback, which is released by it, does.
+  // A wait and a call end before the callback, which is released by them, does.
   std::thread waiting([&] {
-    std::int32_t value = 0;
-    EXPECT_FAILS(vlListWaitForListDone(handle, &value, 5000), "ConnectionAborted");
-    shared.Release("wait ended");
+    Together(2, [&](std::uint32_t i) {
+      std::int32_t value = 0;
+      EXPECT_FAILS(i == 0 ? vlListWaitForListDone(handle, &value, 5000) : vlLaserLaserOn(handle),
+                   "ConnectionAborted");
+    });
+    shared.Release("waits ended");
   });
+  while (!asked) std::this_thread::yield();
   const Stopwatch watch;
   EXPECT_OK(vlDisconnect(handle));
   EXPECT_LT(watch.Milliseconds(), 2000);
-  EXPECT_EQ(shared.found, (std::vector<std::string>{"wait ended", "returned"}));
+  EXPECT_EQ(shared.found, (std::vector<std::string>{"waits ended", "returned"}));
   waiting.join();
 }
 
@@ -150,35 +158,43 @@ TEST(Callbacks, ThatWaitForEachOtherAreToldSo) {
   FakeCard card(FakeCard::Answering([](const Request& request) {
     return Response(request.Id, false) + (request.Method == "ExecuteList" ? Notification(0x11, 5) : "");
   }));
-  Connection one(card.Port()), two(card.Port());
   static std::int32_t handles[2];
+  static std::uint32_t id;
   static std::atomic<int> refused, answered, ended;
   static std::barrier<>* together;
-  std::barrier<> both(2);
-  together = &both;
-  handles[0] = one;
-  handles[1] = two;
+  static std::int32_t (*wait)(std::int32_t other);
+  std::int32_t (*const waits[])(std::int32_t) = {
+      [](std::int32_t other) { return vlListExecute(other, 1); },
+      [](std::int32_t other) { return vlListUnRegisterProgressCallback(other, id); }};
   const auto meet = [](std::int32_t handle, std::int32_t) {
     static thread_local bool entered = false;
     if (std::exchange(entered, true)) return;  // a later event
     together->arrive_and_wait();
-    if (vlListExecute(handles[handle == handles[0] ? 1 : 0], 1) == 0) {
+    if (wait(handles[handle == handles[0] ? 1 : 0]) == 0) {
       ++answered;
     } else {
       refused += LastError() == "A callback must not wait for a connection whose callback waits for its own.";
     }
     if (++ended == 2) shared.Finish();
   };
-  std::uint32_t id = 0;
-  for (const std::int32_t handle : handles) vlListRegisterProgressCallback(handle, meet, &id);
-  shared.Begin();
-  const AtMost promptly(5000);
-  for (const std::int32_t handle : handles) EXPECT_OK(vlListExecute(handle, 1));
-  // One that is unregistered before it has begun does not come any more, and the other would wait for it.
-  ASSERT_TRUE(shared.WaitUntilDone());
-  for (const std::int32_t handle : handles) EXPECT_OK(vlListUnRegisterProgressCallback(handle, id));
-  EXPECT_EQ(refused, 1);
-  EXPECT_EQ(answered, 1);
+  for (const auto each : waits) {
+    Connection one(card.Port()), two(card.Port());
+    std::barrier<> both(2);
+    together = &both;
+    wait = each;
+    handles[0] = one;
+    handles[1] = two;
+    refused = answered = ended = 0;
+    for (const std::int32_t handle : handles) vlListRegisterProgressCallback(handle, meet, &id);
+    shared.Begin();
+    const AtMost promptly(5000);
+    for (const std::int32_t handle : handles) EXPECT_OK(vlListExecute(handle, 1));
+    // One that is unregistered before it has begun does not come any more, and the other would wait for it.
+    ASSERT_TRUE(shared.WaitUntilDone());
+    for (const std::int32_t handle : handles) EXPECT_OK(vlListUnRegisterProgressCallback(handle, id));
+    EXPECT_EQ(refused, 1);
+    EXPECT_EQ(answered, 1);
+  }
 }
 
 TEST(Notifications, OfErrorsReachTheirCallbacks) {

@@ -396,8 +396,8 @@ TEST(Log, HoldsTheVersionsThenTheCalls) {
                "Unable to open log file '" + pipe + "': No such device or address");
   unlink(pipe.c_str());
   Together(4, [&](std::uint32_t) {
-    for (int i = 0; i < 50; ++i) {
-      EXPECT_OK(vlEnableCommandLogging(connection, path.c_str(), -1));
+    for (int i = 0; i < 20000; ++i) {  // so often, and so quickly, that they meet
+      ASSERT_OK(vlEnableCommandLogging(connection, "/dev/null", -1));
     }
   });
   EXPECT_OK(vlEnableCommandLogging(connection, testing::TempDir().c_str(), 0));

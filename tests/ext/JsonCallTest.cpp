@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "ext/AskedCard.h"
+#include "support/FailingMemory.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -85,6 +86,10 @@ TEST(JsonCalls, RefuseWhatIsNone) {
       {R"([{"number": "1"}])", "An object with the key 'number' is not of its kind."},
       {R"([{"map": [[1]]}])", "An object with the key 'map' is not of its kind."},
       {R"([{"extension": [128, ""]}])", "An object with the key 'extension' is not of its kind."},
+      {R"([{"extension": [18446744073709551615, ""]}])",
+       "An object with the key 'extension' is not of its kind."},
+      {R"([{"extension": [-129, ""]}])", "An object with the key 'extension' is not of its kind."},
+      {R"([{"a": {"a": 1}, "b": {"a": 2}, "a": 3}])", "An object has the key 'a' twice."},
       {std::string(300, '[') + std::string(300, ']'), "The arguments are nested too deeply."},
   };
   for (const auto& [arguments, text] : rows) EXPECT_EQ(Called(card.Handle, arguments), text);
@@ -93,6 +98,53 @@ TEST(JsonCalls, RefuseWhatIsNone) {
   std::uint32_t length = 0;
   card.Answer = "\xA2\x61\x62";
   EXPECT_FAILS(vlCallJson(card.Handle, "M", "[]", text, 4, &length), "Buffer is too small.");
+}
+
+TEST(JsonCalls, TakeTimeThatGrowsWithTheirText) {
+  constexpr std::uint32_t Members = 100000;
+  AskedCard card;
+  msgpack::sbuffer answer;
+  msgpack::packer packer(answer);
+  packer.pack_map(Members);
+  std::string object = "{";
+  for (std::uint32_t i = 0; i < Members; ++i) {
+    packer.pack(std::to_string(i)).pack(i);
+    object.append(i > 0 ? "," : "").append("\"" + std::to_string(i) + "\":" + std::to_string(i));
+  }
+  object += "}";
+  card.Answer.assign(answer.data(), answer.size());
+  std::string text(object.size() + 2, 'x');
+  std::uint32_t length = 0;
+  const AtMost promptly(5000);
+  EXPECT_OK(vlCallJson(card.Handle, "Method", ("[" + object + "]").c_str(), text.data(),
+                       static_cast<std::uint32_t>(text.size()), &length));
+  EXPECT_TRUE(card.Sent == "\x91" + card.Answer);
+  text.resize(length);
+  EXPECT_TRUE(text == object);
+}
+
+TEST(JsonCalls, SurviveEveryAllocationThatFails) {
+  AskedCard card;
+  const std::string object = R"({"key":[{"inner":[{}]},"a text that needs memory of its own"]})",
+                    arguments = "[" + object + "]";
+  card.Answer =
+      "\x81\xA3key\x92\x81\xA5inner\x91\x80\xD9\x23"
+      "a text that needs memory of its own";
+  char text[100] = "";
+  std::uint32_t length = 0;
+  for (long count = 0, hasFailed = 1; hasFailed != 0; ++count) {
+    std::int32_t result = 0;
+    {
+      const FailingMemory memory(count);
+      result = vlCallJson(card.Handle, "Method", arguments.c_str(), text, sizeof text, &length);
+      hasFailed = memory.HasFailed();
+    }
+    const std::string error = LastError();
+    const bool isTold = error == "std::bad_alloc" || error == "Unable to generate error message.";
+    EXPECT_TRUE(hasFailed != 0 ? result == -1 && isTold : result == 0)
+        << result << error << " after " << count;
+  }
+  EXPECT_EQ(text, object);
 }
 
 }  // namespace

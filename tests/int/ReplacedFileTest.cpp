@@ -173,6 +173,27 @@ TEST(ReplacedFiles, AreWrittenDirectlyWhenTheyAreNoPlainFiles) {
   EXPECT_EQ(ContentOf(place), "new");
 }
 
+TEST(ReplacedFiles, AreNotWrittenThroughWhatLiesInTheirWay) {
+  const Tree tree(Tree::Names{{"other", "another's"}});
+  std::string latest;
+  {
+    const ReplacedFile file(tree.At("file"));
+    for (const auto& [name, content] : tree.Found()) latest = std::min(name, latest.empty() ? name : latest);
+  }
+  ASSERT_TRUE(ReplacedFile::IsTemporary(latest)) << latest;
+  // The names that come next are known to whoever looks.
+  const std::size_t number = latest.rfind('-') + 1;
+  const auto next = [&](int more) {
+    return latest.substr(0, number) + std::to_string(std::stoi(latest.substr(number)) + more) + ".part";
+  };
+  fs::create_symlink("other", tree.At(next(1)));
+  std::ofstream(tree.At(next(2))) << "left over";
+  EXPECT_EQ(Replace(tree.At("file")), "no failure");
+  EXPECT_EQ(
+      tree.Found(),
+      (Tree::Names{{next(1), "-> other"}, {next(2), "left over"}, {"file", "new"}, {"other", "another's"}}));
+}
+
 TEST(ReplacedFiles, MayBePipesThatNobodyReads) {
   const Tree tree({});
   const std::string path = tree.At("pipe");

@@ -136,6 +136,13 @@ TEST(VirtualCardPressure, UnfinishedAndBloatedRequestsShareTheirMemory) {
       peers.back().Send(most);
     }
     WorkHonestly(card);
+    // Those for whose there was no room are told so, once all of it has come.
+    const Text refusal =
+        FrameOf(0x81, 1,
+                std::make_tuple(Text("The card has too many large requests to take at once."), "",
+                                msgpack::type::nil_t()));
+    for (Peer& peer : peers) peer.Send(Text(4 * MiB - 1, '\0'));
+    EXPECT_GE(std::ranges::count_if(peers, [&](Peer& peer) { return peer.Fill(refusal.size()); }), 30);
   }
   EXPECT_LT(Growth(card, before), 250 * MiB) << "40 requests of which 12 MiB have come";
   // Each of these bytes is an object once it is unpacked.
