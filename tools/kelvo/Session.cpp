@@ -109,6 +109,16 @@ std::int64_t Session::Check(std::int64_t result) const {
   throw Refused(text);
 }
 
+bool Session::IsDone(std::int64_t result) const {
+  try {
+    Check(result);
+    return true;
+  } catch (const Failure& failure) {
+    if (failure.Code != ExitCode::Refused) throw;
+    return false;
+  }
+}
+
 bool IsConnected(std::int32_t handle) {
   bool isConnected = false;
   return vlIsConnected(handle, &isConnected) == 0 && isConnected;

@@ -48,6 +48,8 @@ class Session {
   const std::vector<NamedCard>& Cards();
   // Throws Failure when a function of the library has failed: NoConnection if that has ended the connection.
   std::int64_t Check(std::int64_t result) const;
+  // The same, but false for a refusal.
+  bool IsDone(std::int64_t result) const;
 
  private:
   void Connect(const std::string& name, bool isSerial);
