@@ -73,11 +73,13 @@ const std::vector<std::string> Verbs = {"info",
                                         "laser disarm",
                                         "log show",
                                         "call Dance"};
-const std::vector<std::string> VerbsWithoutCard = {"discover", "predict", "config defaults", "log on",
-                                                   "log off"};
+const std::vector<std::string> VerbsWithoutCard = {"discover",     "predict",     "config defaults",
+                                                   "log on",       "log off",     "list check",
+                                                   "list preview", "font preview"};
 // Those that read a file, ahead of its name.
 const std::vector<std::string> Readers = {
     "config diff",          "config import",      "list run",
+    "list check",           "list preview",       "font preview",
     "list put 7",           "correction put 0:3", "power-correction create",
     "power-correction put", "font put 3"};
 
@@ -187,9 +189,12 @@ TEST(ToolFailure, SaysWhatALostConnectionHasLeft) {
       {"list put 7 f", "SetList", 1, lost, "kelvo list status 7", "no such list\n"},
       {"list run long --id 3", "GetListCaret", 1, lost, "kelvo list status 3; kelvo list abort", "running\n"},
       {"correction put 0:3 big", "FileWrite", 2, lost, "kelvo correction ls --json", "[]\n"},
-      {"correction put 0:3 big", "SetHeadCorrection", 1, lost, "kelvo correction ls --json", "[]\n"},
+      {"correction put 0:3 big", "SetHeadCorrection", 1, lost,
+       "kelvo correction ls --json; kelvo correction put 1:2 o", "[]\n"},
       {"power-correction put big", "SetPowerCorrection", 1, lost, "kelvo power-correction show; echo $?",
        "1\n"},
+      {"correction ls", "GetHeadCorrectionHash", 1, lost + "ConnectionAborted", "", ""},
+      {"font ls", "GetFont", 4, lost + "ConnectionAborted", "", ""},
       {"font put 3 t", "SetFont", 1, lost, "kelvo font ls", ""},
       {"io set 1.1=1 1.2=1", "WriteGpioPort", 2, lost, "kelvo io get 1.1 1.2", "1.1 1\n1.2 0\n"},
       {"watch --json", "GetOperatingState", 3, "The connection to the card was lost.", "", ""},

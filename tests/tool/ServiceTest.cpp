@@ -6,6 +6,14 @@
 namespace VELTRO::KELVO::Test {
 namespace {
 
+// A command line that runs the tool until something is so, and then interrupts it as Ctrl-C does. What it prints is in
+// `out` until then.
+std::string Interrupted(const std::string& words, const std::string& untilThat) {
+  return ": >out; " TOOL_PROGRAM " " + words + " >out & tool=$!; until " + untilThat +
+         " || ! kill -0 $tool; do sleep 0.02; done; kill -INT $tool; wait $tool; code=$?; cat out; exit "
+         "$code";
+}
+
 TEST(Tool, KeepsCorrections) {
   const ToolShell shell;
   const Row rows[] = {
@@ -69,8 +77,7 @@ TEST(Tool, KeepsFonts) {
       {"kelvo font store 3 && kelvo font rm 3 && kelvo font ls 4 3", 1, "There is no font 3 on the card."},
       {"kelvo font load 3 && kelvo font ls 3", 0, "3     5  "},
       {"echo '{\"AB\": \"[]\"}' | kelvo font put 5 -", 1, "'-': 'AB' is no character of a font."},
-      {"echo '{\"A\": \"[]\", \"U+0041\": \"[]\"}' | kelvo font put 5 -", 1,
-       "has the character 'U+0041' twice."},
+      {"echo '{\"A\": \"[]\", \"U+0041\": \"[]\"}' | kelvo font put 5 -", 1, "'-': 'U+0041' is there twice."},
       {"echo '{\"B\": 5}' | kelvo font put 5 -", 1, "'-': 'B' has no text of a list."},
       {"echo '{\"B\": \"x\"}' | kelvo font put 5 -", 1, "'-', character 'B': Illegal list content!"},
       {"echo 5 | kelvo font put 5 -", 1, "'-' holds no font"},
@@ -104,16 +111,17 @@ TEST(Tool, BacksUpFiles) {
        1, "'bak/LISTFILES' cannot be a directory of the backup."},
       {"kelvo files restore home", 1, "'home' is no backup: it has no directory like JOBFILES."},
       {"kelvo files backup a", 1, "Cannot make 'a': Not a directory."},
-      {"truncate -s 200M big; timeout --foreground --signal=INT --preserve-status 0.3 " TOOL_PROGRAM
-       " files put big JOBFILES/other",
-       130, "Interrupted. 'JOBFILES/other' is not on the card."},
-      {"kelvo files ls JOBFILES --json | tr -d ' \\n'", 0, "{\"JOBFILES\":[\"a.a\",\"a.b\"]}"},
-      {"mkdir -p huge/JOBFILES; cp a huge/JOBFILES/0; mv big huge/JOBFILES/a.a; timeout --foreground "
-       "--signal=INT "
-       "--preserve-status "
-       "0.3 " TOOL_PROGRAM " files restore huge --quiet",
-       130, "Interrupted. 'JOBFILES/a.a' is not on the card. 1 of 2 files were sent."},
-      {"kelvo files ls JOBFILES --json | tr -d ' \\n'", 0, "{\"JOBFILES\":[\"0\",\"a.b\"]}"},
+      {"truncate -s 200M big; " +
+           Interrupted("files put big JOBFILES/new", "kelvo files ls JOBFILES | grep new"),
+       130, "Interrupted. 'JOBFILES/new' is not on the card."},
+      {"mkdir -p huge/JOBFILES; cp a huge/JOBFILES/0; ln big huge/JOBFILES/z; " +
+           Interrupted("files restore huge --quiet", "kelvo files ls JOBFILES | grep z"),
+       130, "Interrupted. 'JOBFILES/z' is not on the card. 1 of 2 files were sent."},
+      {"truncate -s 100M big; " +
+           Interrupted("correction put 0:3 big", "kelvo files ls CORRFILES | grep tmp"),
+       130, "Interrupted."},
+      {"kelvo files ls JOBFILES CORRFILES", 0, "JOBFILES/0\nJOBFILES/a.a\nJOBFILES/a.b\nJOBFILES/other\n"},
+      {"kelvo files ls CORRFILES --json", 0, "[]"},
   };
   ExpectAll(shell, rows);
 }
@@ -166,10 +174,12 @@ TEST(Tool, WatchesSeveralCards) {
     peer.Next(request);
   });
   const std::string other = "127.0.0.1:" + std::to_string(leaving.Port());
+  const FakeCard silent(FakeCard::Answering([](const Request&) { return std::string(); }));
   const auto [code, output, error] = shell.Run(
-      "echo '{ PI, I32[ 7 ] } { LOB }' >job; timeout --foreground --signal=INT --preserve-status "
-      "2 " TOOL_PROGRAM " watch --card $KELVO_CARD --card " +
-      other + " --log log & sleep 0.3; kelvo list run job >run 2>&1; wait %1");
+      "(until grep idle out; do sleep 0.02; done; echo '{ PI, I32[ 7 ] } { LOB }' | kelvo list run -) >run "
+      "2>&1 & " +
+      Interrupted("watch --log log --card $KELVO_CARD --card " + other,
+                  "grep lost out && grep list-idle out"));
   EXPECT_EQ(code, 0) << error;
   const std::string own = shell.CardPlace();
   for (const std::string& line :
@@ -180,7 +190,9 @@ TEST(Tool, WatchesSeveralCards) {
   }
   const Row rows[] = {
       {"kelvo watch --card " + other, 3, "The connection to the card was lost."},
-      {"timeout --foreground --signal=INT --preserve-status 0.3 " TOOL_PROGRAM " watch --json", 0,
+      {Interrupted("watch --card 127.0.0.1:" + std::to_string(silent.Port()), "[ -s out ]"), 0,
+       "state silent\n"},
+      {Interrupted("watch --json", "[ -s out ]"), 0,
        "{\"card\":\"" + own + "\",\"event\":\"state\",\"value\":\"idle\"}\n"},
       {"kelvo info --card $KELVO_CARD --serial 5", 2, "Several cards are named. This verb takes one."},
       {"grep -c GetOperatingState log log.2", 0, "log.2:"},

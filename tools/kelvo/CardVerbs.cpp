@@ -167,6 +167,8 @@ ExitCode SetClock(Session& session, const Arguments& given) {
 }
 
 constexpr std::chrono::milliseconds LookForStates(500);
+// A card that does not answer must not keep the others from being looked at, nor Ctrl-C waiting.
+constexpr std::uint32_t WaitForStateMs = 1000;
 
 // What watches tell: a line for each event, of JSON or a plain one, which begins with the card's name if there are
 // several.
@@ -217,12 +219,13 @@ std::string StateOf(std::int32_t card) {
   return (isRunning ? "running" : "idle") + (troubles.empty() ? "" : ", " + troubles);
 }
 
-ExitCode Watch(Session& session, const Arguments&) {
+ExitCode Watch(Session& session, const Arguments& given) {
   session.Cards();
   const Interrupt interrupt;
   teller = std::make_unique<Teller>(session);
   std::map<std::int32_t, std::string> states;
   for (const auto& [name, card] : session.Cards()) {
+    if (!given.Has("--timeout")) session.Check(vlSetTimeout(card, WaitForStateMs));
     RegisterFor(session, card);
     states[card] = "";
   }

@@ -50,14 +50,13 @@ std::optional<CorrectionPlace> PlaceOf(const std::string& name) {
   return isOne ? std::optional(place) : std::nullopt;
 }
 
-// As JSON; null when the card does not tell it. Throws Failure when that is so because the connection is lost.
+// As JSON; null when the card does not tell it.
 Json HashOf(Session& session, const CorrectionPlace& place) {
   char text[256] = "";
   std::uint32_t length = 0;
-  const std::int32_t result =
-      vlHeadCorrectionGetHash(session.Card(), place.Head, place.Slot, text, sizeof text, &length);
-  if (result < 0 && !IsConnected(session.Card())) session.Check(result);
-  return result < 0 ? Json() : Json(std::string(text, length));
+  const bool isTold = session.IsDone(
+      vlHeadCorrectionGetHash(session.Card(), place.Head, place.Slot, text, sizeof text, &length));
+  return isTold ? Json(std::string(text, length)) : Json();
 }
 
 ExitCode ShowCorrections(Session& session, const Arguments&) {

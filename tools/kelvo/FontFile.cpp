@@ -51,13 +51,15 @@ FontTexts ReadFontFile(const std::string& path) {
     throw Refused("'" + path + "' is no JSON: " + error.what());
   }
   if (!font.is_object()) throw Refused("'" + path + "' holds no font: it is no object of characters.");
+  const auto wrong = [&path](const std::string& name, const char* what) {
+    return Refused("'" + path + "': '" + name + "' " + what);
+  };
   FontTexts texts;
   for (const auto& [name, text] : font.items()) {
     const auto code = CodeOf(name);
-    if (!code) throw Refused("'" + path + "': '" + name + "' is no character of a font.");
-    if (!text.is_string()) throw Refused("'" + path + "': '" + name + "' has no text of a list.");
-    if (!texts.emplace(*code, text.get<std::string>()).second)
-      throw Refused("'" + path + "' has the character '" + name + "' twice.");
+    if (!code) throw wrong(name, "is no character of a font.");
+    if (!text.is_string()) throw wrong(name, "has no text of a list.");
+    if (!texts.emplace(*code, text.get<std::string>()).second) throw wrong(name, "is there twice.");
   }
   return texts;
 }

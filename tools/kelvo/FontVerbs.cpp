@@ -99,7 +99,7 @@ ExitCode ShowFonts(Session& session, const Arguments& given) {
   for (const std::int32_t id : ids) {
     const std::int64_t handle = vlFontGet(session.Card(), id);
     // Which of the usual ones there are is what is asked.
-    if (handle < 0 && given.All("FONT").empty() && IsConnected(session.Card())) continue;
+    if (given.All("FONT").empty() && !session.IsDone(handle)) continue;
     const LocalFont font(session, handle);
     const auto codes = CharactersOf(session, font);
     Json names = Json::array();

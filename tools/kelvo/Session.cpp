@@ -134,6 +134,16 @@ bool Session::CheckUnlessInterrupted(const Interrupt& interrupt, const std::func
   return !interrupt.Came();
 }
 
+bool Session::IsDone(std::int64_t result) const {
+  try {
+    Check(result);
+    return true;
+  } catch (const Failure& failure) {
+    if (failure.Code != ExitCode::Refused) throw;
+    return false;
+  }
+}
+
 bool IsConnected(std::int32_t handle) {
   bool isConnected = false;
   return vlIsConnected(handle, &isConnected) == 0 && isConnected;

@@ -57,6 +57,8 @@ class Session {
   // Calls a function of the library, in another thread, and throws like Check. Ctrl-C ends the call, if need be by ending
   // all connections; then it returns false, and the next Card() is connected anew.
   bool CheckUnlessInterrupted(const Interrupt& interrupt, const std::function<std::int64_t()>& call);
+  // The same, but false for a refusal.
+  bool IsDone(std::int64_t result) const;
 
  private:
   void Connect(const std::string& name, bool isSerial);
