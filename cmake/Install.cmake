@@ -14,7 +14,7 @@ install(TARGETS kelvo-virtual-card RUNTIME COMPONENT virtual-card)
 install(FILES virtual-card/kelvo-virtual-card@.service DESTINATION lib/systemd/system COMPONENT virtual-card)
 
 install(DIRECTORY include/kelvo DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
-install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development PATTERN .clang-tidy EXCLUDE)
 
 set(packageFolder ${CMAKE_INSTALL_LIBDIR}/cmake/kelvo)
 set(packageFiles ${PROJECT_BINARY_DIR}/cmake)
