@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Exported = declared = documented = tested = in the package's list of symbols.
 
-Arguments: the shared library, the folder of the public headers, the folder of the tests, the package's list.
+Arguments: the shared library, the folder of the public headers, the folder of the tests.
 Every exported symbol has one prototype with a comment in a public header, every prototype is exported, and each is used
 in a test: its name in a comment or a text does not count. The package lists it with its version node.
 """
@@ -39,7 +39,8 @@ def tested(tests):
 
 
 def main():
-    library, folder, tests, package = sys.argv[1], sys.argv[2], pathlib.Path(sys.argv[3]), pathlib.Path(sys.argv[4])
+    library, folder, tests = sys.argv[1], sys.argv[2], pathlib.Path(sys.argv[3])
+    package = tests.parent / "debian/libkelvo3.symbols"
     versioned = exported(library)
     listed = set(re.findall(r"^ (\S+)", package.read_text(), re.MULTILINE))
     symbols = {name for name, node in (symbol.split("@") for symbol in versioned) if name != node}
