@@ -42,8 +42,8 @@ using WobbleSettings = vlWobbleSettings;
 
 // Where a pin is.
 struct PinPlace {
-  IOPort Port;
-  std::int32_t Pin;
+  IOPort Port;       // the port
+  std::int32_t Pin;  // the number of the pin there, from 0
 };
 
 // A part of the card that a connection leads to.
@@ -54,13 +54,20 @@ template <auto Init, auto GetActive, auto SetActive, auto Load, auto Store, auto
 class ConfigurationArea : public Area {
  public:
   using Area::Area;
+  // The struct of C.
   using Config = typename detail::LastOutput<decltype(GetActive)>::Type;
 
+  // The defaults.
   static Config InitConfig() { return Fetch<Init>(); }
+  // The card's active configuration.
   Config GetConfig() const { return Fetch<GetActive>(handle_); }
+  // Sends one, which becomes the active one.
   void SetConfig(const Config& config) const { Call<SetActive>(handle_, config); }
+  // Makes the stored one the active one.
   void LoadConfig() const { Call<Load>(handle_); }
+  // Makes the card store the active one.
   void StoreConfig() const { Call<Store>(handle_); }
+  // It as text.
   static std::string ToStringConfig(const Config& config) { return FetchText<ToString>(config); }
 };
 
@@ -73,6 +80,7 @@ class AdapterBoardArea : public ConfigurationArea<vlAdapterBoardInitConfig, vlAd
   AdapterBoardIdentity GetIdentity() const { return Fetch<vlAdapterBoardGetIdentity>(handle_); }
 };
 
+// A group of settings, from vlConfigurationBeginUpdate to its end.
 class ConfigurationUpdateArea : public Area {
  public:
   using Area::Area;

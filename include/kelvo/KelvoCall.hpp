@@ -41,8 +41,11 @@ inline std::string TakeLastError() {
 // a zero inside is refused.
 class Text {
  public:
-  Text(const char* text) : text_(text) {}  // a null pointer is refused by the function
+  // A null pointer is refused by the function.
+  Text(const char* text) : text_(text) {}
+  // Refers to it.
   Text(const std::string& text) : text_(text.c_str()) { Check(text); }
+  // Copies it.
   Text(std::string_view text) : copy_(text), text_(copy_.c_str()) { Check(text); }
   // A std::filesystem::path, for one.
   template <class Other, class = std::enable_if_t<std::is_convertible_v<
@@ -51,6 +54,7 @@ class Text {
   Text(const Text&) = delete;
   Text& operator=(const Text&) = delete;
 
+  // What the C function gets.
   const char* Passed() const { return text_; }
 
  private:
@@ -67,13 +71,18 @@ class Text {
 template <class Value>
 class Span {
  public:
+  // So many, from there on.
   Span(const Value* values, std::size_t count) : data_(values), size_(count) {}
+  // Values in braces.
   Span(std::initializer_list<Value> values) : Span(values.begin(), values.size()) {}
+  // What has a beginning and a size.
   template <class Array, class = std::enable_if_t<std::is_convertible_v<
                              decltype(std::data(std::declval<const Array&>())), const Value*>>>
   Span(const Array& array) : Span(std::data(array), std::size(array)) {}
 
+  // The first of them.
   const Value* data() const { return data_; }
+  // How many there are; more than a C function takes are refused.
   std::uint32_t size() const {
     if (size_ > std::numeric_limits<std::uint32_t>::max()) throw Error("An array is too long.");
     return static_cast<std::uint32_t>(size_);
@@ -89,11 +98,14 @@ class Span {
 template <class Number, class Unit>
 class Time {
  public:
+  // So many of the unit.
   constexpr Time(Number number) : number_(number) {}
+  // A duration.
   template <class Rep, class Period>
   constexpr Time(std::chrono::duration<Rep, Period> time)
       : number_(Converted(std::chrono::duration<double, Unit>(time).count())) {}
 
+  // What the C function gets.
   constexpr Number Passed() const { return number_; }
 
  private:

@@ -30,13 +30,17 @@ using FileProgressCallback = std::function<bool(std::uint64_t moved, std::uint64
 // exceptions that kelvo.h, 7 names. It may outlive its connection, and may be closed inside the callback.
 class Registration {
  public:
+  // What unregisters it.
   using Ending = void (*)(void*);
 
+  // Of nothing.
   Registration() = default;
   // Takes what the ending gets when the registration ends.
   Registration(void* registered, Ending ending) : registered_(registered, ending) {}
 
+  // Unregisters it now.
   void Close() { registered_.reset(); }
+  // Whether there is something to unregister.
   explicit operator bool() const { return registered_ != nullptr; }
 
  private:

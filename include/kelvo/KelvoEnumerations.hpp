@@ -13,10 +13,12 @@ namespace kelvo {
 template <class Enum>
 struct IsFlags : std::false_type {};
 
+// What is in either of them.
 template <class Enum>
 constexpr std::enable_if_t<IsFlags<Enum>::value, Enum> operator|(Enum a, Enum b) {
   return static_cast<Enum>(static_cast<int32_t>(a) | static_cast<int32_t>(b));
 }
+// What is in both of them.
 template <class Enum>
 constexpr std::enable_if_t<IsFlags<Enum>::value, Enum> operator&(Enum a, Enum b) {
   return static_cast<Enum>(static_cast<int32_t>(a) & static_cast<int32_t>(b));

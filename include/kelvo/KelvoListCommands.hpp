@@ -14,6 +14,7 @@ using Point3D = vlPoint3D;
 using Point2DInt = vlPoint2DInt;
 using Point3DInt = vlPoint3DInt;
 using Transform3D = vlTransform3D;
+// vltbTraceBufferConfig_Struct.
 using TraceBufferConfig = vltbTraceBufferConfig_Struct;
 
 // What every list takes, whoever owns it.
