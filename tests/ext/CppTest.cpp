@@ -47,6 +47,7 @@ TEST(Cpp, ArgumentsArriveAndAnswersComeBackAsCppHasThem) {
       {CPP(c.Scanner().SetHeadBias(1, axes, biases)), "SetHeadBias[1,34,[0.5,1.5]]"},
       {CPP(c.Scanner().SetHeadBias(1, axes, {0.5})), "SetHeadBias[1,34,[0.5]]"},
       {CPP(c.Scanner().SetHeadBias(1, axes, {biases.data() + 1, 1})), "SetHeadBias[1,34,[1.5]]"},
+      {CPP(c.Scanner().SetHeadBias(1, axes, std::span(biases).last(1))), "SetHeadBias[1,34,[1.5]]"},
       {CPP(c.Scanner().GetNominalPosition().Z), "GetNominalPosition[]", "6", "\x93\4\5\6"},
       {CPP(c.Laser().SetPowerCalibration(2, many)), "SetPowerCalibrationByEngine[[7,8,9],2]"},
       {CPP(c.Laser().GetPowerCalibration(2) == values), "GetPowerCalibrationByEngine[2]", "true",
