@@ -14,7 +14,12 @@ COMMENT = re.compile(r"^( *)/\*(.*?)\*/\n", re.DOTALL | re.MULTILINE)
 BEHIND = re.compile(r"^( *[^\s/*][^\n]*?) +/\*([^\n]*?)\*/$", re.MULTILINE)
 HEADING = re.compile(r"\s*---- (.+?) ----(.*)", re.DOTALL)
 # What a field is at first, as comments behind fields begin.
-AT_FIRST = re.compile(r"(-?\d[\d.e-]*|true|false|NaN|vl\w+_\w+|\"[^\"]*\"|\([\d, ]+\)|the identity|its defaults|none|empty)(?:[;:] (.*))?$")
+AT_FIRST = re.compile(r"(-?\d[\d.e-]*|true|false|NaN|vl\w+_\w+|\"[^\"]*\"|\([\d, ]+\)|the identity|its defaults|none|empty)"
+                      r"(?:[;:] (.*))?$")
+PROTOTYPE = re.compile(r"KELVO_API\s+([^;]*?\b(vl\w+)\([^;]*\));")
+# In C++, what begins a name: a member, a function, a type.
+CPP_START = re.compile(r"(  )?(?!return|throw|using \w+::)"
+                       r"(using|enum|class|struct|template|inline|static|explicit|[A-Za-z\[][^/;={]* [&*]?\w+\()")
 
 
 # What stands as it is: code, and quoted texts, which may run over a line's end.
@@ -77,18 +82,22 @@ def behind(match):
 def examples(folder):
     """The programs, which Doxygen links with the functions that they call."""
     for file in sorted(folder.glob("**/*.c*")):
-        about = re.match(r"/\*(.*?)\*/|((?://[^\n]*\n)+)", file.read_text(), re.DOTALL) if file.suffix in (".c", ".cpp") else None
-        if about:
+        about = re.match(r"/\*(.*?)\*/|((?://[^\n]*\n)+)", file.read_text(), re.DOTALL)
+        if about and file.suffix in (".c", ".cpp"):
             words = re.sub(r"\n( \*|//)", "\n *", about[1] or about[2][2:])
             yield f"/** @example {file.relative_to(folder)}\n *{plain(words)}*/\n"
 
 
+def named(comment, described):
+    """A comment that begins "The same" says the same as what."""
+    return re.sub(r"^\s*The same\b", f" {described}", comment)
+
+
 def c(name, text):
     """A C header."""
-    out, position, section, previous = [], 0, "", ""
+    out, position, section, described = [], 0, "", ""
     for match in COMMENT.finditer(text):
         comment, rest, before = match[2], text[match.end():], text[position:match.start()]
-        previous = (re.findall(r"\b(vl\w+)\(", before) or [previous])[-1]
         out.append(BEHIND.sub(behind, before))
         position = match.end()
         heading = HEADING.match(comment)
@@ -106,20 +115,20 @@ def c(name, text):
         elif rest.startswith("\n"):
             out.append(f"/** @file\n *{linked(comment)}*/\n")
         else:
-            same = f"See {previous}(). " if re.match(r"\s*(The same|A\w* above)\b", comment) else ""
-            out.append(f"{match[1]}/**{linked(comment)}{same}*/\n")
+            about = named(comment, described)
+            prototype = PROTOTYPE.match(rest)
+            described = prototype[2] if prototype and about == comment else described
+            out.append(f"{match[1]}/**{linked(about)}*/\n")
     rest = BEHIND.sub(behind, text[position:])
     end = rest.rindex("KELVO_EXTERN_C_END" if "KELVO_EXTERN_C_END" in rest else "#endif")
-    # Macros that only the headers use.
-    return re.sub(r"^#define KELVO_(EXTERN|STATIC|API).*", "", "".join(out) + rest[:end] + section + rest[end:], flags=re.MULTILINE)
+    whole = "".join(out) + rest[:end] + section + rest[end:]
+    return re.sub(r"^#define KELVO_(EXTERN|STATIC|API).*", "", whole, flags=re.MULTILINE)  # of the headers alone
 
 
 def cpp(text):
     """A C++ header: comments in // are documentation, and so is the name of the C function that a member calls."""
     lines, out = text.split("\n"), []
-    starts = [i for i, line in enumerate(lines) if re.match(
-        r"(  )?(?!return|throw|using \w+::)(using|enum|class|struct|template|inline|static|explicit|[A-Za-z\[][^/;={]* [&*]?\w+\()",
-        line)]
+    starts = [i for i, line in enumerate(lines) if CPP_START.match(line)]
     for i, line in enumerate(lines):
         comment = re.match(r"( *)//(?: ?)(.*)", line)
         constant = re.match(r"  \w+ = (vl\w+),$", line)

@@ -1,5 +1,5 @@
-// The enumerations of the C headers as C++ has them; made from those by scripts/cpp-enumerations. What the constants mean
-// is said there: Axis::X is vlAxis_X.
+// The enumerations of the C headers as C++ has them; made from those by scripts/cpp-enumerations. What the constants
+// mean is said there: Axis::X is vlAxis_X.
 #ifndef KELVO_ENUMERATIONS_HPP
 #define KELVO_ENUMERATIONS_HPP
 

@@ -9,7 +9,8 @@ import re
 import sys
 
 LINK = re.compile(r"\]\(<?([^)\s>]+)>?\)")
-PATH = re.compile(r"`((?:\.ci|bench|cmake|docs|examples|fuzz|include|scripts|src|tests|tools|virtual-card)/[\w./*-]*)(?: [^`]*)?`")
+ROOMS = r"\.ci|bench|cmake|docs|examples|fuzz|include|scripts|src|tests|tools|virtual-card"
+PATH = re.compile(rf"`((?:{ROOMS})/[\w./*-]*)(?: [^`]*)?`")
 CODE = re.compile(r"^(?:```.*?^```|    [^\n]*)$", re.DOTALL | re.MULTILINE)
 
 
