@@ -69,7 +69,7 @@ TEST(Cpp, TimesAreRoundedUpAndStayInTheirRange) {
   const std::pair<std::int64_t, std::int64_t> rows[] = {
       {Milliseconds(1500us).Passed(), 2},
       {Milliseconds(2s).Passed(), 2000},
-      {Milliseconds(-1ns).Passed(), 0},
+      {Milliseconds(-5ms).Passed(), 0},
       {Milliseconds(std::chrono::hours::max()).Passed(), 2147483647},
       {Milliseconds(-1).Passed(), -1},
       {kelvo::ConnectionTimeout.Passed(), KELVO_CONNECTION_TIMEOUT},
