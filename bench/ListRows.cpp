@@ -14,6 +14,7 @@
 #include "Wire.h"
 #include "client/ClientAPI.h"
 #include "kelvo/kelvo.h"
+#include "kelvo/kelvo.hpp"
 #include "lists/ListAPI.h"
 
 namespace VELTRO::KELVO::Bench {
@@ -24,6 +25,7 @@ using ClientLib::CommandList;
 using ClientLib::Point2D;
 
 constexpr const char* kAppending = "appending a mark";
+constexpr const char* kExported = "appending a mark, exported, by itself";
 constexpr const char* kTwoThreads = "1000000 marks, one thread";
 constexpr const char* kOneBareThread = "1000000 bare marks, one thread";
 constexpr const char* kTwoBareThreads = "1000000 bare marks each, two threads";
@@ -92,6 +94,14 @@ double ClassAppending(RowContext&) {
 
 double FlatAppending(RowContext& context) {
   return FlatList(context.Port()).AppendMarks(kMarks);
+}
+
+double CppAppending(RowContext& context) {
+  const kelvo::Card card("127.0.0.1", context.Port());
+  const kelvo::List list(card);
+  const double time = NanosecondsEach(kMarks, [&](double x, double y) { list.AppendMarkAbs2D(x, y); });
+  Require(list.CommandCount() == kMarks, "marks are missing");
+  return time;
 }
 
 double OneThread(RowContext& context) {
@@ -230,6 +240,8 @@ void RegisterListRows(Harness& harness) {
   harness.AddReference(kAppending, "ns", BareAppending);
   harness.AddLibraryRow("appending a mark, class", kAppending, AtMost(2), ClassAppending);
   harness.AddLibraryRow("appending a mark, exported", kAppending, AtMost(3), FlatAppending);
+  harness.AddReference(kExported, "ns", FlatAppending);
+  harness.AddLibraryRow("appending a mark, kelvo.hpp", kExported, AtMost(1.05), CppAppending);
   harness.AddReference(kTwoThreads, "ms", OneThread, TwoCores);
   harness.AddLibraryRow("1000000 marks each, two threads", kTwoThreads, AtMost(1.3), TwoThreads, TwoCores);
   harness.AddReference(kOneBareThread, "ms", OneBareThread, TwoCores);

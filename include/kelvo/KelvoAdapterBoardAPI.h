@@ -16,6 +16,7 @@ KELVO_EXTERN_C_BEGIN
 /* How many bytes each text of a board's identity has room for, its terminating zero included. */
 #define KELVO_ADAPTER_BOARD_TEXT_CAPACITY 64
 
+/* The levels of the signals that the board takes and gives. */
 typedef struct vlAdapterBoardConfig {
   int32_t ConfigVersion;  /* 4 */
   int32_t InputVoltage;   /* vlIOVoltage_Volt24: of the machine's signals */
@@ -24,11 +25,11 @@ typedef struct vlAdapterBoardConfig {
   bool EnableTermination; /* false: whether the ends of the lines from encoders are terminated */
 } vlAdapterBoardConfig;
 
-/* All texts are empty when there is no board. */
+/* What board there is. All texts are empty when there is no board. */
 typedef struct vlAdapterBoardIdentity {
-  char Type[KELVO_ADAPTER_BOARD_TEXT_CAPACITY];
-  char SerialNumber[KELVO_ADAPTER_BOARD_TEXT_CAPACITY];
-  char Revision[KELVO_ADAPTER_BOARD_TEXT_CAPACITY];
+  char Type[KELVO_ADAPTER_BOARD_TEXT_CAPACITY];         /* what kind of board it is */
+  char SerialNumber[KELVO_ADAPTER_BOARD_TEXT_CAPACITY]; /* its serial number */
+  char Revision[KELVO_ADAPTER_BOARD_TEXT_CAPACITY];     /* the revision of its hardware */
 } vlAdapterBoardIdentity;
 
 KELVO_STATIC_ASSERT(sizeof(vlAdapterBoardConfig) == 20 && sizeof(vlAdapterBoardIdentity) == 192,

@@ -14,10 +14,9 @@ KELVO_EXTERN_C_BEGIN
 /* A card. Functions that fill one in never write the last character of a text: zero the array first, as in
  * `vlCardInfo cards[100] = {0}`, and every text ends with a zero. What does not fit is cut. */
 typedef struct vlCardInfo {
-  char SerialNumber[40];
-  int32_t Port; /* the TCP port at which it takes connections */
-  char IPAddress
-      [60]; /* "192.168.1.7", "fe80::222:4aff:fe01:1%2"; the number behind % is that of the interface */
+  char SerialNumber[40]; /* "12345"; empty when the card told none */
+  int32_t Port;          /* the TCP port at which it takes connections */
+  char IPAddress[60]; /* "192.168.1.7", "fe80::222:4aff:fe01:1%2": the number behind % is the interface's */
 } vlCardInfo;
 KELVO_STATIC_ASSERT(sizeof(vlCardInfo) == 104, "the layout is part of the interface");
 

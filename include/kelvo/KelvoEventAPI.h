@@ -8,33 +8,39 @@
 
 KELVO_EXTERN_C_BEGIN
 
-/* How many events a configuration has room for, and how many exclusions each of them. */
+/* How many events a configuration has room for. */
 #define KELVO_EVENT_CAPACITY 64
+/* How many exclusions an event has room for. */
 #define KELVO_EVENT_EXCLUSION_CAPACITY 32
 
+/* What the reporting of an event leaves out. */
 typedef struct vlEventExclusions {
-  uint32_t Count;
-  int32_t Items[KELVO_EVENT_EXCLUSION_CAPACITY];
+  uint32_t Count;                                /* how many there are, 0 to KELVO_EVENT_EXCLUSION_CAPACITY */
+  int32_t Items[KELVO_EVENT_EXCLUSION_CAPACITY]; /* their numbers */
 } vlEventExclusions;
 
+/* Whether and how an event is reported. */
 typedef struct vlEventStatus {
   bool EnableGlobally;          /* whether the event is reported */
   vlEventExclusions Exclusions; /* what its reporting leaves out; fetched ones rise, each comes once */
 } vlEventStatus;
 
+/* An event and how it is reported. */
 typedef struct vlEventSetting {
-  int32_t Number; /* of the event */
-  vlEventStatus Value;
+  int32_t Number;      /* of the event */
+  vlEventStatus Value; /* how it is reported */
 } vlEventSetting;
 
+/* Events, at most once each. */
 typedef struct vlEventSettings {
-  uint32_t Count;
+  uint32_t Count;                             /* how many there are, 0 to KELVO_EVENT_CAPACITY */
   vlEventSetting Items[KELVO_EVENT_CAPACITY]; /* fetched ones in rising order of their numbers */
 } vlEventSettings;
 
+/* Which events the card reports. */
 typedef struct vlEventConfig {
   int32_t ConfigVersion;         /* 1 */
-  vlEventSettings EventSettings; /* none */
+  vlEventSettings EventSettings; /* at first none */
 } vlEventConfig;
 KELVO_STATIC_ASSERT(sizeof(vlEventSetting) == 140 && sizeof(vlEventConfig) == 8968,
                     "the layout is part of the interface");

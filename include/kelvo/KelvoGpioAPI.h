@@ -12,10 +12,11 @@
 
 KELVO_EXTERN_C_BEGIN
 
-/* How many ports a configuration has room for, how many names of pins each of them, and how many bytes a name, its
- * terminating zero included. */
+/* How many ports a configuration has room for. */
 #define KELVO_GPIO_PORT_CAPACITY 8
+/* How many names of pins a port has room for. */
 #define KELVO_GPIO_PIN_CAPACITY 32
+/* How many bytes a name has room for, its terminating zero included. */
 #define KELVO_GPIO_NAME_CAPACITY 32
 
 /* The ports. Conditions and commands of lists name them by the same numbers. */
@@ -54,10 +55,11 @@ typedef enum vlPinAction {
 
 /* Names of a port's pins, that of pin 0 first; one may be empty. */
 typedef struct vlGpioPinNames {
-  uint32_t Count; /* 0 */
-  char Items[KELVO_GPIO_PIN_CAPACITY][KELVO_GPIO_NAME_CAPACITY];
+  uint32_t Count; /* 0; how many there are, up to KELVO_GPIO_PIN_CAPACITY */
+  char Items[KELVO_GPIO_PIN_CAPACITY][KELVO_GPIO_NAME_CAPACITY]; /* the names, each with a terminating zero */
 } vlGpioPinNames;
 
+/* One port. */
 typedef struct vlGpioPort {
   int32_t Direction;   /* vlIODirection: ports 0, 2, 4, 6 are inputs, 1, 3, 5, 7 outputs */
   int32_t Voltage;     /* vlIOVoltage_Volt24 */
@@ -67,14 +69,16 @@ typedef struct vlGpioPort {
   vlGpioPinNames PinNames;                 /* none */
 } vlGpioPort;
 
+/* Ports, that of vlIOPort_PortA first. */
 typedef struct vlGpioPorts {
-  uint32_t Count;
-  vlGpioPort Items[KELVO_GPIO_PORT_CAPACITY];
+  uint32_t Count;                             /* how many there are, 0 to KELVO_GPIO_PORT_CAPACITY */
+  vlGpioPort Items[KELVO_GPIO_PORT_CAPACITY]; /* the ports */
 } vlGpioPorts;
 
+/* What the ports are. */
 typedef struct vlGpioConfig {
   int32_t ConfigVersion; /* 1 */
-  vlGpioPorts Ports;     /* eight */
+  vlGpioPorts Ports;     /* at first eight */
 } vlGpioConfig;
 
 KELVO_STATIC_ASSERT(sizeof(vlGpioPort) == 1088 && sizeof(vlGpioConfig) == 8720,

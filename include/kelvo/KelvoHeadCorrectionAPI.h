@@ -18,34 +18,34 @@ KELVO_EXTERN_C_BEGIN
 /* The optics that a correction was made for, in the units of the correction's maker. All are 0 at first but the
  * version. */
 typedef struct vlOpticalParameters {
-  int32_t ConfigVersion; /* 7 */
-  int32_t MinorVersion;  /* of the correction's data */
-  int32_t UsedAxes;      /* that the correction covers */
-  int32_t HeadFormat;    /* vlScanHeadFormat (KelvoScannerAPI.h) */
-  int32_t XLayers;       /* layers of the correction for each axis */
-  int32_t YLayers;
-  int32_t ZLayers;
-  int32_t MLayers;
-  double MaxAngleX;
-  double MaxAngleY;
-  double MaxMagnification;
-  double Y2Z0; /* distances between the mirrors and to the optics */
-  double X2Y;
-  double O2X;
-  double FocalLength;
-  double MaxLensTravel;
-  vlPoint3D FieldSize;
-  vlPoint3D FieldOffset;
-  double Aperture;
-  double WorkingDistance;
-  double Wavelength;
-  double BitPerMicronZ0; /* factors of the z axis and of the lens */
-  double BitPerMicronZ1;
-  double BitPerMicronE0;
-  double BitPerMicronE1;
-  char Hash[129]; /* the hash text of the correction, with a terminating zero */
-  vlPointXYZM InputScale;
-  vlPointXYZM InputOffset;
+  int32_t ConfigVersion;   /* 7 */
+  int32_t MinorVersion;    /* of the correction's data */
+  int32_t UsedAxes;        /* that the correction covers */
+  int32_t HeadFormat;      /* vlScanHeadFormat (KelvoScannerAPI.h) */
+  int32_t XLayers;         /* layers of the correction along x */
+  int32_t YLayers;         /* layers along y */
+  int32_t ZLayers;         /* layers along z */
+  int32_t MLayers;         /* layers along the magnification */
+  double MaxAngleX;        /* how far the mirror for x turns */
+  double MaxAngleY;        /* how far the mirror for y turns */
+  double MaxMagnification; /* the largest magnification */
+  double Y2Z0;             /* distance from the mirror for y to z = 0 */
+  double X2Y;              /* distance between the mirrors */
+  double O2X;              /* distance from the optics to the mirror for x */
+  double FocalLength;      /* of the optics */
+  double MaxLensTravel;    /* how far the lens moves */
+  vlPoint3D FieldSize;     /* size of the field */
+  vlPoint3D FieldOffset;   /* where its centre is */
+  double Aperture;         /* of the head */
+  double WorkingDistance;  /* from the head to the field */
+  double Wavelength;       /* of the laser */
+  double BitPerMicronZ0;   /* factor of the z axis */
+  double BitPerMicronZ1;   /* second factor of the z axis */
+  double BitPerMicronE0;   /* factor of the lens */
+  double BitPerMicronE1;   /* second factor of the lens */
+  char Hash[129];          /* the hash text of the correction, with a terminating zero */
+  vlPointXYZM InputScale;  /* by what positions are multiplied ahead of the correction */
+  vlPointXYZM InputOffset; /* what is added to them */
 } vlOpticalParameters;
 KELVO_STATIC_ASSERT(sizeof(vlOpticalParameters) == 400, "the layout is part of the interface");
 

@@ -11,9 +11,11 @@
 
 KELVO_EXTERN_C_BEGIN
 
-/* How many bytes the texts have room for, their terminating zeros included. */
+/* How many bytes names of quantities and subjects have room for, the terminating zero included. */
 #define KELVO_DIAGNOSTIC_NAME_CAPACITY 64
+/* How many bytes a unit has room for, the terminating zero included. */
 #define KELVO_DIAGNOSTIC_UNIT_CAPACITY 16
+/* How many bytes a finding has room for, the terminating zero included. */
 #define KELVO_DIAGNOSTIC_TEXT_CAPACITY 256
 
 /* Whether a card has a method. */
@@ -26,13 +28,14 @@ typedef enum vlMethodSupport {
 /* Something that the card has counted or measured. */
 typedef struct vlMeasurement {
   char Quantity[KELVO_DIAGNOSTIC_NAME_CAPACITY]; /* "Runs", "Card temperature": the card's own words */
-  double Value;
-  char Unit[KELVO_DIAGNOSTIC_UNIT_CAPACITY]; /* empty for counts */
+  double Value;                                  /* in the unit */
+  char Unit[KELVO_DIAGNOSTIC_UNIT_CAPACITY];     /* empty for counts */
 } vlMeasurement;
 
+/* What a test of the card by itself has found. */
 typedef struct vlSelfTestResult {
   char Subject[KELVO_DIAGNOSTIC_NAME_CAPACITY]; /* what was tested */
-  bool Passed;
+  bool Passed;                                  /* whether it works */
   char Finding[KELVO_DIAGNOSTIC_TEXT_CAPACITY]; /* what was found, for people */
 } vlSelfTestResult;
 

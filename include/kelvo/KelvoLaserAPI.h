@@ -35,36 +35,36 @@ typedef enum vlLaserStatus {
 /* How the card drives the laser. A field that ends in 1 is that of the second power channel. Defaults are 0 and false
  * where nothing else is said. */
 typedef struct vlLaserConfig {
-  int32_t ConfigVersion; /* 8 */
-  int32_t FpsPolarity;   /* vlPolarity_ActiveHigh; of the first-pulse suppression */
-  int32_t GatePolarity;  /* vlPolarity_ActiveHigh */
-  int32_t LMPolarity;    /* vlPolarity_ActiveHigh; of the laser modulation */
-  double FpsStart;
-  double FpsWidth;
-  double GateSetup;
-  double GateHold;
-  double LaserTriggerDelay;
-  double PowerScale;
-  double PowerScale1;
-  double PowerChangeSetup;
-  double PowerWriteDelay;    /* 1 */
-  double PowerWriteWidth;    /* 2 */
-  int32_t HotPowerTarget;    /* vlPowerTarget_Dac0 */
-  int32_t HotPowerTarget1;   /* vlPowerTarget_None */
-  int32_t SimmerPowerTarget; /* vlPowerTarget_Dac1 */
-  uint16_t SimmerPower;
-  bool EnableTickle;
-  double TickleFrequency;
-  double TickleWidth;
-  bool EnableLaserSync;
-  bool EnableGateModulatesLm;
-  bool EnablePowerCorrection;
-  bool EnablePowerCorrection1;
-  bool EnableVelocityCorrection;
-  bool EnableVelocityCorrection1;
-  bool EnablePowerCalibration;
-  bool EnablePowerCalibration1;
-  bool EnableEquallySpacedPulses;
+  int32_t ConfigVersion;      /* 8 */
+  int32_t FpsPolarity;        /* vlPolarity_ActiveHigh; of the first-pulse suppression */
+  int32_t GatePolarity;       /* vlPolarity_ActiveHigh; of the gate */
+  int32_t LMPolarity;         /* vlPolarity_ActiveHigh; of the laser modulation */
+  double FpsStart;            /* when the first-pulse suppression begins */
+  double FpsWidth;            /* how long it lasts */
+  double GateSetup;           /* how long the gate is open ahead of the first pulse */
+  double GateHold;            /* how long it stays open after the last one */
+  double LaserTriggerDelay;   /* from the trigger to the pulse */
+  double PowerScale;          /* by what the power is multiplied */
+  double PowerScale1;         /* the same for the second channel */
+  double PowerChangeSetup;    /* how long a new power needs until it holds */
+  double PowerWriteDelay;     /* 1; from a new value to its strobe */
+  double PowerWriteWidth;     /* 2; how long the strobe lasts */
+  int32_t HotPowerTarget;     /* vlPowerTarget_Dac0; where the power goes */
+  int32_t HotPowerTarget1;    /* vlPowerTarget_None; where that of the second channel goes */
+  int32_t SimmerPowerTarget;  /* vlPowerTarget_Dac1; where the simmer power goes */
+  uint16_t SimmerPower;       /* power while the laser is off */
+  bool EnableTickle;          /* whether there are tickle pulses while the laser is off */
+  double TickleFrequency;     /* of these pulses */
+  double TickleWidth;         /* of these pulses */
+  bool EnableLaserSync;       /* whether pulses keep to a clock of the laser */
+  bool EnableGateModulatesLm; /* whether the gate modulates the laser modulation */
+  bool EnablePowerCorrection; /* whether the power is corrected by the position (KelvoPowerCorrectionAPI.h) */
+  bool EnablePowerCorrection1;    /* the same for the second channel */
+  bool EnableVelocityCorrection;  /* whether the power is corrected by the velocity */
+  bool EnableVelocityCorrection1; /* the same for the second channel */
+  bool EnablePowerCalibration;    /* whether the power is calibrated (vlLaserSetPowerCalibration) */
+  bool EnablePowerCalibration1;   /* the same for the second channel */
+  bool EnableEquallySpacedPulses; /* whether pulses are equally spaced on the way instead of in time */
 } vlLaserConfig;
 KELVO_STATIC_ASSERT(sizeof(vlLaserConfig) == 144, "the layout is part of the interface");
 

@@ -487,10 +487,10 @@ KELVO_API int32_t vlListAppendDacValue(int64_t list, int32_t target, uint32_t va
 
 /* What the card records in its trace buffer. The four numbers travel as they are: their meaning is the card's. */
 typedef struct vltbTraceBufferConfig_Struct {
-  int32_t Mode;
-  uint32_t Signals;
-  uint32_t Period;
-  uint32_t Length;
+  int32_t Mode;     /* how it records */
+  uint32_t Signals; /* which signals */
+  uint32_t Period;  /* how often */
+  uint32_t Length;  /* how much */
 } vltbTraceBufferConfig_Struct;
 KELVO_STATIC_ASSERT(sizeof(vltbTraceBufferConfig_Struct) == 16, "the layout is part of the interface");
 

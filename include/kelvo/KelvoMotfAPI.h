@@ -29,43 +29,45 @@ typedef enum vlMotfOperatingMode {
 typedef struct vlMotfSource {
   int32_t ConfigVersion; /* 2 */
   int32_t SourceType;    /* vlMotfSourceType_QuadratureDecoder */
-  int32_t ModuleID;
+  int32_t ModuleID;      /* number of the decoder or the SPI module */
 } vlMotfSource;
 
 /* Defaults are 0 and false where nothing else is said. */
 typedef struct vlMotfConfig {
-  int32_t ConfigVersion;   /* 9 */
-  int32_t OperatingMode;   /* vlMotfOperatingMode_Standard */
-  vlMotfSource MainSource; /* quadrature decoder, module 0 */
-  bool UseCompensation;
+  int32_t ConfigVersion;           /* 9 */
+  int32_t OperatingMode;           /* vlMotfOperatingMode_Standard */
+  vlMotfSource MainSource;         /* quadrature decoder, module 0 */
+  bool UseCompensation;            /* whether motion across the main direction counts */
   vlMotfSource CompensationSource; /* quadrature decoder, module 1 */
-  bool EnableDebounce;
-  double DebounceTime;
-  bool EnableSuppression;
-  double SuppressionDistance;
-  double PartDistance;
-  double ResponseTime;
+  bool EnableDebounce;             /* whether the signal of a part is debounced */
+  double DebounceTime;             /* how long that signal must stay */
+  bool EnableSuppression;          /* whether signals that come too early are suppressed */
+  double SuppressionDistance;      /* within which way after a part there is no other */
+  double PartDistance;             /* from the signal to the part */
+  double ResponseTime;             /* how long the card needs from the signal to the first mark */
   vlPoint3D MainDirection;         /* (1, 0, 0) */
   vlPoint3D CompensationDirection; /* (0, 1, 0) */
-  vlPoint3D Offset;
+  vlPoint3D Offset;                /* by what everything is moved */
 } vlMotfConfig;
 
 /* Defaults are 0 and false where nothing else is said. */
 typedef struct vlQuadratureDecoderModule {
-  int32_t ConfigVersion; /* 4 */
-  bool SimulateEncoder;
-  double SimulationSpeed;
-  double SimulationAcceleration;
-  bool InvertDirection;
-  bool EnableIndex;
-  double DistancePerCount; /* 1 */
+  int32_t ConfigVersion;         /* 4 */
+  bool SimulateEncoder;          /* whether the way is made up instead of taken from the encoder */
+  double SimulationSpeed;        /* speed of the way that is made up */
+  double SimulationAcceleration; /* its acceleration */
+  bool InvertDirection;          /* whether the way counts backwards */
+  bool EnableIndex;              /* whether the encoder's index signal is used */
+  double DistancePerCount;       /* 1; way of a count */
 } vlQuadratureDecoderModule;
 
+/* Decoder modules. */
 typedef struct vlQuadratureDecoderModules {
-  uint32_t Count;
-  vlQuadratureDecoderModule Items[KELVO_DECODER_MODULE_CAPACITY];
+  uint32_t Count; /* how many there are, 0 to KELVO_DECODER_MODULE_CAPACITY */
+  vlQuadratureDecoderModule Items[KELVO_DECODER_MODULE_CAPACITY]; /* the modules, 0 first */
 } vlQuadratureDecoderModules;
 
+/* How encoder pulses become a way. */
 typedef struct vlQuadratureDecoderConfig {
   int32_t ConfigVersion;              /* 4 */
   vlQuadratureDecoderModules Modules; /* two, with their defaults */

@@ -19,13 +19,14 @@ KELVO_EXTERN_C_BEGIN
 typedef struct vlSkyWritingSettings {
   int32_t ConfigVersion; /* 4 */
   int32_t Mode;          /* vlSkyWritingMode_Disabled */
-  double MinCoH;
-  double MergedExtensionsMaxCoH; /* not a number: no limit is set; the default */
-  double ExtensionTime;
-  double AccelerationDelay;
-  double DecelerationDelay;
-  double LaserOnDelay;
-  double LaserOffDelay;
+  double MinCoH;         /* as vlListAppendSkyWritingMinCoH sets it */
+  double
+      MergedExtensionsMaxCoH; /* NaN; as vlListAppendSkyWritingMergedExtensionsMaxCoH sets it; NaN is no limit */
+  double ExtensionTime;       /* as vlListAppendSkyWritingExtensionTime sets it */
+  double AccelerationDelay; /* as vlListAppendSkyWritingAccelerationDelay sets it */
+  double DecelerationDelay; /* as vlListAppendSkyWritingDecelerationDelay sets it */
+  double LaserOnDelay;      /* as vlListAppendSkyWritingLaserOnDelay sets it */
+  double LaserOffDelay;     /* as vlListAppendSkyWritingLaserOffDelay sets it */
 } vlSkyWritingSettings;
 
 /* While marking, x and y swing by Amplitude * sin(2 pi Frequency t + Phase). */
@@ -38,37 +39,37 @@ typedef struct vlWobbleSettings {
 
 /* The lengths of dashed lines, on and off by turns. */
 typedef struct vlOnOffPattern {
-  uint32_t Count;
-  double Items[KELVO_ON_OFF_PATTERN_CAPACITY];
+  uint32_t Count;                              /* how many there are, 0 to KELVO_ON_OFF_PATTERN_CAPACITY */
+  double Items[KELVO_ON_OFF_PATTERN_CAPACITY]; /* the lengths, that of the first dash first */
 } vlOnOffPattern;
 
 /* Defaults are 0 and false where nothing else is said. A field that ends in 1 is that of the second power channel. */
 typedef struct vlProcessVariables {
-  int32_t ConfigVersion; /* 18 */
-  double SpeedScale;     /* 1 */
-  double JumpSpeed;      /* 1 */
-  double JumpDelay;
-  bool EnableVariableJumpDelay;
-  double MinJumpDelay;
-  double JumpLengthLimit;
-  double MarkSpeed; /* 1 */
-  double MarkDelay;
-  double MagnificationSpeed; /* 5e-07 */
-  bool EnableVariablePolyDelay;
-  double PolyDelay;
-  double LaserOnDelay;
-  double LaserOffDelay;
-  double MaxDwellTime; /* 1000; in the text it stands behind PolyDelay */
-  double LmFrequency;  /* 0.1 */
-  double LmWidth;      /* 1 */
-  uint16_t Power;
-  uint16_t Power1;
-  vlTransform3D Transformation; /* the identity */
-  vlPoint3D HeadingScale;       /* (1, 1, 1) */
-  double TileOffset;
-  vlOnOffPattern OnOffPattern; /* empty */
-  bool EnableDashedLine;
-  double EvaluationLeadTime;
+  int32_t ConfigVersion;        /* 18 */
+  double SpeedScale;            /* 1; as vlListAppendSpeedScale sets it */
+  double JumpSpeed;             /* 1; as vlListAppendJumpSpeed sets it */
+  double JumpDelay;             /* as vlListAppendJumpDelay sets it */
+  bool EnableVariableJumpDelay; /* as vlListAppendEnableVariableJumpDelay sets it */
+  double MinJumpDelay;          /* as vlListAppendMinJumpDelay sets it */
+  double JumpLengthLimit;       /* as vlListAppendJumpLengthLimit sets it */
+  double MarkSpeed;             /* 1; as vlListAppendMarkSpeed sets it */
+  double MarkDelay;             /* as vlListAppendMarkDelay sets it */
+  double MagnificationSpeed;    /* 5e-07; as vlListAppendMagnificationSpeed sets it */
+  bool EnableVariablePolyDelay; /* as vlListAppendEnableVariablePolyDelay sets it */
+  double PolyDelay;             /* as vlListAppendPolyDelay sets it */
+  double LaserOnDelay;          /* as vlListAppendLaserOnDelay sets it */
+  double LaserOffDelay;         /* as vlListAppendLaserOffDelay sets it */
+  double MaxDwellTime; /* 1000; how long the laser may stay at a place; in the text behind PolyDelay */
+  double LmFrequency;  /* 0.1; as vlListAppendLmFrequency sets it */
+  double LmWidth;      /* 1; as vlListAppendLmWidth sets it */
+  uint16_t Power;      /* as vlListAppendPower sets it for channel 0 */
+  uint16_t Power1;     /* the same for channel 1 */
+  vlTransform3D Transformation;    /* the identity */
+  vlPoint3D HeadingScale;          /* (1, 1, 1) */
+  double TileOffset;               /* as vlListAppendMotfTileOffset sets it */
+  vlOnOffPattern OnOffPattern;     /* empty */
+  bool EnableDashedLine;           /* as vlListAppendEnableDashedLine sets it */
+  double EvaluationLeadTime;       /* as vlListAppendEvaluationLeadTime sets it */
   vlSkyWritingSettings SkyWriting; /* its defaults */
   vlWobbleSettings Wobble;         /* its defaults */
 } vlProcessVariables;

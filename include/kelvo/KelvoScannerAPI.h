@@ -59,79 +59,84 @@ typedef enum vlScanHeadFormat {
   vlScanHeadFormat_VL3_Dual3D = 10,       /* two heads: x y z; 3 dimensions */
 } vlScanHeadFormat;
 
+/* An axis of a head. */
 typedef struct vlScanHeadAxis {
-  double AccelerationTime; /* 0 */
-  double TrackingError;    /* 0 */
-  double HeadBias;         /* 0 */
+  double AccelerationTime; /* 0; how long it takes to reach its speed */
+  double TrackingError;    /* 0; by how much it lags */
+  double HeadBias;         /* 0; what is added to its positions */
 } vlScanHeadAxis;
 
 /* In the order of the axes' indices in the head format. */
 typedef struct vlScanHeadAxisList {
-  uint32_t Count; /* 3 */
-  vlScanHeadAxis Items[6];
+  uint32_t Count;          /* 3; how many there are, 0 to 6 */
+  vlScanHeadAxis Items[6]; /* the axes */
 } vlScanHeadAxisList;
 
+/* A head. */
 typedef struct vlScanHeadConfig {
   int32_t AxisCount;            /* 3: that of the head format */
   int32_t ConfigVersion;        /* 10 */
-  vlTransform3D FieldTransform; /* the identity */
+  vlTransform3D FieldTransform; /* the identity; maps this head's positions */
   vlScanHeadAxisList Axes;      /* one for each of the AxisCount axes */
-  bool EnableFieldCorrection;   /* false */
+  bool EnableFieldCorrection;   /* false; whether its correction is used (KelvoHeadCorrectionAPI.h) */
 } vlScanHeadConfig;
 
+/* Heads. */
 typedef struct vlScanHeadList {
-  uint32_t Count; /* 1 */
-  vlScanHeadConfig Items[2];
+  uint32_t Count;            /* 1; how many there are, 0 to 2 */
+  vlScanHeadConfig Items[2]; /* the heads, 0 first */
 } vlScanHeadList;
 
 /* Whoever changes the head format changes the number of heads and axes with it (vlScannerConfigSetHeadFormat). */
 typedef struct vlScannerConfig {
   int32_t ConfigVersion;   /* 12 */
-  vlPoint3D FieldSize;     /* 65536, 65536, 1 */
-  double MaxMagnification; /* 1 */
+  vlPoint3D FieldSize;     /* (65536, 65536, 1); of the whole field */
+  double MaxMagnification; /* 1; the largest magnification of the optics */
   int32_t HeadCount;       /* 1: that of the head format */
   vlScanHeadList Heads;    /* one for each of the HeadCount heads */
-  double ScanHeadDelay;    /* 0 */
-  int32_t HeadFormat;      /* vlScanHeadFormat_SL2_Single3D */
+  double ScanHeadDelay;    /* 0; how long a head needs until it follows */
+  int32_t HeadFormat;      /* vlScanHeadFormat_SL2_Single3D; what heads there are */
 } vlScannerConfig;
 
 /* An entry for each head: which of its axes, as a combination of vlAxes. A number with other bits fails with
  * "Axes::_from_integral: invalid argument". */
 typedef struct vlScanHeadAxes {
-  uint32_t Count;
-  int32_t Items[2];
+  uint32_t Count;   /* how many heads there are, 0 to 2 */
+  int32_t Items[2]; /* the axes of each */
 } vlScanHeadAxes;
 
 /* How the card watches its scan heads; a part of the system configuration. */
 typedef struct vlScannerMonitoringConfig {
   int32_t ConfigVersion;         /* 2 */
-  bool Enabled;                  /* false */
-  bool UsePingPong;              /* false */
-  uint32_t Command;              /* 21120 */
-  uint32_t Mask;                 /* 11136 */
-  uint32_t GoodValue;            /* 11136 */
-  uint32_t Command1;             /* 0 */
-  uint32_t Mask1;                /* 0 */
-  uint32_t GoodValue1;           /* 0 */
-  uint32_t Period;               /* 1000 */
-  uint32_t MinConsecutiveErrors; /* 3 */
-  bool ContinueOnError;          /* false */
+  bool Enabled;                  /* false; whether heads are watched */
+  bool UsePingPong;              /* false; whether both commands are sent by turns */
+  uint32_t Command;              /* 21120; what a head is asked */
+  uint32_t Mask;                 /* 11136; which bits of its answer count */
+  uint32_t GoodValue;            /* 11136; what they are when all is well */
+  uint32_t Command1;             /* 0; the second question */
+  uint32_t Mask1;                /* 0; which bits of its answer count */
+  uint32_t GoodValue1;           /* 0; what they are when all is well */
+  uint32_t Period;               /* 1000; how often heads are asked */
+  uint32_t MinConsecutiveErrors; /* 3; so many wrong answers in a row are an error */
+  bool ContinueOnError;          /* false; whether a list runs on then */
   vlScanHeadAxes ScanHeadAxes;   /* one entry, vlAxes_XY */
 } vlScannerMonitoringConfig;
 
 /* The positions of a head's axes, in the order of the axes' indices in the head format. */
 typedef struct vlScanHeadPositions {
-  uint32_t Count;
-  double Items[6];
+  uint32_t Count;  /* how many there are, 0 to 6 */
+  double Items[6]; /* the positions, in field units */
 } vlScanHeadPositions;
 
+/* The positions of heads. */
 typedef struct vlScanHeadPositionsList {
-  uint32_t Count;
-  vlScanHeadPositions Items[2];
+  uint32_t Count;               /* how many there are, 0 to 2 */
+  vlScanHeadPositions Items[2]; /* those of each head, 0 first */
 } vlScanHeadPositionsList;
 
+/* Where the heads are. */
 typedef struct vlScannerPositions {
-  vlScanHeadPositionsList Heads;
+  vlScanHeadPositionsList Heads; /* a list of positions for each head */
 } vlScannerPositions;
 
 KELVO_STATIC_ASSERT(sizeof(vlScanHeadConfig) == 264 && sizeof(vlScannerConfig) == 600,

@@ -14,17 +14,20 @@ KELVO_EXTERN_C_BEGIN
 /* How many serial ports a configuration has room for. */
 #define KELVO_SERIAL_PORT_CAPACITY 4
 
+/* The parity bit of a character. */
 typedef enum vlSerialPortParity {
   vlSerialPortParity_None = 0, /* no parity bit */
   vlSerialPortParity_Odd = 1,  /* the number of bits that are 1 is odd */
   vlSerialPortParity_Even = 2, /* it is even */
 } vlSerialPortParity;
 
+/* The stop bits of a character. */
 typedef enum vlSerialPortStopBits {
   vlSerialPortStopBits_One = 1, /* one stop bit */
   vlSerialPortStopBits_Two = 2, /* two stop bits */
 } vlSerialPortStopBits;
 
+/* How a side tells the other to wait. */
 typedef enum vlSerialPortHandshake {
   vlSerialPortHandshake_None = 0,    /* either side sends when it wants to */
   vlSerialPortHandshake_XOnXOff = 1, /* by the characters XOFF and XON */
@@ -41,23 +44,25 @@ typedef enum vlSerialPortLineEnd {
 /* One serial port. */
 typedef struct vlPortConfig {
   int32_t ConfigVersion;    /* 1 */
-  int32_t BaudRate;         /* 115200 */
-  int32_t DataBits;         /* 8 */
-  int32_t Parity;           /* vlSerialPortParity_None */
-  int32_t StopBits;         /* vlSerialPortStopBits_One */
-  int32_t Handshake;        /* vlSerialPortHandshake_None */
-  int32_t LineEnd;          /* vlSerialPortLineEnd_CrLf */
+  int32_t BaudRate;         /* 115200; bits in a second */
+  int32_t DataBits;         /* 8; of a character */
+  int32_t Parity;           /* vlSerialPortParity_None; which parity bit there is */
+  int32_t StopBits;         /* vlSerialPortStopBits_One; how many stop bits there are */
+  int32_t Handshake;        /* vlSerialPortHandshake_None; how a side stops the other */
+  int32_t LineEnd;          /* vlSerialPortLineEnd_CrLf; what ends the lines of lists */
   uint32_t ResponseTimeout; /* 1000 ms: for so long a list waits for an answer that it expects */
 } vlPortConfig;
 
+/* Serial ports. */
 typedef struct vlPortConfigs {
-  uint32_t Count;
-  vlPortConfig Items[KELVO_SERIAL_PORT_CAPACITY];
+  uint32_t Count;                                 /* how many there are, 0 to KELVO_SERIAL_PORT_CAPACITY */
+  vlPortConfig Items[KELVO_SERIAL_PORT_CAPACITY]; /* the ports, 0 first */
 } vlPortConfigs;
 
+/* How the serial ports work. */
 typedef struct vlSerialPortConfig {
   int32_t ConfigVersion; /* 1 */
-  vlPortConfigs Ports;   /* one, with its defaults; lists use the first */
+  vlPortConfigs Ports;   /* at first one, with its defaults; lists use the first */
 } vlSerialPortConfig;
 
 KELVO_STATIC_ASSERT(sizeof(vlPortConfig) == 32 && sizeof(vlSerialPortConfig) == 136,

@@ -11,6 +11,7 @@
 
 KELVO_EXTERN_C_BEGIN
 
+/* The registers. */
 typedef enum vlSfRegister {
   vlSfRegister_Status = 0,  /* flags of the state; only to be read */
   vlSfRegister_Control = 1, /* flags that control it */

@@ -14,23 +14,26 @@ KELVO_EXTERN_C_BEGIN
 /* How many modules a configuration has room for. */
 #define KELVO_SPI_MODULE_CAPACITY 8
 
+/* One module. */
 typedef struct vlSpiModule {
   int32_t ConfigVersion; /* 1 */
-  int32_t Mode;          /* 0: clock polarity x 2 + clock phase, 0 to 3 */
-  double ClockFrequency; /* 1 MHz */
-  int32_t WordLength;    /* 8 bits */
-  bool LsbFirst;         /* false: the highest bit of a word comes first */
-  bool SelectActiveHigh; /* false: the module is chosen while its select line is low */
+  int32_t Mode;          /* 0; clock polarity x 2 + clock phase, 0 to 3 */
+  double ClockFrequency; /* 1; in MHz */
+  int32_t WordLength;    /* 8; bits of a word */
+  bool LsbFirst;         /* false; whether the lowest bit of a word comes first */
+  bool SelectActiveHigh; /* false; whether a module is chosen while its select line is high */
 } vlSpiModule;
 
+/* Modules. */
 typedef struct vlSpiModules {
-  uint32_t Count;
-  vlSpiModule Items[KELVO_SPI_MODULE_CAPACITY];
+  uint32_t Count;                               /* how many there are, 0 to KELVO_SPI_MODULE_CAPACITY */
+  vlSpiModule Items[KELVO_SPI_MODULE_CAPACITY]; /* the modules, 0 first */
 } vlSpiModules;
 
+/* How the modules work. */
 typedef struct vlSpiConfig {
   int32_t ConfigVersion; /* 3 */
-  vlSpiModules Modules;  /* two, with their defaults */
+  vlSpiModules Modules;  /* at first two, with their defaults */
 } vlSpiConfig;
 
 KELVO_STATIC_ASSERT(sizeof(vlSpiModule) == 24 && sizeof(vlSpiConfig) == 208,

@@ -19,29 +19,41 @@
 
 KELVO_EXTERN_C_BEGIN
 
-/* Points, in field units unless a function says otherwise. */
+/* A point or a vector in the plane, in field units unless a function says otherwise. */
 typedef struct vlPoint2D {
-  double X, Y;
+  double X; /* along x */
+  double Y; /* along y */
 } vlPoint2D;
+/* A point or a vector in space. */
 typedef struct vlPoint3D {
-  double X, Y, Z;
+  double X; /* along x */
+  double Y; /* along y */
+  double Z; /* along z */
 } vlPoint3D;
+/* A position in the plane, in the card's own increments. */
 typedef struct vlPoint2DInt {
-  int32_t X, Y;
+  int32_t X; /* along x */
+  int32_t Y; /* along y */
 } vlPoint2DInt;
+/* One in space. */
 typedef struct vlPoint3DInt {
-  int32_t X, Y, Z;
+  int32_t X; /* along x */
+  int32_t Y; /* along y */
+  int32_t Z; /* along z */
 } vlPoint3DInt;
 
 /* Values for x, y, z and the magnification. */
 typedef struct vlPointXYZM {
-  double X, Y, Z, M;
+  double X; /* that for x */
+  double Y; /* that for y */
+  double Z; /* that for z */
+  double M; /* that for the magnification */
 } vlPointXYZM;
 
 /* An affine map x' = A x + b; A[row][column]. */
 typedef struct vlTransform3D {
-  double A[3][3];
-  double b[3];
+  double A[3][3]; /* its matrix */
+  double b[3];    /* what it adds */
 } vlTransform3D;
 
 /* The axes of a scan head. */

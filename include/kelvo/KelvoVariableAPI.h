@@ -30,14 +30,15 @@ typedef enum vlVariableKind {
 typedef struct vlMarkCounter {
   int32_t Start;   /* what a new counter, and one that is reset, begins with */
   int32_t Step;    /* not 0 */
-  int32_t Minimum; /* of the range, which Start is in */
-  int32_t Maximum;
+  int32_t Minimum; /* the beginning of the range, which Start is in */
+  int32_t Maximum; /* the end of the range */
 } vlMarkCounter;
 
+/* A variable, as the card tells it. */
 typedef struct vlCardVariable {
-  uint32_t Id;  /* the hash of the name */
-  int32_t Kind; /* vlVariableKind */
-  int32_t Value;
+  uint32_t Id;                                     /* the hash of the name */
+  int32_t Kind;                                    /* vlVariableKind */
+  int32_t Value;                                   /* 0 or 1 for a boolean */
   char VariableName[KELVO_VARIABLE_NAME_CAPACITY]; /* empty for one that only lists have set */
 } vlCardVariable;
 

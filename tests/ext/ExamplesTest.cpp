@@ -20,6 +20,8 @@ TEST(Examples, SayWhatTheyDidOrWhyNot) {
   const std::string here = on(card);
   const std::tuple<std::string, int, std::string> rows[] = {
       {"mark_nameplate" + here, 0, "progress 100 %\n"},
+      {"mark_square" + here, 0, "progress 25 %\nprogress 50 %\nprogress 75 %\nprogress 100 %\n"},
+      {"mark_square 127.0.0.1 1", 1, "Error: Cannot open connection to 127.0.0.1/1.\n"},
       {"build_font --text Text --text '' --text '{~}'" + here, 0, "marked: Text\nmarked: \nmarked: {~}\n"},
       {"list_from_text rosette.txt" + here, 0, "The list on the card is the same.\n"},
       {"list_from_text -" + here + " <rosette.txt", 0, "The list on the card is the same.\n"},
