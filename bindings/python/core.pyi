@@ -2,7 +2,7 @@ import array
 import os
 from collections.abc import Callable
 from types import TracebackType
-from typing import Any, Protocol, TypeVar, Union, overload
+from typing import Any, NoReturn, Protocol, TypeVar, Union, overload
 
 # types
 
@@ -10,22 +10,25 @@ class _HasArrayInterface(Protocol):
     @property
     def __array_interface__(self) -> dict[str, Any]: ...
 
-Array = Union[bytes, bytearray, memoryview, "array.array[Any]", _HasArrayInterface]
+_Array = Union[bytes, bytearray, memoryview, "array.array[Any]", _HasArrayInterface]
 
-_Self = TypeVar("_Self", bound=Card)
+_Self = TypeVar("_Self", bound=_Card)
 _List = TypeVar("_List", bound=List)
 _Font = TypeVar("_Font", bound=Font)
 _Registration = TypeVar("_Registration", bound=Registration)
 
+class _Type(type): ...
+
 class Error(Exception): ...
 
-class Registration:
+class Registration(metaclass=_Type):
+    def __init__(self, *args: NoReturn, **kwargs: NoReturn) -> None: ...
     def close(self) -> None: ...
     def __enter__(self: _Registration) -> _Registration: ...
     def __exit__(self, kind: type[BaseException] | None, error: BaseException | None,
                  trace: TracebackType | None) -> None: ...
 
-class Card:
+class _Card(metaclass=_Type):
     def __init__(self, host: str | CardInfo = "127.0.0.1", port: int = 49374) -> None: ...
     @property
     def handle(self) -> int: ...
@@ -44,7 +47,8 @@ class Card:
     # areas
     # methods of Card
 
-class List:
+class List(metaclass=_Type):
+    def __init__(self, *args: NoReturn, **kwargs: NoReturn) -> None: ...
     @property
     def handle(self) -> int: ...
     def close(self) -> None: ...
@@ -54,7 +58,8 @@ class List:
                  trace: TracebackType | None) -> None: ...
     # methods of List
 
-class Font:
+class Font(metaclass=_Type):
+    def __init__(self, *args: NoReturn, **kwargs: NoReturn) -> None: ...
     @property
     def handle(self) -> int: ...
     def close(self) -> None: ...
@@ -63,7 +68,7 @@ class Font:
                  trace: TracebackType | None) -> None: ...
     # methods of Font
 
-class Area:
-    def __init__(self, card: Card) -> None: ...
+class Area(metaclass=_Type):
+    def __init__(self, card: _Card) -> None: ...
 
-def defaults(name: str) -> Any: ...
+def _defaults(name: str) -> Any: ...

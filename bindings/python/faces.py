@@ -41,7 +41,7 @@ INIT = re.compile(r"vl\w+?Init(?:Config|Variables|OpticalParameters)")
 
 def snake(name):
     name = name.replace("IDs", "Ids").replace("CoH", "Coh")
-    return re.sub(r"(?<=[a-z0-9])(?=[A-Z])|(?<=[A-Z])(?=[A-Z][a-z])", "_", name).lower()
+    return re.sub(r"(?<=[a-z])(?=[A-Z])|(?<=[A-Z0-9])(?=[A-Z][a-z])", "_", name).lower()
 
 
 def record_name(struct):
@@ -145,6 +145,8 @@ class Faces:
 
     def whole_comment(self, function):
         """A comment, with that of the function to which it says that this one is the same."""
+        if named := re.match(r"(vl\w+) with ", function.comment):
+            return function.comment + "\n\n" + self.whole_comment(self.headers.functions[named[1]])
         if not re.match(r"The same\b", function.comment):
             return function.comment
         before = None
@@ -181,7 +183,10 @@ class Faces:
         returned = re.match(r"Returns the (number|length)", function.comment) and "int"
         if function.result == "int64_t" and not returned:
             returned = "font" if function.name == "vlFontGet" else "list"
-        return Face(function, owner, snake(name), parameters, returned or "", owner not in ("List", "Font", "")
+        name = snake(name)
+        if owner == "" and RECORD_METHODS.fullmatch(function.name) and not init:
+            name = "_" + name  # a method of the record calls it
+        return Face(function, owner, name, parameters, returned or "", owner not in ("List", "Font", "")
                     or "Local." not in function.comment and owner == "", init)
 
     def record_methods(self, struct):

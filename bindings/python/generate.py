@@ -33,7 +33,7 @@ def hint(parameter):
     if parameter.kind.startswith("out_array_"):
         return "list[int]"
     if kind.startswith("array_"):
-        return "Array"
+        return "_Array"
     return f"{record_name(parameter.type)} | int" if parameter.type else HINTS[kind]
 
 
@@ -58,7 +58,7 @@ def signatures(faces, method=True):
             words.append(f"{parameter.name}: {hint(parameter)}{default}")
         ways.append(f"({', '.join(words)}) -> {result(face)}")
     if any(face.takes_rows for face in faces):
-        ways.append(f"({'self, ' if method else ''}rows: Array) -> None")
+        ways.append(f"({'self, ' if method else ''}rows: _Array) -> None")
     return list(dict.fromkeys(ways))
 
 
@@ -85,12 +85,19 @@ class Writer:
                 (r"Returns 0 or -1(?: \(kelvo\.h,[^)]*\))?\.", ""),
                 (r"Returns 0,(?: [^.:;]*?)? or -1:? with\b", "Raises Error with"),
                 (r"Returns 0,? (also when[^,]*,)? ?or -1\b", r"Raises Error"),
-                (r"Returns 0\. ", ""),
+                (r"Returns 0\. ", ""), (r"Returns 0 (when[^,]*), or -1\b", r"Returns \1; raises Error otherwise"),
                 (r"Returns (?:the|its) (?:new )?(\w+ )?handle[^.]*?, or -1\b", r"Raises Error"),
                 (r", or -1\b", "; raises Error"),
                 (r"Writes (.*?) (?:to|into) `\*\w+`", r"Returns \1"),
                 (r"Writes (.*?) into `buffer` of `size` bytes,?(?: and (?:its|their) length[^.]*?`\*length`)?", r"Returns \1"),
                 (r"Fetches (.*?) into `buffer` of `size` bytes", r"Fetches \1"),
+                (r" `timeout_ms` is in milliseconds.*?(\n\n|$)", r"\1"),
+                (r" into `buffer` of `(?:size|capacity)`[^.;]*", ""), (r",? and (?:writes )?(?:its|their) (?:length|number)[^.;]*?"
+                                                              r"(?:to )?`\*(?:length|count)`", ""),
+                (r" into the array `\w+`, which has room for `capacity` of them \([^)]*\)", ""),
+                (r" With a `size` of 0 `buffer` may be null[^.]*\.", ""),
+                (r" to `\w+`, an array of `capacity` elements", ""),
+                (r"[;,] `\*count` is (?:then )?written all the same, nothing else\. So a `capacity` of 0[^.]*\.", "."),
                 (r"Fills `\*(\w+)`", r"Fills `\1`"),
                 (r"`\*(\w+)`", r"`\1`"),
                 (r"\(kelvo\.h, [^)]*\)", ""), (r"; kelvo\.h, 5\b|or kelvo\.h, 5\b", ""),
@@ -110,13 +117,14 @@ class Writer:
     def help(self, faces):
         """The help of a function: how it is called, what the headers say, and which functions of C those are."""
         name = faces[0].name
-        parts = ["\n".join(name + way for way in signatures(faces, method=False))]
-        parts += dict.fromkeys(self.prose(self.faces.whole_comment(face.function)) for face in faces)
+        parts = ["\n".join(name + way for way in signatures(faces, method=False)).replace("_Array", "Array")]
+        parts += dict.fromkeys(paragraph for face in faces
+                               for paragraph in self.prose(self.faces.whole_comment(face.function)).split("\n\n"))
         if any(face.takes_rows for face in faces):
             parts.append("An array of float64 with a row for each command, the parameters in its columns, appends them all.")
         if any(parameter.kind == "wait" for face in faces for parameter in face.inputs):
-            parts.append("`timeout` is in seconds, None stands for the connection's. None, or nothing, is the result when "
-                         "it is over.")
+            parts.append("`timeout` is in seconds: 0 only looks, None stands for the connection's. When it is over the result "
+                         "is None, of bytes none. Ctrl-C ends the wait. Raises Error when the connection is down.")
         if faces[0].function.name.startswith("vlListAppend"):
             parts.append(NUMBERS)
             parts.append("Raises Error when the list or its connection is gone, or the command would have more than "
@@ -220,7 +228,7 @@ class Writer:
 
     def types(self):
         lines = [f'"""Enumerations and records. {HEADER}"""', "from __future__ import annotations", "",
-                 "import dataclasses", "import enum", "", "from kelvo import _core", "from kelvo._record import UNSET, Record",
+                 "import dataclasses", "import enum", "", "from kelvo import _core", "from kelvo._record import Record, unset",
                  ""]
         for enum in self.headers.enums.values():
             kind = "IntFlag" if enum.is_flags else "IntEnum"
@@ -236,8 +244,10 @@ class Writer:
             fields = [f"    {snake(member[1])}: {self.field_hint(struct, member)}"
                       + (f"; {self.prose(member[3])}" if member[3] else "") for member in struct.members]
             text = (self.prose(struct.comment) or "A record.") + "\n\nFields:\n" + "\n".join(fields)
+            text += "".join(f"\n\nC, for its defaults: {face.function.name}" for face in self.faces.faces
+                            if face.init == struct.name)
             lines += [self.docstring(text, 4), ""]
-            lines += [f"    {snake(member[1])}: {self.field_hint(struct, member)} = UNSET" for member in struct.members]
+            lines += [f"    {snake(member[1])}: {self.field_hint(struct, member)} = dataclasses.field(default_factory=unset)" for member in struct.members]
             for method, face in self.faces.record_methods(struct.name):
                 static = face.parameters[0].kind not in ("record", "changed_record")
                 inputs = face.inputs if static else face.inputs[1:]

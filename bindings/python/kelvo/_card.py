@@ -5,7 +5,7 @@ import asyncio
 import contextlib
 import queue
 import time
-from collections.abc import AsyncIterator, Callable, Iterator
+import typing
 from typing import Any
 
 from kelvo import _core
@@ -17,7 +17,7 @@ _LOOK = 0.1  # seconds after which a wait for events looks whether the connectio
 class _Run:
     """What a run tells, in the order in which the card tells it, into `put`."""
 
-    def __init__(self, card: _core.Card, put: Callable[[tuple[str, Any]], None]) -> None:
+    def __init__(self, card: _core._Card, put: typing.Callable[[tuple[str, Any]], None]) -> None:
         self.card, self.failure, self.done = card, "", False
         self.registrations = contextlib.ExitStack()
         for register, kind in ((card.on_progress, "progress"), (card.on_list_done, "done"), (card.on_list_idle, "idle")):
@@ -58,7 +58,7 @@ class _Run:
             self.registrations.close()
 
 
-class Card(_core.Card):
+class Card(_core._Card):
     """A connection to a card. Ends with close(), or with the block of `with`."""
 
     def fetch_list(self, list_id: int) -> _core.List:
@@ -67,7 +67,7 @@ class Card(_core.Card):
         self.lists.get(list_id, list)
         return list
 
-    def run(self, list: _core.List, list_id: int = 1) -> Iterator[int]:
+    def run(self, list: _core.List, list_id: int = 1) -> typing.Iterator[int]:
         """Uploads a list, runs it, and yields its progress values until the card is idle again.
 
         Raises Error when the run fails or is aborted. Who leaves the loop early ends the run. Events that came before
@@ -90,7 +90,7 @@ class Card(_core.Card):
         finally:
             run.end(ended)
 
-    async def run_async(self, list: _core.List, list_id: int = 1) -> AsyncIterator[int]:
+    async def run_async(self, list: _core.List, list_id: int = 1) -> typing.AsyncIterator[int]:
         """run() for `async for`. The upload has a thread of its own meanwhile."""
         loop = asyncio.get_running_loop()
         events: asyncio.Queue[tuple[str, Any]] = asyncio.Queue()
@@ -122,8 +122,8 @@ class Card(_core.Card):
         """lists.wait_for_list_idle() for asyncio; who cancels it loses no value."""
         return await self._wait(self.on_list_idle, self.lists.wait_for_list_idle, timeout)
 
-    async def _wait(self, register: Callable[[Callable[[int], object]], _core.Registration],
-                    take: Callable[[float], int | None], timeout: float | None) -> int | None:
+    async def _wait(self, register: typing.Callable[[typing.Callable[[int], object]], _core.Registration],
+                    take: typing.Callable[[float], int | None], timeout: float | None) -> int | None:
         seconds = self.get_timeout() / 1000 if timeout is None or timeout < 0 else timeout
         end = time.monotonic() + seconds
         come = asyncio.Event()
@@ -138,7 +138,7 @@ class Card(_core.Card):
                     await asyncio.wait_for(come.wait(), min(left, _LOOK))
 
 
-def _from_thread(loop: asyncio.AbstractEventLoop, act: Callable[[Any], object]) -> Callable[[Any], None]:
+def _from_thread(loop: asyncio.AbstractEventLoop, act: typing.Callable[[Any], object]) -> typing.Callable[[Any], None]:
     """A callback that lets a loop act; a loop that is closed by then does not mind."""
     def call(value: Any) -> None:
         with contextlib.suppress(RuntimeError):

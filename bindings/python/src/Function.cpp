@@ -24,7 +24,7 @@ constexpr std::size_t MostSlots = 16;
 constexpr auto Slice = std::chrono::milliseconds(50);  // how late a wait may notice a signal
 constexpr std::size_t RemoteText = 64u << 20;          // asked for once; what is not written takes no memory
 constexpr std::size_t FirstText = 64u << 10;
-constexpr std::size_t FirstElements = 65536;
+constexpr std::size_t FirstElements = 32768;
 constexpr std::size_t FirstRecords = 4096;
 constexpr std::size_t NamesRoom = 16u << 20;
 constexpr std::size_t ManyRows = 1000;  // for so many others get the interpreter's lock
@@ -536,16 +536,12 @@ py::object Function::Call(const Way& way, py::handle self, const Bound& bound) c
                                            : CallUnlocked(way, frame, error);
     if (frame.Transfer && frame.Transfer->Failure) throw std::move(*frame.Transfer->Failure);
     if (result < 0) {
-      // Local texts are asked for again with more room, arrays when it is known how much there must be.
+      // What is local is asked for again with more room, anything else when it is known how much it must be.
       if (countSlot != 0 && error.starts_with("Buffer is too small")) {
         const std::size_t needed = frame.Values[countSlot] + 16;
-        const bool isText = way.Parameters.back().What == ParameterKind::OutText;
-        if (isText && !(way.From->Unlocked) && room < (1u << 30)) {
-          room *= 4;
-          continue;
-        }
-        if (!isText && needed > room + 16) {
-          room = needed;
+        const bool isLocal = !way.From->Unlocked && room < (1u << 30);
+        if (isLocal || needed > room + 16) {
+          room = isLocal ? 4 * room : needed;
           continue;
         }
       }

@@ -17,14 +17,14 @@ PyObject* errorClass = nullptr;
 
 template <class T>
 void AddLife(py::class_<T>& type) {
-  type.def("close", &T::Close);
+  type.def("close", &T::Close, "Ends it. Later calls are harmless.");
   type.def("__enter__", [](py::object self) { return self; });
   type.def("__exit__",
            [](T& self, const py::object&, const py::object&, const py::object&) { self.Close(); });
 }
 
 py::class_<Card> AddCard(py::module_& module) {
-  py::class_<Card> card(module, "Card",
+  py::class_<Card> card(module, "_Card",
                         "A connection to a card. Ends with close(), or with the block of `with`.");
   card.def(py::init<py::object, std::int32_t>(), py::arg("host") = "127.0.0.1",
            py::arg("port") = KELVO_DEFAULT_PORT,
@@ -168,7 +168,7 @@ void Fill(py::module_& module) {
     classes[each.Class] = type;
   }
   AddTable(module, classes);
-  module.def("defaults", &Defaults, py::arg("name"), "A record with the library's defaults.");
+  module.def("_defaults", &Defaults, py::arg("name"), "A record with the library's defaults.");
 
   py::module_::import("atexit").attr("register")(py::cpp_function([] {
     CloseDoor();
