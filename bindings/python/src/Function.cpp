@@ -386,6 +386,7 @@ void Function::Add(const Row& row) {
     std::string kind = cut(':');
     Parameter parameter;
     parameter.Name = word;
+    parameter.Label = name_ + "(): " + word;
     const bool out = kind.starts_with("out_");
     const auto integer = integers.find(out ? kind.substr(4) : kind);
     if (integer != integers.end()) {
@@ -449,13 +450,13 @@ py::object Function::operator()(const py::args& arguments, const py::kwargs& key
       const Parameter& parameter = way.Parameters[i];
       if (parameter.What == ParameterKind::Array && parameter.Elements.Columns > 0) {
         const ArrayView view(bound[i], parameter.Elements.Letter,
-                             Expected(name_ + "(): " + parameter.Name, {parameter.Elements.Letter, 0}));
+                             Expected(parameter.Label, {parameter.Elements.Letter, 0}));
         better = view.Columns() == static_cast<std::ptrdiff_t>(parameter.Elements.Columns);
       }
     }
     if (!better) continue;
     fits = &way;
-    fitting = bound;
+    std::swap(fitting, bound);
   }
   if (fits != nullptr) return Call(*fits, self, fitting);
   if (ways_.front().From->TakesRows) {
@@ -527,7 +528,7 @@ py::object Function::Call(const Way& way, py::handle self, const Bound& bound) c
         waits = frame.Used;
         timeout = bound[next];
       }
-      AddInput(frame, parameter, bound[next++], name_ + "(): " + parameter.Name);
+      AddInput(frame, parameter, bound[next++], parameter.Label);
     }
     if (std::strncmp(way.From->Name, "interrupt_", 10) == 0) ++CardOf(self).Interruptions;
 
@@ -548,13 +549,13 @@ py::object Function::Call(const Way& way, py::handle self, const Bound& bound) c
       throw Error(error);
     }
 
-    py::list outputs;
+    std::vector<py::object> outputs;
     for (std::size_t i = 0; i < way.Parameters.size(); ++i) {
       const Parameter& parameter = way.Parameters[i];
       std::size_t slot = begins.at(i);
       if (parameter.IsOut()) {
         const bool nothing = waits != 0 && result == 1 && parameter.What != ParameterKind::OutArray;
-        outputs.append(nothing ? py::object(py::none()) : Output(frame, parameter, slot));
+        outputs.push_back(nothing ? py::object(py::none()) : Output(frame, parameter, slot));
       } else if (parameter.What == ParameterKind::ChangedRecord) {
         Refresh(*parameter.RecordType, frame.Slots[slot].Pointer, bound[0]);
       }
@@ -568,7 +569,10 @@ py::object Function::Call(const Way& way, py::handle self, const Bound& bound) c
                                   : py::cast(std::make_unique<Font>(card, result));
     }
     if (outputs.empty()) return py::none();
-    return outputs.size() == 1 ? py::object(outputs[0]) : py::tuple(outputs);
+    if (outputs.size() == 1) return outputs[0];
+    py::tuple several(outputs.size());
+    for (std::size_t i = 0; i < outputs.size(); ++i) several[i] = outputs[i];
+    return several;
   }
 }
 

@@ -41,6 +41,7 @@ enum class ParameterKind {
 // One word of a row's parameters, NAME:KIND@TYPE=DEFAULT, as faces.py writes it.
 struct Parameter {
   std::string Name;
+  std::string Label;  // with the function's name, for errors
   ParameterKind What = ParameterKind::Real;
   std::int64_t Least = 0;  // of integers
   std::uint64_t Most = 0;
