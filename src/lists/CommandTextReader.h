@@ -56,7 +56,6 @@ class CommandTextReader {
   const char* GetBegin() const { return begin_; }
 
  private:
-
   // The numbers of a value: where each begins and ends.
   class Places;
 

@@ -222,8 +222,8 @@ TEST(VirtualCardPressure, ConnectionsBeyondTheLimitAreClosed) {
   }
 }
 
-using VirtualCard::Card;
 using Simulation::Drawing;
+using VirtualCard::Card;
 using VirtualCard::FrameKind;
 using VirtualCard::OutputQueue;
 using VirtualCard::Server;
