@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <set>
@@ -257,7 +258,7 @@ void Offer(const Line& line, Offers& offers) {
 
 int Complete(const std::vector<std::string>& words) {
   signal(SIGALRM, [](int) { _exit(0); });
-  const itimerval most{{0, 0}, {0, MostMs * 1000}};
+  const itimerval most{{0, 0}, {0, std::chrono::microseconds(std::chrono::milliseconds(MostMs)).count()}};
   setitimer(ITIMER_REAL, &most, nullptr);
   if (words.empty()) return 0;
   Offers offers(words.back());

@@ -56,17 +56,17 @@ bool IsTerminal(const Output& out) {
   return !out.IsQuiet && isatty(STDERR_FILENO) == 1;
 }
 
-Spinner::Spinner(const Output& out, std::string text) {
+Spinner::Spinner(const Output& out, const std::string& text) {
   if (!IsTerminal(out)) {
     out.Remark(text + ".");
     return;
   }
-  thread_ = std::thread([this, text = Shortened(Clean(text), Columns() - 3)] {
+  thread_ = std::thread([this, line = Shortened(Clean(text), Columns() - 3)] {
     std::unique_lock lock(mutex_);
     // What is quick is not worth a line.
     for (int turn = 0;
          !stopped_.wait_for(lock, std::chrono::milliseconds(RedrawMs), [&] { return isStopped_; }); ++turn) {
-      std::fprintf(stderr, "\r%s %c", text.c_str(), "|/-\\"[turn % 4]);
+      std::fprintf(stderr, "\r%s %c", line.c_str(), "|/-\\"[turn % 4]);
     }
     std::fprintf(stderr, "\r\33[K");
   });

@@ -18,7 +18,7 @@ bool IsTerminal(const Output& out);
 
 class Spinner {
  public:
-  Spinner(const Output& out, std::string text);
+  Spinner(const Output& out, const std::string& text);
   ~Spinner() { Stop(); }
   Spinner(const Spinner&) = delete;
   Spinner& operator=(const Spinner&) = delete;
