@@ -98,7 +98,7 @@ std::optional<double> TimeLeft::Reckon(double now, double part) const {
   return std::max(0.0, expected + (reckoned - expected) * (1 - std::exp(-passed / SmoothingSeconds)));
 }
 
-Bar::Bar(const Output& out, std::string text, std::optional<double> whole)
+Bar::Bar(const Output& out, const std::string& text, std::optional<double> whole)
     : out_(out), isOnTerminal_(IsTerminal(out)), text_(Clean(text)), start_(SteadyMs()), timeLeft_(whole) {
   if (!isOnTerminal_) out_.Remark(text_ + ".");
 }

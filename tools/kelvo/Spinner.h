@@ -54,7 +54,7 @@ class TimeLeft {
 class Bar {
  public:
   // `whole`: the seconds that it is going to take, where they are known.
-  Bar(const Output& out, std::string text, std::optional<double> whole = {});
+  Bar(const Output& out, const std::string& text, std::optional<double> whole = {});
   ~Bar() { End(); }
   Bar(const Bar&) = delete;
   Bar& operator=(const Bar&) = delete;
