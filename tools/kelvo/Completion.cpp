@@ -182,7 +182,8 @@ void OfferFieldsOf(Session* session, Offers& offers, const char* behind) {
   const std::size_t equals = offers.Begun.find('=');
   if (equals != std::string::npos) {
     const std::string field = offers.Begun.substr(0, equals);
-    for (const std::string& name : ChoicesFor(ParseField(field))) offers.Add(field + "=" + name);
+    for (const std::string& name : ChoicesFor(ParseField(field)))
+      offers.Add(std::string(field).append("=").append(name));
     return;
   }
   const std::size_t dot = offers.Begun.find('.');
