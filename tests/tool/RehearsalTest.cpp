@@ -71,6 +71,11 @@ TEST(ToolCheck, ReadsAnyFileInLittleMemory) {
       {"(printf \"{ JA, \"; head -c 200M /dev/zero | tr \"\\0\" \" \") >l; (" LITTLE_MEMORY "; kelvo list "
        "check l)",
        4, "l:1:1: The command is longer than 64 MiB.\n"},
+      // A comment of several parts, in which commands seem to be.
+      {"(printf \"{ LON } #\"; yes \"{ LON }\" | head -400000 | tr -d \"\\n\"; printf \"\\n{ BA, I32[9] }\") "
+       ">l; "
+       "kelvo list check l",
+       4, "l:2:1: There is no command 9 to branch to.\n"},
       {"kelvo list check none", 1, "Cannot open 'none': No such file or directory."},
       {"kelvo list check l --field big", 2, "--field takes a number"},
       {"kelvo list check l --with 7", 2, "--with takes NUMBER=..., not '7'."},
