@@ -53,6 +53,30 @@ TEST(ToolCheck, TellsEachFaultAndItsPlace) {
   }
 }
 
+TEST(ToolCheck, KnowsWhereABranchMayLead) {
+  const ToolShell shell;
+  const std::string input = ", U32[1], I32[2], Bool[True], Bool[True], U32[1] }",
+                    flag = ", U32[1], Bool[True] }";
+  const std::tuple<const char*, std::string, bool> cases[] = {
+      {"BAC", input, false},  {"BRC", input, true},           {"BACF", flag, false},
+      {"BRCF", flag, true},   {"CASGA", ", I32[1] }", false}, {"CASGR", ", I32[1] }", true},
+      {"DEFGA", " }", false}, {"DEFGR", " }", true},
+  };
+  for (const auto& [name, rest, isRelative] : cases) {
+    // The last of five commands is reached by the branch alone, which is the third.
+    const auto check = [&, &name = name, &rest = rest](int number) {
+      const std::string branch = std::string("{ ") + name + ", I32[" + std::to_string(number) + "]" + rest;
+      return shell.Run("printf \"{ LON } { LON } " + branch + " { EXL } { LOF }\" >l; kelvo list check l")
+          .Output;
+    };
+    const std::string right = check(isRelative ? 2 : 4), wrong = check(isRelative ? 4 : 2);
+    EXPECT_THAT(right, Not(AnyOf(HasSubstr("never reached"), HasSubstr("no command"), HasSubstr("parse"))))
+        << name;
+    EXPECT_THAT(wrong, HasSubstr(isRelative ? "There is no command 6 to branch to." : "never reached."))
+        << name;
+  }
+}
+
 TEST(ToolCheck, ReadsAnyFileInLittleMemory) {
   const ToolShell shell;
   const Row rows[] = {
