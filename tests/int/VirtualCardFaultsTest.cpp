@@ -191,10 +191,12 @@ TEST(VirtualCardFaults, BefallNotificationsAndAreChangedWhileTheCardRuns) {
   EXPECT_THAT(card.ReadLine(),
               AllOf(HasSubstr("'fault SetLst:drop' failed: "), HasSubstr("nothing to have a fault")));
   // A card that ends does not wait for a fault.
-  card.Say("fault AbortExecution:delay=1min\nfault");
-  card.ReadLine();
+  card.Say("fault AbortExecution:delay=1min");
   Peer waiting(Connect(card));
   waiting.Send(FrameOf(0x00, 1, "AbortExecution", std::vector<int>()));
+  for (Text told; told.find("befell 1 of 1") == Text::npos; told = card.ReadLine()) card.Say("fault");
+  const AtMost promptly(10000, "the end");
+  EXPECT_EQ(card.End(SIGTERM), 0);
 }
 
 }  // namespace

@@ -57,6 +57,11 @@ OutputPacket ErrorNotification(const std::string& text) {
   return packet;
 }
 
+// Enough of a frame to tell whom to answer.
+std::span<const unsigned char> HeadBytes(std::span<const unsigned char> frame) {
+  return frame.first(std::min(frame.size(), Packet::FullHeaderLen + 9));
+}
+
 std::size_t CostOf(const OutputQueue& output, const HeldFrames& held) {
   return output.GetMemory() + held.GetMemory();
 }
@@ -112,40 +117,42 @@ void Session::Serve(CardClient& client, const Request& request) {
                 : AnswerTo(client, request.Frame, settings_.Verbose ? &log : nullptr);
   if (!isRefused) input_.Drop(request.Frame.size());
   inputCharge_.Resize(0);
-  if (settings_.Verbose) LogLine({peer_, " ", log});
+  if (!log.empty() && settings_.Verbose) LogLine({peer_, " ", log});
   if (answer) Send(FrameKind::Answer, answer->Close());
 }
 
 std::optional<OutputPacket> Session::AnswerTo(CardClient& client, std::span<const unsigned char> frame,
                                               std::string* log) {
-  if (!faults_.AreNone()) {
-    const auto head = HeadOf(frame);
-    const auto fault = head ? faults_.OfRequest(head->Method, number_) : nullptr;
-    if (fault != nullptr && settings_.Verbose)
-      LogLine({peer_, " ", head->Method, " meets the fault ", fault->Text});
-    if (fault != nullptr && fault->Side == FaultSide::Answer) {
-      const MutexLock lock(outputMutex_);
-      answerFaults_[head->Id] = fault;
-    } else if (fault != nullptr) {
-      if (log != nullptr) *log = std::string(head->Method) + " is not carried out";
-      switch (fault->Action) {
-        case FaultAction::Error:
-          return Refuse(frame.first(std::min(frame.size(), MostHeadBytes)), fault->ErrorText);
-        case FaultAction::Silent:
-          return std::nullopt;
-        case FaultAction::Delay:
-          if (!Pause(fault->Delay)) return std::nullopt;
-          break;
-        case FaultAction::Slow:
-          if (!Pause(PauseFor(frame.size(), fault->Rate))) return std::nullopt;
-          break;
-        default:
-          throw std::runtime_error("A fault was asked for.");
-      }
-    }
+  if (const auto fault = faults_.AreNone() ? nullptr : FaultOfRequest(frame)) {
+    if (fault->Action == FaultAction::Error) return Refuse(HeadBytes(frame), fault->ErrorText);
+    if (!Undergo(*fault, frame.size())) return std::nullopt;
   }
   client.Work.Take(CostOf(frame));
   return Answer(client, frame, log);
+}
+
+std::shared_ptr<const Fault> Session::FaultOfRequest(std::span<const unsigned char> frame) {
+  const auto head = HeadOf(frame);
+  auto fault = head ? faults_.OfRequest(head->Method, number_) : nullptr;
+  if (fault == nullptr) return nullptr;
+  if (settings_.Verbose) LogLine({peer_, " ", head->Method, " meets the fault ", fault->Text});
+  if (fault->Side == FaultSide::Request) return fault;
+  const MutexLock lock(outputMutex_);
+  answerFaults_[head->Id] = std::move(fault);
+  return nullptr;
+}
+
+bool Session::Undergo(const Fault& fault, std::size_t bytes) const {
+  switch (fault.Action) {
+    case FaultAction::Delay:
+      return Pause(fault.Delay);
+    case FaultAction::Slow:
+      return Pause(PauseFor(bytes, fault.Rate));
+    case FaultAction::Drop:
+      throw std::runtime_error("A fault was asked for.");
+    default:
+      return false;
+  }
 }
 
 bool Session::Pause(std::chrono::microseconds time) const {
@@ -278,8 +285,8 @@ void Session::SendFaulty(const Fault& fault, FrameKind kind, std::span<const uns
     case FaultAction::Drop:
       return CloseFor(" disconnected: A fault was asked for.");
     case FaultAction::Error: {
-      OutputPacket error =
-          kind == FrameKind::Answer ? Refuse(frame, fault.ErrorText) : ErrorNotification(fault.ErrorText);
+      OutputPacket error = kind == FrameKind::Answer ? Refuse(HeadBytes(frame), fault.ErrorText)
+                                                     : ErrorNotification(fault.ErrorText);
       const auto bytes = error.Close();
       held.Bytes.assign(bytes.begin(), bytes.end());
       break;

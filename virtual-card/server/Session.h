@@ -110,9 +110,14 @@ class Session : private AnswerTaker {
   bool Skip(std::size_t count);
   // Throws std::runtime_error when there are none by then.
   void WaitForBytes(std::chrono::steady_clock::time_point deadline) const;
-  // Does what a fault does to a request, if any, and gives its answer; nothing when it gets none, or none from here.
+  // The answer to a request, which a fault may befall; nothing when there is none, or it comes later.
   std::optional<ClientLib::OutputPacket> AnswerTo(CardClient& client, std::span<const unsigned char> frame,
                                                   std::string* log);
+  // The fault that befalls the request now; null for none, also when one is to befall its answer.
+  std::shared_ptr<const Fault> FaultOfRequest(std::span<const unsigned char> frame);
+  // Does what the fault does to a request of so many bytes; returns whether it is carried out then. Throws to end the
+  // connection.
+  bool Undergo(const Fault& fault, std::size_t bytes) const;
   // False when the connection ends meanwhile.
   bool Pause(std::chrono::microseconds time) const;
   void Send(FrameKind kind, std::span<const unsigned char> frame) noexcept;
