@@ -63,9 +63,9 @@ TEST(VirtualCardFaults, SayWhatIsWrongWithTheirText) {
 TEST(VirtualCardFaults, HaveTheValuesOfTheirText) {
   const Fault slow = VirtualCard::ParseFault("SetList:connection=3:direction=request:slow=1.5kB/s");
   EXPECT_TRUE(slow.Connection == 3 && slow.Side == FaultSide::Request && slow.Rate == 1500) << slow.Rate;
-  const Fault error = VirtualCard::ParseFault("ListIdle:count=2:from=4:chance=25%:error=a:b=c");
+  const Fault error = VirtualCard::ParseFault("ListIdle:count=2:from=4:chance=25%:error=a:b=c:");
   EXPECT_TRUE(error.Count == 2 && error.From == 4 && error.Chance == 0.25 && error.Side == FaultSide::Answer);
-  EXPECT_EQ(error.ErrorText, "a:b=c");
+  EXPECT_EQ(error.ErrorText, "a:b=c:");
   const std::pair<const char*, int> delays[] = {
       {"7us", 7}, {"1.5ms", 1500}, {"2s", 2000000}, {"1min", 60000000}};
   for (const auto& [text, wanted] : delays) {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <span>
 #include <stdexcept>
+#include <utility>
 
 #include "base/TrimmedText.h"
 #include "rpc/Packet.h"
@@ -161,15 +162,14 @@ std::string_view TakePart(std::string_view& text) {
 }
 
 // Its text may hold colons, so it is all that is left. What was meant as a condition must not end up in it unnoticed.
-std::string_view WithRest(std::string_view part, std::string_view rest) {
-  for (std::string_view left = rest; !left.empty();) {
-    const std::string_view next = TakePart(left);
-    const std::string_view name = next.substr(0, next.find('='));
-    if (name != next && std::ranges::find(Conditions, name, &Part::Name) != std::end(Conditions)) {
-      RefusePart(next, "conditions stand ahead of error, whose text is all the rest.");
+void CheckErrorText(std::string_view text) {
+  while (!text.empty()) {
+    const std::string_view part = TakePart(text);
+    const std::string_view name = part.substr(0, part.find('='));
+    if (name != part && std::ranges::find(Conditions, name, &Part::Name) != std::end(Conditions)) {
+      RefusePart(part, "conditions stand ahead of error, whose text is all the rest.");
     }
   }
-  return {part.data(), part.size() + (rest.empty() ? 0 : 1 + rest.size())};
 }
 
 void Read(const Part& row, std::string_view part, Fault& fault) {
@@ -211,6 +211,7 @@ Fault ParseFault(std::string_view text) {
   const ActionPart* action = nullptr;
   std::optional<FaultSide> side;
   while (!text.empty()) {
+    const std::string_view left = text;
     std::string_view part = TakePart(text);
     const std::string_view name = part.substr(0, part.find('='));
     if (const auto row = std::ranges::find(Conditions, name, &Part::Name); row != std::end(Conditions)) {
@@ -224,7 +225,10 @@ Fault ParseFault(std::string_view text) {
                            NamesOf(Actions) + ".");
     }
     if (action != nullptr) RefusePart(part, "it has its action already, " + std::string(action->Name) + ".");
-    if (row->Action == FaultAction::Error) part = WithRest(part, std::exchange(text, {}));
+    if (row->Action == FaultAction::Error) {
+      CheckErrorText(std::exchange(text, {}));
+      part = left;
+    }
     Read(*row, part, fault);
     action = row;
   }
