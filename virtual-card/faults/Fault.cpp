@@ -248,7 +248,8 @@ Fault ParseFault(std::string_view text) {
 std::string_view NotificationTarget(const unsigned char* frame, std::size_t size) {
   constexpr std::size_t EventAt = Packet::FullHeaderLen + 1;  // behind the array's head; each is one byte
   const bool isError = frame[1] == static_cast<unsigned char>(PacketType::ErrorNotification);
-  const std::int32_t event = isError || size <= EventAt ? RpcEventType::Error : frame[EventAt];
+  std::int32_t event = RpcEventType::Error;
+  if (!isError && size > EventAt) event = frame[EventAt];
   const auto kind = std::ranges::find(Kinds, event, &Kind::Event);
   return kind == std::end(Kinds) ? Fault::AllNotifications : kind->Name;
 }
