@@ -8,6 +8,14 @@ namespace {
 constexpr const char* Unanswered = "Response was not received in the given timespan.";
 constexpr const char* Broken = "ConnectionAborted";
 
+// What it says to the line `fault`; connections that it ends may be told of ahead of that.
+std::string Answered(CardProcess& card) {
+  std::string line;
+  do line = card.ReadLine();
+  while (line.find(" disconnected: ") != std::string::npos);
+  return line;
+}
+
 TEST(Faults, AreSeenByTheCallThatTheyBefall) {
   const struct {
     const char* fault;
@@ -39,13 +47,13 @@ TEST(Faults, AreSeenByTheCallThatTheyBefall) {
     ASSERT_OK(vlSetTimeout(connection, one.outcome == Unanswered ? 150 : 10000));
     ASSERT_OK(vlListAppendProgress(list, 1));
     card.Say(std::string("fault SetList:") + one.fault + "\nfault");
-    EXPECT_THAT(card.ReadLine(), HasSubstr("befell 0 of 0"));
+    EXPECT_THAT(Answered(card), HasSubstr("befell 0 of 0"));
     const Stopwatch watch;
     EXPECT_EQ(Outcome(vlListSet(connection, 1, list, false, -1)), one.outcome) << one.fault;
     EXPECT_GE(watch.Milliseconds(), one.least) << one.fault;
     card.Say("fault\nfault off\nfault");
-    EXPECT_THAT(card.ReadLine(), HasSubstr("befell 1 of 1")) << one.fault;
-    EXPECT_THAT(card.ReadLine(), HasSubstr("There are no faults."));
+    EXPECT_THAT(Answered(card), HasSubstr("befell 1 of 1")) << one.fault;
+    EXPECT_THAT(Answered(card), HasSubstr("There are no faults."));
     vlSetTimeout(connection, 10000);
     EXPECT_EQ(Outcome(vlListSet(connection, 1, list, false, -1)), one.lives ? "0" : "Connection not active!")
         << one.fault;
