@@ -5,8 +5,11 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <random>
+#include <stdexcept>
 #include <type_traits>
 
+#include "faults/Faults.h"
 #include "server/Session.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -28,7 +31,9 @@ std::string Footer() {
          " MiB; a longer one is refused.\n"
          "While it runs, the card takes lines on standard input: 'input PORT VALUE', 'start' (for "
          "WAIT_START),\n"
-         "'signal NAME', 'resume' (after SUSPEND).\n"
+         "'signal NAME', 'resume' (after SUSPEND), 'fault FAULT' (as --fault), 'fault TARGET:off', 'fault "
+         "off', "
+         "'fault' (tells them).\n"
          "Ctrl-C or SIGTERM ends the program.";
 }
 
@@ -116,6 +121,29 @@ void AddWires(CLI::App& app, std::vector<Simulation::Wire>& wires) {
       ->allow_extra_args(false);
 }
 
+void AddFaults(CLI::App& app, std::vector<std::string>& faults) {
+  const auto parse = [&faults](const CLI::results_t& results) {
+    for (const std::string& text : results) {
+      try {
+        ParseFault(text);
+      } catch (const std::invalid_argument& error) {
+        throw CLI::ValidationError("--fault", error.what());
+      }
+      faults.push_back(text);
+    }
+    if (faults.size() > Faults::Most) {
+      throw CLI::ValidationError("--fault", "there are at most " + std::to_string(Faults::Most) + " at once");
+    }
+    return true;
+  };
+  app.add_option("--fault", parse,
+                 "A fault of the card, such as 'SetList:error=Out of memory'; may be repeated")
+      ->type_name("TARGET[:CONDITION...]:ACTION")
+      ->type_size(1)
+      ->expected(1, -1)
+      ->allow_extra_args(false);
+}
+
 }  // namespace
 
 std::optional<Options> ParseOptions(int count, const char* const* arguments, int& exitCode) {
@@ -168,6 +196,12 @@ std::optional<Options> ParseOptions(int count, const char* const* arguments, int
       "clients leave unread; what goes beyond is refused")
       ->type_name("BYTES")
       ->default_str(std::to_string(options.Memory));
+  AddFaults(app, options.Faults);
+  options.FaultSeed = std::random_device()();
+  AddWhole(app, "--fault-seed", options.FaultSeed, 0, std::numeric_limits<std::int64_t>::max(),
+           "What the draws of faults by chance begin with, so that they come again")
+      ->type_name("NUMBER")
+      ->default_str("one of chance, which stderr tells");
   app.add_flag("--ssdp", options.Ssdp, "Answer those who search the network for cards");
   app.add_option("--ssdp-interface", options.SsdpInterfaces,
                  "Network interface on which to answer; may be repeated (default: all that take multicasts)")

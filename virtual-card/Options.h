@@ -30,7 +30,9 @@ struct Options {
   std::size_t Queue = 16 << 20;  // bytes of notifications that wait for one client at most
   static constexpr std::int64_t MostConnections = 10000;
   std::size_t Connections = 64;
-  std::size_t Memory = 256 << 20;  // bytes that clients may fill
+  std::size_t Memory = 256 << 20;   // bytes that clients may fill
+  std::vector<std::string> Faults;  // texts that Faults::Set takes
+  std::uint64_t FaultSeed = 0;      // one of chance, unless it is given
   bool Verbose = false;
   bool Ssdp = false;
   std::vector<std::string> SsdpInterfaces;  // none: all

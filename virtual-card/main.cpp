@@ -64,7 +64,8 @@ void OpenStandardStreams() {
 void Serve(const Options& options, const sigset_t& stopSignals) {
   const auto address = ClientLib::IPAddress::Resolve(options.Address.c_str());
   Server server(address, options.Port,
-                {options.Connections, options.Memory, {options.Queue, options.Verbose}});
+                {options.Connections, options.Memory, {options.Queue, options.Verbose}, options.FaultSeed});
+  for (const std::string& fault : options.Faults) server.GetFaults().Set(fault);
   Card card({{options.Firmware, options.Serial, static_cast<std::uint32_t>(options.Connections)},
              {{options.Speed, options.StandaloneList}, {options.SvgFile, options.Beam, options.DrawAllRuns}},
              options.StateDirectory,
@@ -85,7 +86,7 @@ void Serve(const Options& options, const sigset_t& stopSignals) {
   server.Start(card);
   SayLine({"Listening on ", server.GetPlace()});
   if (options.SerialPort == SerialTerminal::Pseudo) SayLine({"Serial port 0: ", terminal->GetPath()});
-  const StandardInput console(card);
+  const StandardInput console(card, server.GetFaults());
   WaitForStop(stopSignals);
   responder.reset();
   card.Execution.Stop();  // first, so that clients are told and no call waits for the end of a run

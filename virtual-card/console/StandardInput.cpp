@@ -55,9 +55,22 @@ bool SetInput(Card& card, std::string_view text) {
   return input.has_value();
 }
 
-bool Obey(Card& card, std::string_view text) {
+void TellFaults(Faults& faults) {
+  const auto entries = faults.List();
+  if (entries.empty()) LogLine("There are no faults.");
+  for (const Faults::Entry& entry : entries) {
+    LogLine({"Fault ", entry.Text, ": befell ", std::to_string(entry.Befell), " of ",
+             std::to_string(entry.Calls)});
+  }
+}
+
+bool Obey(Card& card, Faults& faults, std::string_view text) {
   const std::string_view word = TakeWord(text);
   if (word == "input") return SetInput(card, text);
+  if (word == "fault") {
+    text.empty() ? TellFaults(faults) : faults.Set(text);
+    return true;
+  }
   if (word == "signal" && !text.empty()) {
     card.Variables.SetSignal(ClientLib::VariableId(text), true);
     return true;
@@ -68,9 +81,9 @@ bool Obey(Card& card, std::string_view text) {
   return word == "start" || word == "resume";
 }
 
-bool TryToObey(Card& card, std::string_view text) noexcept {
+bool TryToObey(Card& card, Faults& faults, std::string_view text) noexcept {
   try {
-    return Obey(card, text);
+    return Obey(card, faults, text);
   } catch (const std::exception& error) {
     LogLine({"'", text, "' failed: ", error.what()});
     return true;
@@ -79,7 +92,7 @@ bool TryToObey(Card& card, std::string_view text) noexcept {
 
 }  // namespace
 
-StandardInput::StandardInput(Card& card) : card_(card) {
+StandardInput::StandardInput(Card& card, Faults& faults) : card_(card), faults_(faults) {
   line_.reserve(MostLineBytes);
   HandleInterrupts();
   thread_ = std::thread([this] { Work(); });
@@ -139,9 +152,10 @@ void StandardInput::Take(std::string_view bytes) {
 
 void StandardInput::EndLine() {
   const std::string_view text = Trimmed(line_);
-  if (!text.empty() && (line_.size() == MostLineBytes || !TryToObey(card_, text))) {
+  if (!text.empty() && (line_.size() == MostLineBytes || !TryToObey(card_, faults_, text))) {
     LogLine(
-        {"Standard input takes 'input PORT VALUE', 'start', 'signal NAME' and 'resume', not '", text, "'."});
+        {"Standard input takes 'input PORT VALUE', 'start', 'signal NAME', 'resume' and 'fault TEXT', not '",
+         text, "'."});
   }
   line_.clear();
 }

@@ -3,6 +3,7 @@
 //   start               gives the start input that WAIT_START waits for
 //   signal NAME         sets a signal
 //   resume              ends a SUSPEND
+//   fault TEXT          sets a fault or ends it, see Faults::Set; without TEXT tells which there are
 #pragma once
 
 #include <string>
@@ -12,13 +13,14 @@
 #include "base/Wake.h"
 #include "card/Card.h"
 #include "common/Mutex.h"
+#include "faults/Faults.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
 // Reads in a thread of its own, to the end of standard input and no longer than the object lives.
 class StandardInput {
  public:
-  explicit StandardInput(Card& card);
+  StandardInput(Card& card, Faults& faults);
   ~StandardInput();
   StandardInput(const StandardInput&) = delete;
   StandardInput& operator=(const StandardInput&) = delete;
@@ -34,6 +36,7 @@ class StandardInput {
   void EndLine();
 
   Card& card_;
+  Faults& faults_;
   Wake wake_;
   std::string line_;  // as far as it has come; a longer one is cut
 

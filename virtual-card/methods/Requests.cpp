@@ -14,6 +14,7 @@ namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::InputPacket;
 using ClientLib::OutputPacket;
+using ClientLib::Packet;
 using ClientLib::PacketType;
 using ClientLib::RpcRemoteException;
 
@@ -49,7 +50,35 @@ const char* TextOf(const std::exception& error) {
   return isMemory ? "The card is out of memory." : error.what();
 }
 
+// Ends where anything else comes than an id and a name.
+class HeadVisitor : public msgpack::null_visitor {
+ public:
+  FrameHead Head;
+
+  bool visit_positive_integer(std::uint64_t id) {
+    Head.Id = static_cast<std::uint32_t>(id);
+    return true;
+  }
+  bool visit_str(const char* text, std::uint32_t size) {
+    Head.Method = {text, size};
+    return true;
+  }
+  bool start_array(std::uint32_t) { return false; }
+  bool start_map(std::uint32_t) { return false; }
+};
+
 }  // namespace
+
+std::optional<FrameHead> HeadOf(std::span<const unsigned char> frame) {
+  if (frame.size() <= Packet::FullHeaderLen) return std::nullopt;
+  const auto body = frame.subspan(Packet::FullHeaderLen);
+  const char* const bytes = reinterpret_cast<const char*>(body.data());
+  HeadVisitor visitor;
+  std::size_t offset = 0;
+  if (!msgpack::parse(bytes, body.size(), offset, visitor)) return std::nullopt;
+  msgpack::parse(bytes, body.size(), offset, visitor);
+  return visitor.Head;
+}
 
 std::optional<OutputPacket> Answer(CardClient& client, std::span<const unsigned char> frame,
                                    std::string* log) {

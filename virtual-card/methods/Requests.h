@@ -1,9 +1,11 @@
 // From a request's frame to its answer.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "card/CardClient.h"
 #include "rpc/OutputPacket.h"
@@ -15,6 +17,14 @@ namespace VELTRO::KELVO::VirtualCard {
 // request.
 std::optional<ClientLib::OutputPacket> Answer(CardClient& client, std::span<const unsigned char> frame,
                                               std::string* log);
+
+// What a frame of a request or an answer begins with; of an answer, Method means nothing.
+struct FrameHead {
+  std::uint32_t Id = 0;
+  std::string_view Method;  // in the frame
+};
+// Nothing when it is no such frame. Nothing is unpacked, and nothing behind the head is looked at.
+std::optional<FrameHead> HeadOf(std::span<const unsigned char> frame);
 
 // The answer to a request that is not carried out, of which `frame` has the header and the request id at least. Throws
 // std::runtime_error when it has not.

@@ -16,10 +16,22 @@ namespace {
 // How long the server takes no connections when it has run out of descriptors or threads.
 constexpr int ExhaustedMs = 100;
 
+// For poll.
+int Timeout(bool mayAccept, HeldFrame::TimePoint due) {
+  const int longest = mayAccept ? -1 : ExhaustedMs;
+  if (due == HeldFrame::Never) return longest;
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(due - std::chrono::steady_clock::now());
+  const int time = static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, 3600000));
+  return mayAccept ? time : std::min(time, longest);
+}
+
 }  // namespace
 
 Server::Server(const IPAddress& address, int port, const ServerSettings& settings)
-    : settings_(settings), listener_(Listen(address, port)), memory_(settings.MostOutputBytes) {
+    : settings_(settings),
+      listener_(Listen(address, port)),
+      memory_(settings.MostOutputBytes),
+      faults_(settings.FaultSeed) {
   entries_.reserve(settings.MostConnections + 2);
   sending_.reserve(settings.MostConnections);
   const MutexLock lock(mutex_);
@@ -61,17 +73,21 @@ bool Server::WaitForWork(bool mayAccept) noexcept {
   entries_.assign({{wake_.Get(), POLLIN, 0}, {mayAccept ? listener_.Get() : -1, POLLIN, 0}});
   sending_.clear();
   const std::size_t before = entries_.size();
+  auto due = HeldFrame::Never;
   {
     const MutexLock lock(mutex_);
     for (const auto& session : sessions_) {
-      if (!session->HasOutput()) continue;
+      const Session::Output output = session->GetOutput();
+      if (!output.IsThere && output.Due == HeldFrame::Never) continue;
       sending_.push_back(session.get());
-      entries_.push_back({session->GetSocket(), POLLOUT, 0});
+      entries_.push_back({output.IsThere ? session->GetSocket() : -1, POLLOUT, 0});
+      due = std::min(due, output.Due);
     }
   }
-  poll(entries_.data(), entries_.size(), mayAccept ? -1 : ExhaustedMs);
+  poll(entries_.data(), entries_.size(), Timeout(mayAccept, due));
+  const bool isDue = due <= std::chrono::steady_clock::now();
   for (std::size_t i = 0; i < sending_.size(); ++i) {
-    if (entries_[before + i].revents != 0) sending_[i]->Flush();
+    if (isDue || entries_[before + i].revents != 0) sending_[i]->Flush();
   }
   return !mayAccept || entries_[1].revents != 0;
 }
@@ -86,7 +102,8 @@ bool Server::AcceptAll(Card& card) noexcept {
       if (IsFull()) {
         LogLine({peer, " refused: all connections are taken"});
       } else {
-        Add(std::make_unique<Session>(std::move(socket), peer, card, wake_, memory_, settings_.Sessions));
+        Add(std::make_unique<Session>(std::move(socket), SessionPeer{peer, ++connections_}, card, wake_,
+                                      memory_, faults_, settings_.Sessions));
       }
     } catch (const std::exception& error) {  // no thread or no memory for it
       LogLine({peer, " refused: ", error.what()});

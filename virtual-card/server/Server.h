@@ -4,7 +4,9 @@
 #include <poll.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <thread>
@@ -15,6 +17,7 @@
 #include "card/Notifier.h"
 #include "common/IPAddress.h"
 #include "common/Mutex.h"
+#include "faults/Faults.h"
 #include "server/Session.h"
 #include "server/Socket.h"
 
@@ -25,6 +28,7 @@ struct ServerSettings {
   std::size_t MostOutputBytes =
       0;  // that clients leave unread, all together, besides what each session has of its own
   SessionSettings Sessions;
+  std::uint64_t FaultSeed = 0;
 };
 
 class Server : public Notifier {
@@ -45,6 +49,8 @@ class Server : public Notifier {
   int GetPort() const { return PortOf(listener_); }
 
   void Notify(std::span<const unsigned char> frame) override;
+  // What befalls the requests that come, and what is sent.
+  Faults& GetFaults() { return faults_; }
 
  private:
   void Work(Card& card);
@@ -61,6 +67,8 @@ class Server : public Notifier {
   const Descriptor listener_;
   Wake wake_;
   SessionMemory memory_;
+  Faults faults_;
+  std::uint64_t connections_ = 0;  // since the start
   std::atomic<bool> stopping_{false};
 
   // The server's thread has these; they have room for all sessions from the start, so that serving takes no memory.

@@ -14,7 +14,9 @@
 #include "methods/RequestCost.h"
 #include "methods/Requests.h"
 #include "rpc/InputPacket.h"
+#include "rpc/OutputPacket.h"
 #include "rpc/Packet.h"
+#include "rpc/RpcRemoteException.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -36,20 +38,45 @@ void CheckHeader(const unsigned char* header) {
   }
 }
 
+constexpr std::string_view NoRoom = " leaves more unread than there is room for: disconnected";
+
 // What it takes of all sessions' memory.
 constexpr std::size_t Beyond(std::size_t bytes) {
   return bytes - std::min(bytes, Session::OwnBytes);
 }
 
+std::chrono::microseconds PauseFor(std::size_t bytes, double rate) {
+  constexpr double Longest = 3600;
+  const double seconds = std::min(static_cast<double>(bytes) / rate, Longest);
+  return std::chrono::ceil<std::chrono::microseconds>(std::chrono::duration<double>(seconds));
+}
+
+OutputPacket ErrorNotification(const std::string& text) {
+  OutputPacket packet = OutputPacket::AllocateErrorNotification();
+  ClientLib::RpcRemoteException(text, "").Pack(packet);
+  return packet;
+}
+
+// Enough of a frame to tell whom to answer.
+std::span<const unsigned char> HeadBytes(std::span<const unsigned char> frame) {
+  return frame.first(std::min(frame.size(), Packet::FullHeaderLen + 9));
+}
+
+std::size_t CostOf(const OutputQueue& output, const HeldFrames& held) {
+  return output.GetMemory() + held.GetMemory();
+}
+
 }  // namespace
 
-Session::Session(Descriptor socket, std::string peer, Card& card, Wake& wake, SessionMemory& memory,
-                 const SessionSettings& settings)
+Session::Session(Descriptor socket, SessionPeer peer, Card& card, Wake& wake, SessionMemory& memory,
+                 Faults& faults, const SessionSettings& settings)
     : socket_(std::move(socket)),
-      peer_(std::move(peer)),
+      peer_(std::move(peer.Place)),
+      number_(peer.Number),
       card_(card),
       wake_(wake),
       memory_(memory),
+      faults_(faults),
       settings_(settings),
       input_(FirstInputBytes),
       inputCharge_(memory.Requests),
@@ -71,7 +98,7 @@ void Session::Work() {
     while (const auto request = ReceiveRequest()) {
       Serve(client, *request);
       client.Work.Give();
-      WaitForRoom();
+      if (!WaitForRoom()) break;
     }
     if (settings_.Verbose) LogLine({peer_, " disconnected"});
   } catch (const std::exception& error) {
@@ -85,14 +112,58 @@ void Session::Work() {
 void Session::Serve(CardClient& client, const Request& request) {
   const bool isRefused = !request.Refusal.empty();
   std::string log = request.Refusal;
-  client.Work.Take(CostOf(request.Frame));
   std::optional<OutputPacket> answer =
       isRefused ? Refuse(request.Frame, request.Refusal)
-                : Answer(client, request.Frame, settings_.Verbose ? &log : nullptr);
+                : AnswerTo(client, request.Frame, settings_.Verbose ? &log : nullptr);
   if (!isRefused) input_.Drop(request.Frame.size());
   inputCharge_.Resize(0);
-  if (settings_.Verbose) LogLine({peer_, " ", log});
+  if (!log.empty() && settings_.Verbose) LogLine({peer_, " ", log});
   if (answer) Send(FrameKind::Answer, answer->Close());
+}
+
+std::optional<OutputPacket> Session::AnswerTo(CardClient& client, std::span<const unsigned char> frame,
+                                              std::string* log) {
+  if (const auto fault = faults_.AreNone() ? nullptr : FaultOfRequest(frame)) {
+    if (fault->Action == FaultAction::Error) return Refuse(HeadBytes(frame), fault->ErrorText);
+    if (!Undergo(*fault, frame.size())) return std::nullopt;
+  }
+  client.Work.Take(CostOf(frame));
+  return Answer(client, frame, log);
+}
+
+std::shared_ptr<const Fault> Session::FaultOfRequest(std::span<const unsigned char> frame) {
+  const auto head = HeadOf(frame);
+  auto fault = head ? faults_.OfRequest(head->Method, number_) : nullptr;
+  if (fault == nullptr) return nullptr;
+  if (settings_.Verbose) LogLine({peer_, " ", head->Method, " meets the fault ", fault->Text});
+  if (fault->Side == FaultSide::Request) return fault;
+  const MutexLock lock(outputMutex_);
+  answerFaults_[head->Id] = std::move(fault);
+  return nullptr;
+}
+
+bool Session::Undergo(const Fault& fault, std::size_t bytes) const {
+  switch (fault.Action) {
+    case FaultAction::Delay:
+      return Pause(fault.Delay);
+    case FaultAction::Slow:
+      return Pause(PauseFor(bytes, fault.Rate));
+    case FaultAction::Drop:
+      throw std::runtime_error("A fault was asked for.");
+    default:
+      return false;
+  }
+}
+
+bool Session::Pause(std::chrono::microseconds time) const {
+  const auto deadline = std::chrono::steady_clock::now() + time;
+  pollfd entry{socket_.Get(), 0, 0};  // tells of its end alone
+  for (;;) {
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    if (left.count() <= 0) return true;
+    if (poll(&entry, 1, static_cast<int>(left.count())) > 0) return false;
+  }
 }
 
 std::optional<Session::Request> Session::ReceiveRequest() {
@@ -174,19 +245,110 @@ void Session::Notify(std::span<const unsigned char> frame) noexcept {
 
 void Session::Send(FrameKind kind, std::span<const unsigned char> frame) noexcept {
   const MutexLock lock(outputMutex_);
-  if (closed_) return;
-  if (output_.IsEmpty()) frame = frame.subspan(TransmitNow(frame));
-  if (frame.empty() || closed_) return;
+  if (closed_ || isEnding_) return;
+  try {
+    if (const auto fault = FaultOf(kind, frame)) return SendFaulty(*fault, kind, frame);
+    if (held_.IsEmpty()) return Transmit(kind, frame);
+    if (held_.IsLineFree()) {
+      Transmit(kind, frame);
+    } else {
+      Hold({kind, {frame.begin(), frame.end()}});
+    }
+    held_.LetOutReordered(std::chrono::steady_clock::now());
+    Release();
+  } catch (const std::exception&) {  // no memory for it
+    CloseFor(NoRoom);
+  }
+}
+
+std::shared_ptr<const Fault> Session::FaultOf(FrameKind kind, std::span<const unsigned char> frame) {
+  if (kind == FrameKind::Notification) {
+    return faults_.AreNone()
+               ? nullptr
+               : faults_.OfNotification(NotificationTarget(frame.data(), frame.size()), number_);
+  }
+  if (answerFaults_.empty()) return nullptr;
+  const auto head = HeadOf(frame);
+  const auto found = head ? answerFaults_.find(head->Id) : answerFaults_.end();
+  if (found == answerFaults_.end()) return nullptr;
+  auto fault = std::move(found->second);
+  answerFaults_.erase(found);
+  return fault;
+}
+
+void Session::SendFaulty(const Fault& fault, FrameKind kind, std::span<const unsigned char> frame) {
+  const auto now = std::chrono::steady_clock::now();
+  HeldFrame held{kind, {frame.begin(), frame.end()}};
+  switch (fault.Action) {
+    case FaultAction::Silent:
+      return;
+    case FaultAction::Drop:
+      return CloseFor(" disconnected: A fault was asked for.");
+    case FaultAction::Error: {
+      OutputPacket error = kind == FrameKind::Answer ? Refuse(HeadBytes(frame), fault.ErrorText)
+                                                     : ErrorNotification(fault.ErrorText);
+      const auto bytes = error.Close();
+      held.Bytes.assign(bytes.begin(), bytes.end());
+      break;
+    }
+    case FaultAction::Garbage:
+      for (unsigned char& byte : held.Bytes) byte = static_cast<unsigned char>(~byte);
+      break;
+    case FaultAction::Truncate:
+      held.Bytes.resize(held.Bytes.size() / 2);
+      held.IsLast = true;
+      break;
+    case FaultAction::Delay:
+    case FaultAction::Reorder:
+      held.Due = now + fault.Delay;
+      held.GoesBehindAnother = fault.Action == FaultAction::Reorder;
+      break;
+    case FaultAction::Slow:
+      held.Rate = fault.Rate;
+  }
+  if (held.Due == HeldFrame::TimePoint()) held_.LetOutReordered(now);
+  Hold(std::move(held));
+  Release();
+}
+
+void Session::Hold(HeldFrame frame) {
+  held_.Add(std::move(frame));
+  wake_.Signal();
+  CheckBounds();
+}
+
+void Session::Release() {
+  const auto now = std::chrono::steady_clock::now();
+  while (!closed_ && !isEnding_) {
+    const auto frame = held_.Next(now);
+    if (!frame) return;
+    Transmit(frame->Kind, frame->Bytes);
+    if (!frame->IsLast) continue;
+    isEnding_ = true;
+    held_.Clear();
+  }
+  if (isEnding_ && !closed_ && output_.IsEmpty()) Close();
+}
+
+void Session::Transmit(FrameKind kind, std::span<const unsigned char> bytes) noexcept {
+  if (output_.IsEmpty()) bytes = bytes.subspan(TransmitNow(bytes));
+  if (bytes.empty() || closed_) return;
   if (output_.IsEmpty()) wake_.Signal();
-  if (!Keep(kind, frame)) {
-    CloseFor(" leaves more unread than there is room for: disconnected");
-  } else if (output_.GetNotificationBytes() > settings_.MostNotificationBytes) {
+  if (!Keep(kind, bytes)) return CloseFor(NoRoom);
+  CheckBounds();
+}
+
+void Session::CheckBounds() noexcept {
+  if (!outputCharge_.Resize(Beyond(CostOf(output_, held_)))) {
+    CloseFor(NoRoom);
+  } else if (output_.GetNotificationBytes() + held_.GetNotificationBytes() >
+             settings_.MostNotificationBytes) {
     CloseFor(" does not read its notifications: disconnected");
   }
 }
 
 bool Session::Keep(FrameKind kind, std::span<const unsigned char> bytes) noexcept {
-  if (!outputCharge_.Resize(Beyond(output_.GetMemory() + bytes.size()))) return false;
+  if (!outputCharge_.Resize(Beyond(CostOf(output_, held_) + bytes.size()))) return false;
   try {
     output_.Append(kind, bytes);
     return true;
@@ -226,31 +388,39 @@ std::size_t Session::TransmitNow(std::span<const unsigned char> bytes) {
 
 void Session::Flush() {
   const MutexLock lock(outputMutex_);
+  try {
+    if (!held_.IsEmpty()) Release();
+  } catch (const std::bad_alloc&) {
+    CloseFor(NoRoom);
+  }
   while (!closed_ && !output_.IsEmpty()) {
     const auto bytes = output_.Front();
     const std::size_t size = bytes.size();
     const std::size_t sent = TransmitNow(bytes);
     if (closed_) return;
     output_.Drop(sent);
-    outputCharge_.Resize(Beyond(output_.GetMemory()));
+    outputCharge_.Resize(Beyond(CostOf(output_, held_)));
     if (sent < size) break;
   }
+  if (isEnding_ && !closed_ && output_.IsEmpty()) Close();
   outputChanged_.NotifyAll();
 }
 
-bool Session::HasOutput() {
+Session::Output Session::GetOutput() {
   const MutexLock lock(outputMutex_);
-  return !closed_ && !output_.IsEmpty();
+  return closed_ ? Output{} : Output{!output_.IsEmpty(), held_.GetDue()};
 }
 
-void Session::WaitForRoom() {
+bool Session::WaitForRoom() {
   MutexLock lock(outputMutex_);
-  while (!closed_ && output_.GetSize() > MostAnswerBytes) outputChanged_.Wait(lock);
+  while (!closed_ && output_.GetSize() + held_.GetMemory() > MostAnswerBytes) outputChanged_.Wait(lock);
+  return !closed_;
 }
 
 void Session::Close() noexcept {
   closed_ = true;
   output_.Clear();
+  held_.Clear();
   outputCharge_.Resize(0);
   shutdown(socket_.Get(), SHUT_RDWR);
   outputChanged_.NotifyAll();

@@ -6,19 +6,23 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <unordered_map>
 
 #include "base/MemoryBudget.h"
 #include "base/Wake.h"
 #include "base/WorkMemory.h"
 #include "card/CardClient.h"
 #include "common/Mutex.h"
+#include "faults/Faults.h"
 #include "rpc/Packet.h"
 #include "rpc/ReceiveBuffer.h"
+#include "server/HeldFrames.h"
 #include "server/OutputQueue.h"
 #include "server/Socket.h"
 
@@ -38,8 +42,14 @@ struct SessionSettings {
   bool Verbose = false;
 };
 
+struct SessionPeer {
+  std::string Place;
+  std::uint64_t Number = 1;  // of the connection, counted since the card's start
+};
+
 // Requests are read and carried out by the session's own thread, one after another. Frames are sent by
-// whoever has them, as far as the socket takes them; the server's thread sends the rest when it takes more.
+// whoever has them, as far as the socket takes them; the server's thread sends the rest when it takes more, and what a
+// fault has kept back when its time has come.
 // Nobody waits for a client but its own thread.
 class Session : private AnswerTaker {
  public:
@@ -52,7 +62,7 @@ class Session : private AnswerTaker {
   static constexpr std::chrono::seconds LargeRequestTime{60};
 
   // `wake` is signalled when there is something to send later, and when the session has ended.
-  Session(Descriptor socket, std::string peer, Card& card, Wake& wake, SessionMemory& memory,
+  Session(Descriptor socket, SessionPeer peer, Card& card, Wake& wake, SessionMemory& memory, Faults& faults,
           const SessionSettings& settings);
   // Ends the connection and joins the thread.
   ~Session() override;
@@ -65,9 +75,13 @@ class Session : private AnswerTaker {
   // Sends the notification or queues it. A client that leaves too many of them unread is disconnected, also for want of
   // memory.
   void Notify(std::span<const unsigned char> frame) noexcept;
-  // Sends what waits, as far as the socket takes it.
+  // Sends what waits, as far as the socket takes it and its time has come.
   void Flush();
-  bool HasOutput();
+  struct Output {
+    bool IsThere = false;                         // for the socket to take
+    HeldFrame::TimePoint Due = HeldFrame::Never;  // when there is more of it
+  };
+  Output GetOutput();
   // Ends the connection: the thread ends soon.
   void Shutdown() noexcept;
   // Whether the thread is through; the destructor does not wait then.
@@ -96,23 +110,46 @@ class Session : private AnswerTaker {
   bool Skip(std::size_t count);
   // Throws std::runtime_error when there are none by then.
   void WaitForBytes(std::chrono::steady_clock::time_point deadline) const;
+  // The answer to a request, which a fault may befall; nothing when there is none, or it comes later.
+  std::optional<ClientLib::OutputPacket> AnswerTo(CardClient& client, std::span<const unsigned char> frame,
+                                                  std::string* log);
+  // The fault that befalls the request now; null for none, also when one is to befall its answer.
+  std::shared_ptr<const Fault> FaultOfRequest(std::span<const unsigned char> frame);
+  // Does what the fault does to a request of so many bytes; returns whether it is carried out then. Throws to end the
+  // connection.
+  bool Undergo(const Fault& fault, std::size_t bytes) const;
+  // False when the connection ends meanwhile.
+  bool Pause(std::chrono::microseconds time) const;
   void Send(FrameKind kind, std::span<const unsigned char> frame) noexcept;
+  // The fault that befalls what is about to be sent; null for none.
+  std::shared_ptr<const Fault> FaultOf(FrameKind kind, std::span<const unsigned char> frame)
+      KELVO_REQUIRES(outputMutex_);
+  void SendFaulty(const Fault& fault, FrameKind kind, std::span<const unsigned char> frame)
+      KELVO_REQUIRES(outputMutex_);
+  void Hold(HeldFrame frame) KELVO_REQUIRES(outputMutex_);
+  // Sends what need not be held any more.
+  void Release() KELVO_REQUIRES(outputMutex_);
+  void Transmit(FrameKind kind, std::span<const unsigned char> bytes) noexcept KELVO_REQUIRES(outputMutex_);
+  // Closes when more waits than may.
+  void CheckBounds() noexcept KELVO_REQUIRES(outputMutex_);
   void TakeAnswer(std::span<const unsigned char> frame) noexcept override { Send(FrameKind::Answer, frame); }
   void GiveUp(std::string_view reason) noexcept override;
   // Keeps the bytes for later; false when there is no room for them.
   bool Keep(FrameKind kind, std::span<const unsigned char> bytes) noexcept KELVO_REQUIRES(outputMutex_);
   // Sends as much as the socket takes and returns how much. A connection that has failed takes everything.
   std::size_t TransmitNow(std::span<const unsigned char> bytes) KELVO_REQUIRES(outputMutex_);
-  // A client that asks without reading the answers is not asked for more.
-  void WaitForRoom();
+  // A client that asks without reading the answers is not asked for more. False when the connection has ended.
+  bool WaitForRoom();
   void Close() noexcept KELVO_REQUIRES(outputMutex_);
   void CloseFor(std::string_view reason) noexcept KELVO_REQUIRES(outputMutex_);
 
   const Descriptor socket_;
   const std::string peer_;
+  const std::uint64_t number_;
   Card& card_;
   Wake& wake_;
   SessionMemory& memory_;
+  Faults& faults_;
   const SessionSettings settings_;
 
   // The thread's own.
@@ -124,6 +161,11 @@ class Session : private AnswerTaker {
   ClientLib::CondVar outputChanged_;
   OutputQueue output_ KELVO_GUARDED_BY(outputMutex_);
   MemoryCharge outputCharge_ KELVO_GUARDED_BY(outputMutex_);
+  HeldFrames held_ KELVO_GUARDED_BY(outputMutex_);
+  // Those of answers that are still to come, by the id of their requests.
+  std::unordered_map<std::uint32_t, std::shared_ptr<const Fault>> answerFaults_
+      KELVO_GUARDED_BY(outputMutex_);
+  bool isEnding_ KELVO_GUARDED_BY(outputMutex_) = false;  // with what is being sent
   bool closed_ KELVO_GUARDED_BY(outputMutex_) = false;
 
   std::atomic<bool> finished_{false};
