@@ -32,6 +32,9 @@ struct Options {
   std::size_t Connections = 64;
   std::size_t Memory = 256 << 20;  // bytes that clients may fill
   bool Verbose = false;
+  std::optional<int> HttpPort;  // of the page; without it there is none
+  std::string HttpAddress = "127.0.0.1";
+  std::vector<std::string> HttpHosts;
   bool Ssdp = false;
   std::vector<std::string> SsdpInterfaces;  // none: all
 };

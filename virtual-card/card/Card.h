@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "base/Activity.h"
 #include "base/MemoryBudget.h"
 #include "card/CardConfiguration.h"
 #include "card/CardCounters.h"
@@ -57,6 +58,7 @@ class Card {
  public:
   const CardIdentity Identity;
   CardCounters Counters;
+  Activity Doings;
   CardConfiguration Configuration;
   CardSystem System;
   CardLaser Laser;

@@ -67,9 +67,10 @@ void Session::Start() {
 void Session::Work() {
   if (settings_.Verbose) LogLine({peer_, " connected"});
   try {
+    Activity::Presence presence(card_.Doings, peer_);
     CardClient client(card_, memory_.Work, *this);
     while (const auto request = ReceiveRequest()) {
-      Serve(client, *request);
+      Serve(client, presence, *request);
       client.Work.Give();
       WaitForRoom();
     }
@@ -82,16 +83,18 @@ void Session::Work() {
   wake_.Signal();
 }
 
-void Session::Serve(CardClient& client, const Request& request) {
+void Session::Serve(CardClient& client, Activity::Presence& presence, const Request& request) {
   const bool isRefused = !request.Refusal.empty();
+  const bool isSeen = card_.Doings.IsWatched();
   std::string log = request.Refusal;
   client.Work.Take(CostOf(request.Frame));
   std::optional<OutputPacket> answer =
       isRefused ? Refuse(request.Frame, request.Refusal)
-                : Answer(client, request.Frame, settings_.Verbose ? &log : nullptr);
+                : Answer(client, request.Frame, settings_.Verbose || isSeen ? &log : nullptr);
   if (!isRefused) input_.Drop(request.Frame.size());
   inputCharge_.Resize(0);
   if (settings_.Verbose) LogLine({peer_, " ", log});
+  if (isSeen) presence.AddCall(log);
   if (answer) Send(FrameKind::Answer, answer->Close());
 }
 

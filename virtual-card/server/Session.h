@@ -84,7 +84,7 @@ class Session : private AnswerTaker {
     std::string Refusal;  // not empty: Frame has only the beginning, which is to be answered with this
   };
 
-  void Serve(CardClient& client, const Request& request);
+  void Serve(CardClient& client, Activity::Presence& presence, const Request& request);
   // The next one; nothing when the connection has ended. Throws std::runtime_error when what comes is none.
   std::optional<Request> ReceiveRequest();
   // Takes a request of `size` bytes, header included, that is refused.
