@@ -26,7 +26,7 @@ T Value(const Json& action, const char* name) {
     } else if constexpr (std::is_same_v<T, std::string>) {
       if (found->is_string()) return found->get<std::string>();
     } else if (found->is_number_integer()) {
-      const auto number = found->get<std::int64_t>();
+      const auto number = found->get<double>();  // in which all that fits is exact
       using Range = std::numeric_limits<T>;
       if (number >= Range::min() && number <= Range::max()) return static_cast<T>(number);
     }

@@ -24,6 +24,7 @@ constexpr std::chrono::seconds SignInterval{10};  // of life, on each stream
 constexpr std::chrono::milliseconds EndTime{500};
 constexpr unsigned IdleSeconds = 30;
 constexpr std::size_t ConnectionBytes = 32768;
+constexpr unsigned TooLarge = 413;
 constexpr std::size_t StreamPieceBytes = 8192;
 
 constexpr std::pair<const char*, const char*> Headers[] = {
@@ -134,8 +135,7 @@ struct WebServer::Callbacks {
       const std::string length = HeaderOf(connection, "Content-Length");
       const bool isLong =
           length.size() > 4 || (length.size() == 4 && length > std::to_string(Admission::MostBodyBytes));
-      if (!refusal && isLong)
-        refusal = WebAnswer{.Status = MHD_HTTP_PAYLOAD_TOO_LARGE, .Body = "It is too long.\n"};
+      if (!refusal && isLong) refusal = WebAnswer{.Status = TooLarge, .Body = "It is too long.\n"};
       *own = exchange.release();
       return refusal ? Queue(connection, std::move(*refusal)) : MHD_YES;
     }
