@@ -138,11 +138,11 @@ TEST(VirtualCardPage, ActsOnTheCard) {
     Text List, Action;
   } waits[] = {
       {"WI U32:4 2 true true U32:4 -1", "{\"do\":\"pin\",\"port\":2,\"pin\":2,\"high\":true}"},
-      {"WST -1", "{\"do\":\"start\"}"},
-      {"SUSP", "{\"do\":\"resume\"}"},
+      {"WS -1", "{\"do\":\"start\"}"},
+      {"SUS", "{\"do\":\"resume\"}"},
   };
   for (const auto& one : waits) {
-    EXPECT_THAT(client.Run("PID 1 " + one.List, "progress"), testing::ElementsAre("progress 1")) << one.List;
+    EXPECT_THAT(client.Run("PI 1 " + one.List, "progress"), testing::ElementsAre("progress 1")) << one.List;
     EXPECT_EQ(StatusOf(page.Do(one.Action)), "200 OK") << one.Action;
     EXPECT_THAT(client.EventsUpTo("idle"), testing::Contains("done 7")) << one.List;
   }
@@ -179,7 +179,7 @@ TEST(VirtualCardPage, StreamsWhatHappensToTheEnd) {
   {
     Client client(page->Card);
     PageCard::Read(stream, "SetVariables");  // its calls are seen
-    client.Run("MA 3,4 PID 99");
+    client.Run("MA 3,4 PI 99");
   }
   EXPECT_THAT(PageCard::Read(stream, "Progress 99"), HasSubstr("event: notifications"));
   page.reset();
