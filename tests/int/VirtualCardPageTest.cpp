@@ -85,7 +85,7 @@ TEST(VirtualCardPage, LetsInWhoMayAsk) {
     Text Request, Status, Body = {};
   } cases[] = {
       {"GET / HTTP/1.1\r\nHost: HOST", "200 OK"},
-      {"GET /page.js HTTP/1.1\r\nHost: LOCALHOST:" + std::to_string(page.Port), "200 OK"},
+      {"GET /page.js HTTP/1.1\r\nHost: LocalHost:" + std::to_string(page.Port), "200 OK"},
       {"GET /state HTTP/1.1\r\nHost: card.example", "200 OK"},
       {"HEAD / HTTP/1.1\r\nHost: HOST", "200 OK"},
       {"GET /none HTTP/1.1\r\nHost: HOST", "404 Not Found"},

@@ -18,7 +18,7 @@ LIST = """{ JA, P2D[ 0 0 ] }, { MA, P2D[ 40 0 ] }, { MA, P2D[ 40 20 ] },
 { WI, U32[ 4 ], I32[ 2 ], Bool[ True ], Bool[ True ], U32[ 4 ], I32[ -1 ] },
 { MA, P2D[ 0 20 ] }, { MA, P2D[ 0 0 ] }, { JA, P2D[ 10 10 ] }, { MA, P2D[ 30 15 ] }
 """
-# The names of the canvas' pixels that are dark enough to be marks, of a grid of so many a side.
+# The cells, of a grid of so many a side, in which something is dark enough to be a mark.
 GRID = 60
 INKED = """
 const picture = arguments[0], grid = arguments[1], canvas = document.createElement("canvas");
@@ -38,8 +38,6 @@ async function fromSvg() {
 }
 function fromPage() {
   const done = document.getElementById("done");
-  const scale = Math.min(done.width / 480, done.height / 480);
-  const side = Math.min(done.width, done.height);
   context.drawImage(done, 0, 0, done.width, done.height, 0, 0, 480, 480);
   return cells();
 }
@@ -73,8 +71,10 @@ class Card:
         self.process.stdout.close()
 
 
-def whole_picture(page, points):
-    page.wait("return document.getElementById('stage').dataset.drawn.endsWith(':' + arguments[0])", points)
+def whole_picture(page, least):
+    """Waits until all that the card has drawn is to be seen, and that is no less than so many points."""
+    page.wait("const points = document.getElementById('points').textContent;"
+              "return points >= arguments[0] && document.getElementById('stage').dataset.drawn.endsWith(':' + points)", least)
 
 
 def main():
