@@ -4,6 +4,7 @@
 #include "int/CardClient.h"
 #include "support/FakeCard.h"
 #include "web/EventRing.h"
+#include "web/WebServer.h"
 
 namespace VELTRO::KELVO::Test {
 
@@ -28,19 +29,20 @@ class PageCard {
     Token = page.substr(page.find("name=\"token\" content=\"") + 22, 32);
   }
 
-  int Open(const Text& request) const {
+  int Open(const Text& request, int bytes = 0) const {
     const int connection = Connect(Port);
+    if (bytes > 0) setsockopt(connection, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
     const timeval patience{20, 0};
     setsockopt(connection, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     EXPECT_EQ(send(connection, request.data(), request.size(), MSG_NOSIGNAL), ssize_t(request.size()));
     return connection;
   }
-  // What comes on the connection, up to a text or its end.
-  static Text Read(int connection, const Text& last = "") {
+  // What comes on the connection, up to a text or its end, taken so many bytes at a time.
+  static Text Read(int connection, const Text& last = "", std::size_t most = 4096) {
     Text all;
     char bytes[4096];
     while (last.empty() || all.find(last) == Text::npos) {
-      const ssize_t count = recv(connection, bytes, sizeof bytes, 0);
+      const ssize_t count = recv(connection, bytes, most, 0);
       if (count <= 0) break;
       all.append(bytes, std::size_t(count));
     }
@@ -56,6 +58,13 @@ class PageCard {
     const Text answer = Read(connection);
     close(connection);
     return answer;
+  }
+  // A stream of events, read up to where they begin, and not in chunks, which might split a word. `bytes`: that may have
+  // come and not been read, 0 for the usual number.
+  int Listen(const Text& head, int bytes = 0) const {
+    const int stream = Open("GET /events HTTP/1.0\r\nHost: " + Host + head + "\r\n\r\n", bytes);
+    EXPECT_THAT(Read(stream, "retry: 1000\n\n", 1), HasSubstr(" 200 OK\r\n")) << head;
+    return stream;
   }
   Text Get(const Text& path) const { return Ask("GET " + path + " HTTP/1.1\r\nHost: " + Host); }
   Text Do(const Text& action) const {
@@ -168,24 +177,67 @@ TEST(VirtualCardPage, TellsWhatIsDrawn) {
 
 TEST(VirtualCardPage, StreamsWhatHappensToTheEnd) {
   auto page = std::make_unique<PageCard>();
-  const int lost =
-      page->Open("GET /events HTTP/1.1\r\nHost: " + page->Host + "\r\nLast-Event-ID: other-3\r\n\r\n");
+  const int lost = page->Listen("\r\nLast-Event-ID: other-3");
   EXPECT_THAT(PageCard::Read(lost, "data: {}"), HasSubstr("event: anew"));
   const Text state = page->Get("/state");
   const std::size_t place = state.find("\"latest\":\"") + 10;
   const Text latest = state.substr(place, state.find('"', place) - place);
-  const int stream =
-      page->Open("GET /events?after=" + latest + " HTTP/1.1\r\nHost: " + page->Host + "\r\n\r\n");
   {
     Client client(page->Card);
-    PageCard::Read(stream, "SetVariables");  // its calls are seen
+    PageCard::Read(lost, "SetVariables");  // its calls are seen
     client.Run("MA 3,4 PI 99");
   }
-  EXPECT_THAT(PageCard::Read(stream, "Progress 99"), HasSubstr("event: notifications"));
+  PageCard::Read(lost, "Progress 99");
+  // Who has been away gets what happened meanwhile, from the first event on.
+  const int back = page->Listen("\r\nLast-Event-ID: " + latest);
+  const std::size_t dash = latest.find('-') + 1;
+  const Text next = latest.substr(0, dash) + std::to_string(std::stoi(latest.substr(dash)) + 1);
+  EXPECT_THAT(PageCard::Read(back, "Progress 99"), testing::StartsWith("id: " + next + "\n"));
   page.reset();
-  EXPECT_THAT(PageCard::Read(stream), HasSubstr("event: end"));
-  close(lost);
-  close(stream);
+  for (const int stream : {lost, back}) {
+    EXPECT_THAT(PageCard::Read(stream), HasSubstr("event: end"));
+    close(stream);
+  }
+}
+
+TEST(VirtualCardPage, HasRoomForSoManyAndNoMore) {
+  const PageCard page;
+  std::vector<int> open;
+  while (open.size() < VirtualCard::WebServer::MostStreams) open.push_back(page.Listen(""));
+  EXPECT_EQ(StatusOf(page.Get("/events")), "503 Service Unavailable");
+  while (open.size() < VirtualCard::WebServer::MostConnections) open.push_back(page.Open("GET"));
+  const Text request = "GET / HTTP/1.1\r\nHost: " + page.Host + "\r\nConnection: close\r\n\r\n";
+  const int another = page.Open(request);
+  const timeval moment{0, 200'000};
+  setsockopt(another, SOL_SOCKET, SO_RCVTIMEO, &moment, sizeof moment);
+  EXPECT_EQ(PageCard::Read(another), "");
+  EXPECT_THAT(Client(page.Card).Run("MA 1,2"), testing::Contains("done 7"));
+  for (const int connection : open) close(connection);
+  close(another);
+  EXPECT_EQ(StatusOf(page.Get("/")), "200 OK");
+}
+
+TEST(VirtualCardPage, NothingIsKeptForWhoDoesNotRead) {
+  const PageCard page;
+  Client client(page.Card);
+  const auto set = [&](int variable, int value) {  // a name that takes six times its length as JSON
+    client.Call("SetIntegerVariable", Text(250, '\1') + std::to_string(variable), value);
+  };
+  for (int i = 0; i < 200; ++i) set(i, 0);
+  const int slow = page.Listen("", 4096), fast = page.Listen("");
+  constexpr std::size_t More = 10 << 20;  // than the ring and the system's buffers hold
+  std::size_t told = 0;
+  for (int i = 1; told < More; ++i) {
+    set(0, i);
+    const Text events = PageCard::Read(fast, "event: variables");
+    ASSERT_NE(events, "");
+    told += events.size();
+  }
+  const Text late = PageCard::Read(slow, "event: anew");
+  EXPECT_THAT(late.substr(late.size() - std::min<std::size_t>(late.size(), 4096)), HasSubstr("event: anew"));
+  EXPECT_LT(late.size(), More / 2 + More / 4);
+  close(slow);
+  close(fast);
 }
 
 TEST(VirtualCardPage, EventsAreReplayedOrLost) {
