@@ -66,9 +66,25 @@ class Browser:
         """What a function body returns in the page."""
         return self._send("POST", "/execute/sync", {"script": script, "args": list(arguments)})
 
+    def run_async(self, script, *arguments):
+        """What the script gives to the function that is its last argument."""
+        self._send("POST", "/timeouts", {"script": PATIENCE * 1000})
+        return self._send("POST", "/execute/async", {"script": script, "args": list(arguments)})
+
     def click(self, selector):
         found = self._send("POST", "/element", {"using": "css selector", "value": selector})
         self._send("POST", f"/element/{found[ELEMENT]}/click", {})
+
+    def press(self, key):
+        actions = [{"type": kind, "value": key} for kind in ("keyDown", "keyUp")]
+        self._send("POST", "/actions", {"actions": [{"type": "key", "id": "keys", "actions": actions}]})
+
+    def look_as(self, scheme, width, height):
+        """With light or dark colours, on a screen of that size."""
+        for command, params in (("setEmulatedMedia", {"features": [{"name": "prefers-color-scheme", "value": scheme}]}),
+                                ("setDeviceMetricsOverride", {"width": width, "height": height, "deviceScaleFactor": 1,
+                                                              "mobile": False})):
+            self._send("POST", "/goog/cdp/execute", {"cmd": f"Emulation.{command}", "params": params})
 
     def complaints(self):
         """What the browser has to say about the page since the last time."""

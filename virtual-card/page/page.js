@@ -173,7 +173,7 @@ const sections = {
     fill($("stats"), STATS, byIndex, ([name]) => element("div", "", element("dt", name), element("dd")),
          (child, [, value]) => setText(child.lastChild, run.list === null ? "-" : figure(value())));
     picture.position = run.position;
-    picture.isRunning = run.running;
+    picture.setRunning(run.running);
     fetchDrawing(run.picture);
     showCommands();
     requestFrame();

@@ -4,6 +4,7 @@ const CHUNK = 65536;          // points kept in one piece
 const SLICE = 40000;          // points drawn without looking at the clock
 const FRAME = 8;              // milliseconds of a frame that drawing may take
 const REST_FRAMES = 6;        // so long nobody must have moved the view before it is drawn anew
+const STEPS = 8;              // by which a growing drawing's view grows, for each doubling
 const MARGIN_SHARE = 0.05, MARGIN_BEAMS = 5;
 
 export class Picture {
@@ -51,7 +52,13 @@ export class Picture {
       this.lastY = y;
       ++this.count;
     }
-    if (this.follows && !this.isInView()) this.showAll();
+    if (this.follows) this.fit();
+  }
+
+  setRunning(isRunning) {
+    if (isRunning === this.isRunning) return;
+    this.isRunning = isRunning;
+    if (this.follows) this.fit();
   }
 
   resize() {
@@ -72,19 +79,23 @@ export class Picture {
     return { x0: box.x0 - margin, y0: box.y0 - margin, x1: box.x1 + margin, y1: box.y1 + margin };
   }
 
-  isInView() {
-    const f = this.field(), w = this.done.width / 2 / this.view.scale, h = this.done.height / 2 / this.view.scale;
-    return f.x0 >= this.view.x - w && f.x1 <= this.view.x + w && f.y0 >= this.view.y - h && f.y1 <= this.view.y + h;
+  // All of it. What the view is depends on the drawing alone, not on how it came; while it grows it is only drawn anew
+  // when it has grown by a step.
+  fit() {
+    if (!this.done.width) return;
+    const f = this.isRunning ? rounded(this.field()) : this.field();
+    const view = { x: (f.x0 + f.x1) / 2, y: (f.y0 + f.y1) / 2,
+                   scale: Math.min(this.done.width / (f.x1 - f.x0), this.done.height / (f.y1 - f.y0)) };
+    if (view.x === this.view.x && view.y === this.view.y && view.scale === this.view.scale) return;
+    this.view = view;
+    this.isStale = true;
   }
 
   showAll() {
     this.follows = true;
     this.restFrames = 0;
     this.isStale = true;
-    const f = this.field();
-    if (!this.done.width) return;
-    this.view = { x: (f.x0 + f.x1) / 2, y: (f.y0 + f.y1) / 2,
-                  scale: Math.min(this.done.width / (f.x1 - f.x0), this.done.height / (f.y1 - f.y0)) };
+    this.fit();
   }
 
   // By so many device pixels.
@@ -198,6 +209,12 @@ export class Picture {
     context.stroke();
     context.globalAlpha = 1;
   }
+}
+
+function rounded(f) {
+  const step = 2 ** Math.floor(Math.log2(Math.max(f.x1 - f.x0, f.y1 - f.y0))) / STEPS;
+  return { x0: Math.floor(f.x0 / step) * step, y0: Math.floor(f.y0 / step) * step,
+           x1: Math.ceil(f.x1 / step) * step, y1: Math.ceil(f.y1 / step) * step };
 }
 
 function grown(box, x, y) {

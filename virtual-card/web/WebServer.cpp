@@ -2,6 +2,7 @@
 
 #include <microhttpd.h>
 #include <poll.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <cstring>
@@ -24,6 +25,7 @@ constexpr std::chrono::seconds SignInterval{10};  // of life, on each stream
 constexpr std::chrono::milliseconds EndTime{500};
 constexpr unsigned IdleSeconds = 30;
 constexpr std::size_t ConnectionBytes = 32768;
+constexpr int SystemBytes = 1 << 17;  // that the system keeps for one who does not read, twice over
 constexpr unsigned TooLarge = 413;
 constexpr std::size_t StreamPieceBytes = 8192;
 
@@ -209,6 +211,8 @@ WebServer::WebServer(Card& card, const WebSettings& settings)
       listener_(Listen(IPAddress::Resolve(settings.Address.c_str()), settings.Port)),
       place_(PlaceOf(listener_)),
       site_(card, MakeAdmission(settings, listener_)) {
+  setsockopt(listener_.Get(), SOL_SOCKET, SO_SNDBUF, &SystemBytes,
+             sizeof SystemBytes);  // connections inherit it
   daemon_.reset(MHD_start_daemon(
       MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, &Callbacks::Handle, this,
       MHD_OPTION_EXTERNAL_LOGGER, &Callbacks::Ignore, nullptr, MHD_OPTION_LISTEN_SOCKET, listener_.Get(),
