@@ -158,6 +158,14 @@ const STATS = [
   ["Computation, ms", () => run.stats.computationTime / 1e3],
 ];
 
+const COUNTERS = [
+  ["Calls since the card's start", "calls"],
+  ["Refused calls", "failedCalls"],
+  ["Runs", "runs"],
+  ["Aborted runs", "abortedRuns"],
+  ["Commands run", "listCommands"],
+];
+
 function progressOf({ list, running, command, commands: all }) {
   if (list === null) return 0;
   return running && all > 0 ? Math.max(0, command) / all : 1;
@@ -170,8 +178,7 @@ const sections = {
     $("progress").value = progressOf(run);
     setText($("position"), run.position.map(part => figure(part)).join(", "));
     setText($("points"), figure(run.picture.points) + (run.picture.cut ? " (cut)" : ""));
-    fill($("stats"), STATS, byIndex, ([name]) => element("div", "", element("dt", name), element("dd")),
-         (child, [, value]) => setText(child.lastChild, run.list === null ? "-" : figure(value())));
+    showFigures($("stats"), STATS, value => run.list === null ? "-" : figure(value()));
     picture.position = run.position;
     picture.setRunning(run.running);
     fetchDrawing(run.picture);
@@ -218,12 +225,21 @@ const sections = {
       fill(child.lastChild, row.latest, byIndex, () => element("div"), setText);
     });
   },
+  counters(next) {
+    showFigures($("counters"), COUNTERS, member => figure(next[member]));
+  },
   notifications(next) {
     const first = next.count - next.latest.length;
     fill($("notifications"), next.latest.map((text, index) => [first + index, text]).reverse(), row => row[0],
          row => element("li", row[1]));
   },
 };
+
+// Rows of a name and what tells its value.
+function showFigures(parent, rows, read) {
+  fill(parent, rows, byIndex, ([name]) => element("div", "", element("dt", name), element("dd")),
+       (child, [, value]) => setText(child.lastChild, read(value)));
+}
 
 function showLists() {
   if (shown === null && lists.rows.length > 0) shown = lists.rows[0].id;
