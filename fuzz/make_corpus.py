@@ -365,11 +365,47 @@ def discovery():
     yield from ((name, text.encode()) for name, text in seeds.items())
 
 
+def pages():
+    """Requests to the virtual card's page, a part of the head a line, then the body."""
+    here, token = "host 127.0.0.1:80\n", "token 0123456789abcdef\n"
+    do = "method POST\npath /do\ntype application/json\n" + here + token
+    seeds = {
+        "do_charset": do.replace("json\n", "json; charset=UTF-8\n") + '{"do":"start"}',
+        "do_type": do.replace("json\n", "json; charset=utf-16\n") + '{"do":"start"}',
+        "do_token": do.replace("abcdef", "abcdee") + '{"do":"start"}',
+        "do_origin": do + 'origin HTTP://127.0.0.1:80\n{"do":"resume"}',
+        "do_foreign": do + 'origin http://evil.example\n{"do":"resume"}',
+        "do_site": do + 'site same-site\n{"do":"resume"}',
+        "host_twice": "method GET\npath /\n" + here + here,
+        "host_other": "method GET\npath /\nhost evil.example\n",
+        "method": "method DELETE\npath /\n" + here,
+    }
+    for name, path in (("state", "/state"), ("index", "/"), ("file", "/page.js"), ("none", "/none"),
+                       ("drawing", "/drawing\nfrom 0"), ("drawing_far", "/drawing\nfrom 4294967295"),
+                       ("drawing_odd", "/drawing\nfrom -1"), ("list", "/list\nid 7\nfrom 1"),
+                       ("list_odd", "/list\nid 99999999999\nfrom 0")):
+        seeds["get_" + name] = f"method GET\npath {path}\nhost CARD.example\nsite cross-site\n".replace(
+            "site cross-site\n", "site cross-site\n" if name == "index" else "")
+    for name, body in (("pin", '{"do":"pin","port":2,"pin":31,"high":true}'),
+                       ("pin_output", '{"do":"pin","port":1,"pin":0,"high":true}'),
+                       ("pin_large", '{"do":"pin","port":18446744073709551615,"pin":-1,"high":true}'),
+                       ("pin_kind", '{"do":"pin","port":2.0,"pin":"0","high":1}'),
+                       ("signal", '{"do":"signal","name":"go","set":true}'),
+                       ("signal_id", '{"do":"signal","id":7,"set":false}'),
+                       ("variable", '{"do":"variable","kind":"Boolean","id":7,"value":-2147483648}'),
+                       ("fault", '{"do":"fault","text":"SetList:count=2:chance=5%:error=Out: of memory"}'),
+                       ("fault_off", '{"do":"fault","text":"SetList:off"}'),
+                       ("fault_odd", '{"do":"fault","text":"*:delay=1e999s:drop"}'),
+                       ("deep", "[" * 2000), ("odd", '{"do":"\xff","do":1e999}'), ("none", "")):
+        seeds["act_" + name] = do + body
+    yield from ((name, text.encode("latin-1")) for name, text in seeds.items())
+
+
 def main():
     corpus = pathlib.Path(__file__).resolve().parent / "corpus"
     for target, seeds in (("BufferFuzzer", buffers()), ("CommandFuzzer", commands()),
                           ("DiscoveryFuzzer", discovery()),
-                          ("FrameFuzzer", frames()), ("StreamFuzzer", streams()),
+                          ("FrameFuzzer", frames()), ("PageFuzzer", pages()), ("StreamFuzzer", streams()),
                           ("TextFuzzer", texts())):
         place = corpus / target
         place.mkdir(parents=True, exist_ok=True)

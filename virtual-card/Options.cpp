@@ -209,6 +209,19 @@ std::optional<Options> ParseOptions(int count, const char* const* arguments, int
       ->type_size(1)
       ->allow_extra_args(false)
       ->needs("--ssdp");
+  auto* const http = AddWhole(app, "--http", options.HttpPort, 0, 65535,
+                              "Serve a page that shows the card at work on this TCP port; 0 takes a free one")
+                         ->type_name("PORT");
+  app.add_option("--http-address", options.HttpAddress, "IPv4 or IPv6 address to serve the page on")
+      ->type_name("ADDRESS")
+      ->capture_default_str()
+      ->needs(http);
+  app.add_option("--http-host", options.HttpHosts,
+                 "Name by which browsers may ask for the page, besides the address; may be repeated")
+      ->type_name("NAME")
+      ->type_size(1)
+      ->allow_extra_args(false)
+      ->needs(http);
   app.add_flag("--verbose", options.Verbose, "Write every call to stderr");
   try {
     app.parse(count, arguments);

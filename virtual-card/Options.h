@@ -34,6 +34,9 @@ struct Options {
   std::vector<std::string> Faults;  // texts that Faults::Set takes
   std::uint64_t FaultSeed = 0;      // one of chance, unless it is given
   bool Verbose = false;
+  std::optional<int> HttpPort;  // of the page; without it there is none
+  std::string HttpAddress = "127.0.0.1";
+  std::vector<std::string> HttpHosts;
   bool Ssdp = false;
   std::vector<std::string> SsdpInterfaces;  // none: all
 };

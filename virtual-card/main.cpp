@@ -17,6 +17,7 @@
 #include "console/StandardInput.h"
 #include "server/SearchResponder.h"
 #include "server/Server.h"
+#include "web/WebServer.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -64,13 +65,16 @@ void OpenStandardStreams() {
 void Serve(const Options& options, const sigset_t& stopSignals) {
   const auto address = ClientLib::IPAddress::Resolve(options.Address.c_str());
   Server server(address, options.Port,
-                {options.Connections, options.Memory, {options.Queue, options.Verbose}, options.FaultSeed});
-  for (const std::string& fault : options.Faults) server.GetFaults().Set(fault);
+                {options.Connections, options.Memory, {options.Queue, options.Verbose}});
   Card card({{options.Firmware, options.Serial, static_cast<std::uint32_t>(options.Connections)},
-             {{options.Speed, options.StandaloneList}, {options.SvgFile, options.Beam, options.DrawAllRuns}},
+             {{options.Speed, options.StandaloneList},
+              {options.SvgFile, options.Beam, options.DrawAllRuns},
+              options.HttpPort.has_value()},
              options.StateDirectory,
-             options.Memory},
+             options.Memory,
+             options.FaultSeed},
             server);
+  for (const std::string& fault : options.Faults) card.FaultsOnRequest.Set(fault);
   card.Ports.Connect(options.Wires);
   for (const InputSetting& input : options.Inputs) card.Ports.SetLevels(input.Port, input.Bits);
   std::optional<SerialTerminal> terminal;
@@ -83,13 +87,18 @@ void Serve(const Options& options, const sigset_t& stopSignals) {
               std::to_string(ClientLib::CardInfo::DefaultPort) + ".");
     }
   }
+  std::optional<WebServer> page;
+  if (options.HttpPort)
+    page.emplace(card, WebSettings{options.HttpAddress, *options.HttpPort, options.HttpHosts});
   server.Start(card);
   SayLine({"Listening on ", server.GetPlace()});
   if (options.SerialPort == SerialTerminal::Pseudo) SayLine({"Serial port 0: ", terminal->GetPath()});
-  const StandardInput console(card, server.GetFaults());
+  if (page) SayLine({"Page at ", page->GetUrl()});
+  const StandardInput console(card);
   WaitForStop(stopSignals);
   responder.reset();
   card.Execution.Stop();  // first, so that clients are told and no call waits for the end of a run
+  page.reset();           // with the end of the run on it
   server.Stop();
 }
 

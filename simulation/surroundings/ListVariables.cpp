@@ -134,6 +134,16 @@ std::vector<CardVariable> ListVariables::GetAll() {
   return all;
 }
 
+std::vector<std::uint32_t> ListVariables::GetSignals() {
+  std::vector<std::uint32_t> all;
+  {
+    const MutexLock lock(mutex_);
+    all.assign(signals_.begin(), signals_.end());
+  }
+  std::ranges::sort(all);
+  return all;
+}
+
 void ListVariables::SetBoolean(std::uint32_t id, bool value) {
   const MutexLock lock(mutex_);
   CheckRoom(booleans_, id);

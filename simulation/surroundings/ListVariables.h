@@ -37,6 +37,9 @@ class ListVariables {
   // All booleans, integers and counters, in the order of their kinds and ids.
   std::vector<ClientLib::CardVariable> GetAll();
 
+  // The signals that are set, by their ids, ascending.
+  std::vector<std::uint32_t> GetSignals();
+
   void SetBoolean(std::uint32_t id, bool value);
   bool GetBoolean(std::uint32_t id);  // false until it is set
   void SetInteger(std::uint32_t id, std::int32_t value);

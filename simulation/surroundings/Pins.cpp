@@ -45,6 +45,33 @@ void Pins::SetLevels(std::int32_t port, std::uint32_t levels) {
   waits_.Wake();
 }
 
+void Pins::SetLevel(Pin pin, bool isHigh) {
+  constexpr std::int32_t PinCount = 32;
+  if (!IsThere(pin.Port) || pin.Number < 0 || pin.Number >= PinCount) return;
+  {
+    const MutexLock lock(mutex_);
+    Port& there = ports_[static_cast<std::size_t>(pin.Port)];
+    const std::uint32_t mask = std::uint32_t{1} << pin.Number;
+    there.Levels = isHigh ? there.Levels | mask : there.Levels & ~mask;
+  }
+  waits_.Wake();
+}
+
+std::array<Pins::PortView, Pins::PortCount> Pins::Look() {
+  std::array<PortView, PortCount> views{};
+  const MutexLock lock(mutex_);
+  for (std::size_t i = 0; i < PortCount; ++i) {
+    const std::uint32_t active = ActiveOn(i);
+    views[i] = {ports_[i].IsOutput, ports_[i].Others(active), active, 0};
+  }
+  for (const Wire& wire : wires_) {
+    PortView& to = views[static_cast<std::size_t>(wire.To.Port)];
+    const bool counts = views[static_cast<std::size_t>(wire.From.Port)].IsOutput && !to.IsOutput;
+    if (counts) to.Wired |= std::uint32_t{1} << wire.To.Number;
+  }
+  return views;
+}
+
 std::uint32_t Pins::Get(std::int32_t port) {
   const MutexLock lock(mutex_);
   if (IsThere(port)) return ActiveOn(static_cast<std::size_t>(port));

@@ -42,6 +42,16 @@ class Pins {
 
   // Sets the levels of a port from outside; on an output, until it is written.
   void SetLevels(std::int32_t port, std::uint32_t levels);
+  // The level of one pin, the others stay. Of ports and pins that there are; others are left alone.
+  void SetLevel(Pin pin, bool isHigh);
+  struct PortView {
+    bool IsOutput;
+    std::uint32_t Levels;  // on its pins, whoever sets them
+    std::uint32_t Active;
+    std::uint32_t Wired;  // inputs that a wire drives
+  };
+  // All ports, as they are at one moment.
+  std::array<PortView, PortCount> Look();
   // The pins that are active; 0 on a port of which nothing is known.
   std::uint32_t Get(std::int32_t port);
 

@@ -8,6 +8,7 @@ Card::Card(CardSettings settings, Notifier& clients)
     : state_(settings.StateDirectory),
       memory_(settings.Memory),
       Identity(std::move(settings.Identity)),
+      FaultsOnRequest(settings.FaultSeed),
       Configuration(state_),
       System(Configuration),
       Laser(state_),
@@ -25,13 +26,14 @@ Card::Card(CardSettings settings, Notifier& clients)
       Scanner(Configuration, Execution),
       Modules(Configuration, Execution),
       Diagnostics(Counters, clients, Configuration, memory_, state_, Serial),
-      Execution(std::move(settings.Execution),
+      Execution(settings.Execution,
                 {runSignal_, Inputs, Ports, Serial, Variables, TimeFormat, Lists, Fonts,
                  [this] { return Configuration.Variables.Get(); },
                  [this] { return ClientLib::DateTime(System.GetTime()); },
                  [&clients](std::int32_t value) { clients.NotifyProgress(value); },
                  [this](std::int32_t module) { Modules.CheckSpi(module); }},
                 clients, Counters) {
+  clients.ShowTo(Doings);
   Configuration.Gpio.Follow([this](const ClientLib::GpioConfig& config) { Ports.Configure(config); });
   Configuration.SerialPorts.Follow(
       [this](const ClientLib::SerialPortConfig& config) { Serial.Configure(config); });

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "base/Activity.h"
 #include "base/MemoryBudget.h"
 #include "card/CardConfiguration.h"
 #include "card/CardCounters.h"
@@ -22,6 +23,7 @@
 #include "card/Executor.h"
 #include "card/Notifier.h"
 #include "card/PendingWork.h"
+#include "faults/Faults.h"
 #include "surroundings/ListVariables.h"
 #include "surroundings/MarkTimeFormat.h"
 #include "surroundings/Pins.h"
@@ -41,6 +43,7 @@ struct CardSettings {
   ExecutorSettings Execution;
   std::string StateDirectory;  // empty: what is stored ends with the card
   std::size_t Memory = 0;      // bytes for lists, fonts and, without a state directory, files
+  std::uint64_t FaultSeed = 0;
 };
 
 // Any thread may use any part at any time.
@@ -57,6 +60,8 @@ class Card {
  public:
   const CardIdentity Identity;
   CardCounters Counters;
+  Activity Doings;
+  Faults FaultsOnRequest;  // which befall requests as they come, and what is sent
   CardConfiguration Configuration;
   CardSystem System;
   CardLaser Laser;

@@ -119,6 +119,22 @@ std::vector<std::int32_t> CardLists::GetIds() {
   return {ids.begin(), ids.end()};
 }
 
+std::pair<std::vector<CardLists::View>, std::size_t> CardLists::Look(std::size_t most) {
+  const MutexLock lock(mutex_);
+  std::set<std::int32_t> ids;
+  for (const auto& [id, list] : lists_) ids.insert(id);
+  for (const auto& [id, list] : stored_) ids.insert(id);
+  std::vector<View> views;
+  for (const std::int32_t id : ids) {
+    if (views.size() == most) break;
+    const auto there = lists_.find(id);
+    const bool isThere = there != lists_.end();
+    views.push_back(
+        {id, isThere, isThere ? there->second.Commands.GetCommandCount() : 0, stored_.contains(id)});
+  }
+  return {std::move(views), ids.size()};
+}
+
 ListStatus CardLists::GetStatus(std::int32_t id) {
   const MutexLock lock(mutex_);
   if (executor_.GetRunningList() == id || executor_.GetCaret(id) != Simulation::Carets::NotThere) {

@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "base/MemoryBudget.h"
@@ -38,6 +39,14 @@ class CardLists : public Simulation::ListSource {
   void Delete(std::int32_t id, bool alsoStored);
   // Of the lists that are there or stored, ascending.
   std::vector<std::int32_t> GetIds();
+  struct View {
+    std::int32_t Id;
+    bool IsThere;
+    std::size_t Commands;  // of what is there
+    bool IsStored;
+  };
+  // The first `most` of them, and how many there are.
+  std::pair<std::vector<View>, std::size_t> Look(std::size_t most);
   // A list that is called is running, too.
   ClientLib::ListStatus GetStatus(std::int32_t id);
   // Throws as Get and Executor::Start.

@@ -30,19 +30,24 @@ void Tell(F tell) noexcept {
 
 }  // namespace
 
-Executor::Executor(ExecutorSettings settings, const Simulation::RunSurroundings& surroundings,
+Executor::Executor(const ExecutorSettings& settings, const Simulation::RunSurroundings& surroundings,
                    Notifier& clients, CardCounters& counters)
     : settings_(settings.Runs),
       surroundings_(surroundings),
       clients_(clients),
       counters_(counters),
-      plotter_(std::move(settings.Plotter)),
-      thread_([this] { Work(); }) {}
+      plotter_(settings.Plotter) {
+  if (settings.IsSeenLive) live_.emplace(plotter_, settings.Plotter.AllRuns);
+  const MutexLock lock(threadMutex_);
+  thread_ = std::thread([this] { Work(); });
+}
 
 void Executor::Start(std::int32_t listId, Simulation::ListSnapshot list) {
   const MutexLock lock(mutex_);
   if (stopping_) throw std::runtime_error("The card is stopping.");
   if (running_) throw std::runtime_error("A list is already running.");
+  view_ = {started_ + 1, listId, list.Commands.GetCommandCount(), std::chrono::steady_clock::now(),
+           {},           false};
   job_ = Job{listId, std::move(list), limit_ == 0 ? Simulation::Clock::Forever : limit_ * 1e3};
   running_ = listId;
   ++started_;
@@ -84,18 +89,24 @@ std::optional<std::int32_t> Executor::GetRunningList() {
   return running_;
 }
 
+Executor::RunView Executor::LookAtRun() {
+  const MutexLock lock(mutex_);
+  return view_;
+}
+
 ListExecutionStats Executor::GetLastStats() {
   const MutexLock lock(mutex_);
   return stats_;
 }
 
 void Executor::Work() {
+  Simulation::Canvas& canvas = live_ ? static_cast<Simulation::Canvas&>(*live_) : plotter_;
   while (auto job = WaitForJob()) {
     const std::int32_t listId = job->ListId;
     Simulation::RunSettings settings = settings_;
     settings.Limit = job->Limit;
     const Simulation::RunResult result =
-        Simulation::Simulate(settings, surroundings_, {carets_, position_, plotter_, counters_.ListCommands},
+        Simulation::Simulate(settings, surroundings_, {carets_, position_, canvas, counters_.ListCommands},
                              listId, std::move(job->List));
     ++counters_.Runs;
     if (result.Aborted) ++counters_.AbortedRuns;
@@ -104,6 +115,8 @@ void Executor::Work() {
       const MutexLock lock(mutex_);
       stats_ = result.Stats;
       running_.reset();
+      view_.End = std::chrono::steady_clock::now();
+      view_.IsOver = true;
     }
     Conclude(listId, result);
     const MutexLock lock(mutex_);

@@ -1,6 +1,8 @@
 // Runs lists, one at a time, in a thread of its own.
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <thread>
@@ -8,6 +10,7 @@
 #include "card/CardCounters.h"
 #include "card/Notifier.h"
 #include "common/Mutex.h"
+#include "drawing/LivePicture.h"
 #include "drawing/Plotter.h"
 #include "execution/Carets.h"
 #include "execution/GalvoPosition.h"
@@ -20,6 +23,7 @@ namespace VELTRO::KELVO::VirtualCard {
 struct ExecutorSettings {
   Simulation::RunSettings Runs;  // the limit is what clients set
   Simulation::PlotterSettings Plotter;
+  bool IsSeenLive = false;  // others look at the picture while it grows
 };
 
 // Any thread may call anything at any time.
@@ -30,8 +34,8 @@ struct ExecutorSettings {
 class Executor {
  public:
   // Throws as Plotter does.
-  Executor(ExecutorSettings settings, const Simulation::RunSurroundings& surroundings, Notifier& clients,
-           CardCounters& counters);
+  Executor(const ExecutorSettings& settings, const Simulation::RunSurroundings& surroundings,
+           Notifier& clients, CardCounters& counters);
   ~Executor() { Stop(); }
   Executor(const Executor&) = delete;
   Executor& operator=(const Executor&) = delete;
@@ -56,6 +60,17 @@ class Executor {
   std::int32_t GetCaret(std::int32_t listId) const { return carets_.Find(listId); }
   // Where the galvos are, also in a run.
   ClientLib::Point3D GetPosition() const { return position_; }
+  double GetBeam() const { return plotter_.GetBeam(); }
+  // What is drawn, also in a run; null unless it is seen live.
+  const Simulation::LivePicture* GetLivePicture() const { return live_ ? &*live_ : nullptr; }
+  struct RunView {
+    std::uint64_t Number = 0;  // of runs that were started
+    std::int32_t List = 0;     // of the latest one, as are all of these
+    std::size_t Commands = 0;
+    std::chrono::steady_clock::time_point Start = {}, End = {};
+    bool IsOver = true;
+  };
+  RunView LookAtRun();
   // Of the latest run that has ended.
   ClientLib::ListExecutionStats GetLastStats();
 
@@ -79,7 +94,8 @@ class Executor {
 
   // The executing thread's own.
   Simulation::Plotter plotter_;
-  Simulation::GalvoPosition position_;  // others look
+  std::optional<Simulation::LivePicture> live_;  // ahead of it; others look
+  Simulation::GalvoPosition position_;           // others look
 
   ClientLib::Mutex mutex_;
   ClientLib::CondVar changed_;
@@ -88,6 +104,7 @@ class Executor {
   std::optional<std::int32_t> running_ KELVO_GUARDED_BY(mutex_);
   std::int32_t limit_ KELVO_GUARDED_BY(mutex_) = 0;
   std::uint64_t started_ KELVO_GUARDED_BY(mutex_) = 0;
+  RunView view_ KELVO_GUARDED_BY(mutex_);
   std::uint64_t concluded_ KELVO_GUARDED_BY(mutex_) = 0;
   ClientLib::ListExecutionStats stats_ KELVO_GUARDED_BY(mutex_);
 

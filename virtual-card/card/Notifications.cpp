@@ -9,24 +9,25 @@ namespace VELTRO::KELVO::VirtualCard {
 using ClientLib::OutputPacket;
 using ClientLib::RpcEventType;
 
-void Notifier::NotifyEvent(std::int32_t event, std::int32_t value) {
+void Notifier::NotifyEvent(std::string_view name, std::int32_t event, std::int32_t value) {
   OutputPacket packet = OutputPacket::AllocateNotification();
   msgpack::packer packer(packet);
   packer.pack_array(2).pack(event).pack(value);
   Notify(packet.Close());
   ++count_;
+  if (IsShown()) activity_->AddNotification(std::string(name).append(" ").append(std::to_string(value)));
 }
 
 void Notifier::NotifyProgress(std::int32_t value) {
-  NotifyEvent(RpcEventType::Progress, value);
+  NotifyEvent("Progress", RpcEventType::Progress, value);
 }
 
 void Notifier::NotifyListDone(std::int32_t listId) {
-  NotifyEvent(RpcEventType::ListDone, listId);
+  NotifyEvent("List done", RpcEventType::ListDone, listId);
 }
 
 void Notifier::NotifyListIdle(std::int32_t listId) {
-  NotifyEvent(RpcEventType::ListIdle, listId);
+  NotifyEvent("List idle", RpcEventType::ListIdle, listId);
 }
 
 void Notifier::NotifyError(const std::string& text) {
@@ -35,6 +36,7 @@ void Notifier::NotifyError(const std::string& text) {
   ClientLib::RpcRemoteException(text, "").Pack(packet);
   Notify(packet.Close());
   ++count_;
+  if (IsShown()) activity_->AddNotification("Error: " + text);
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard

@@ -5,6 +5,9 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
+
+#include "base/Activity.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -19,12 +22,17 @@ class Notifier {
   void NotifyListIdle(std::int32_t listId);
   void NotifyError(const std::string& text);
 
+  // Shows it what is told from now on. Before there is anything to tell.
+  void ShowTo(Activity& activity) { activity_ = &activity; }
+
   // How many there have been.
   std::uint64_t GetCount() const { return count_; }
 
  private:
-  void NotifyEvent(std::int32_t event, std::int32_t value);
+  void NotifyEvent(std::string_view name, std::int32_t event, std::int32_t value);
+  bool IsShown() const { return activity_ != nullptr && activity_->IsWatched(); }
 
+  Activity* activity_ = nullptr;
   std::atomic<std::uint64_t> count_{0};
 };
 

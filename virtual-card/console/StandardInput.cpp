@@ -64,11 +64,11 @@ void TellFaults(Faults& faults) {
   }
 }
 
-bool Obey(Card& card, Faults& faults, std::string_view text) {
+bool Obey(Card& card, std::string_view text) {
   const std::string_view word = TakeWord(text);
   if (word == "input") return SetInput(card, text);
   if (word == "fault") {
-    text.empty() ? TellFaults(faults) : faults.Set(text);
+    text.empty() ? TellFaults(card.FaultsOnRequest) : card.FaultsOnRequest.Set(text);
     return true;
   }
   if (word == "signal" && !text.empty()) {
@@ -81,9 +81,9 @@ bool Obey(Card& card, Faults& faults, std::string_view text) {
   return word == "start" || word == "resume";
 }
 
-bool TryToObey(Card& card, Faults& faults, std::string_view text) noexcept {
+bool TryToObey(Card& card, std::string_view text) noexcept {
   try {
-    return Obey(card, faults, text);
+    return Obey(card, text);
   } catch (const std::exception& error) {
     LogLine({"'", text, "' failed: ", error.what()});
     return true;
@@ -92,7 +92,7 @@ bool TryToObey(Card& card, Faults& faults, std::string_view text) noexcept {
 
 }  // namespace
 
-StandardInput::StandardInput(Card& card, Faults& faults) : card_(card), faults_(faults) {
+StandardInput::StandardInput(Card& card) : card_(card) {
   line_.reserve(MostLineBytes);
   HandleInterrupts();
   thread_ = std::thread([this] { Work(); });
@@ -152,7 +152,7 @@ void StandardInput::Take(std::string_view bytes) {
 
 void StandardInput::EndLine() {
   const std::string_view text = Trimmed(line_);
-  if (!text.empty() && (line_.size() == MostLineBytes || !TryToObey(card_, faults_, text))) {
+  if (!text.empty() && (line_.size() == MostLineBytes || !TryToObey(card_, text))) {
     LogLine(
         {"Standard input takes 'input PORT VALUE', 'start', 'signal NAME', 'resume' and 'fault TEXT', not '",
          text, "'."});

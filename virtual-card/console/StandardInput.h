@@ -13,14 +13,13 @@
 #include "base/Wake.h"
 #include "card/Card.h"
 #include "common/Mutex.h"
-#include "faults/Faults.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
 // Reads in a thread of its own, to the end of standard input and no longer than the object lives.
 class StandardInput {
  public:
-  StandardInput(Card& card, Faults& faults);
+  StandardInput(Card& card);
   ~StandardInput();
   StandardInput(const StandardInput&) = delete;
   StandardInput& operator=(const StandardInput&) = delete;
@@ -36,7 +35,6 @@ class StandardInput {
   void EndLine();
 
   Card& card_;
-  Faults& faults_;
   Wake wake_;
   std::string line_;  // as far as it has come; a longer one is cut
 

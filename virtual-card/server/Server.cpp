@@ -28,10 +28,7 @@ int Timeout(bool mayAccept, HeldFrame::TimePoint due) {
 }  // namespace
 
 Server::Server(const IPAddress& address, int port, const ServerSettings& settings)
-    : settings_(settings),
-      listener_(Listen(address, port)),
-      memory_(settings.MostOutputBytes),
-      faults_(settings.FaultSeed) {
+    : settings_(settings), listener_(Listen(address, port)), memory_(settings.MostOutputBytes) {
   entries_.reserve(settings.MostConnections + 2);
   sending_.reserve(settings.MostConnections);
   const MutexLock lock(mutex_);
@@ -103,7 +100,7 @@ bool Server::AcceptAll(Card& card) noexcept {
         LogLine({peer, " refused: all connections are taken"});
       } else {
         Add(std::make_unique<Session>(std::move(socket), SessionPeer{peer, ++connections_}, card, wake_,
-                                      memory_, faults_, settings_.Sessions));
+                                      memory_, settings_.Sessions));
       }
     } catch (const std::exception& error) {  // no thread or no memory for it
       LogLine({peer, " refused: ", error.what()});

@@ -17,7 +17,6 @@
 #include "card/Notifier.h"
 #include "common/IPAddress.h"
 #include "common/Mutex.h"
-#include "faults/Faults.h"
 #include "server/Session.h"
 #include "server/Socket.h"
 
@@ -28,7 +27,6 @@ struct ServerSettings {
   std::size_t MostOutputBytes =
       0;  // that clients leave unread, all together, besides what each session has of its own
   SessionSettings Sessions;
-  std::uint64_t FaultSeed = 0;
 };
 
 class Server : public Notifier {
@@ -49,8 +47,6 @@ class Server : public Notifier {
   int GetPort() const { return PortOf(listener_); }
 
   void Notify(std::span<const unsigned char> frame) override;
-  // What befalls the requests that come, and what is sent.
-  Faults& GetFaults() { return faults_; }
 
  private:
   void Work(Card& card);
@@ -67,7 +63,6 @@ class Server : public Notifier {
   const Descriptor listener_;
   Wake wake_;
   SessionMemory memory_;
-  Faults faults_;
   std::uint64_t connections_ = 0;  // since the start
   std::atomic<bool> stopping_{false};
 

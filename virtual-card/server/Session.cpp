@@ -69,14 +69,14 @@ std::size_t CostOf(const OutputQueue& output, const HeldFrames& held) {
 }  // namespace
 
 Session::Session(Descriptor socket, SessionPeer peer, Card& card, Wake& wake, SessionMemory& memory,
-                 Faults& faults, const SessionSettings& settings)
+                 const SessionSettings& settings)
     : socket_(std::move(socket)),
       peer_(std::move(peer.Place)),
       number_(peer.Number),
       card_(card),
       wake_(wake),
       memory_(memory),
-      faults_(faults),
+      faults_(card.FaultsOnRequest),
       settings_(settings),
       input_(FirstInputBytes),
       inputCharge_(memory.Requests),
@@ -94,9 +94,10 @@ void Session::Start() {
 void Session::Work() {
   if (settings_.Verbose) LogLine({peer_, " connected"});
   try {
+    Activity::Presence presence(card_.Doings, peer_);
     CardClient client(card_, memory_.Work, *this);
     while (const auto request = ReceiveRequest()) {
-      Serve(client, *request);
+      Serve(client, presence, *request);
       client.Work.Give();
       if (!WaitForRoom()) break;
     }
@@ -109,23 +110,28 @@ void Session::Work() {
   wake_.Signal();
 }
 
-void Session::Serve(CardClient& client, const Request& request) {
+void Session::Serve(CardClient& client, Activity::Presence& presence, const Request& request) {
   const bool isRefused = !request.Refusal.empty();
+  const bool isSeen = card_.Doings.IsWatched();
   std::string log = request.Refusal;
   std::optional<OutputPacket> answer =
       isRefused ? Refuse(request.Frame, request.Refusal)
-                : AnswerTo(client, request.Frame, settings_.Verbose ? &log : nullptr);
+                : AnswerTo(client, request.Frame, settings_.Verbose || isSeen ? &log : nullptr);
   if (!isRefused) input_.Drop(request.Frame.size());
   inputCharge_.Resize(0);
-  if (!log.empty() && settings_.Verbose) LogLine({peer_, " ", log});
+  if (settings_.Verbose) LogLine({peer_, " ", log});
+  if (isSeen) presence.AddCall(log);
   if (answer) Send(FrameKind::Answer, answer->Close());
 }
 
 std::optional<OutputPacket> Session::AnswerTo(CardClient& client, std::span<const unsigned char> frame,
                                               std::string* log) {
   if (const auto fault = faults_.AreNone() ? nullptr : FaultOfRequest(frame)) {
-    if (fault->Action == FaultAction::Error) return Refuse(HeadBytes(frame), fault->ErrorText);
-    if (!Undergo(*fault, frame.size())) return std::nullopt;
+    const bool isRefused = fault->Action == FaultAction::Error;
+    if (isRefused || !Undergo(*fault, frame.size())) {
+      if (log != nullptr) *log = "not carried out: " + fault->Text;
+      return isRefused ? std::optional(Refuse(HeadBytes(frame), fault->ErrorText)) : std::nullopt;
+    }
   }
   client.Work.Take(CostOf(frame));
   return Answer(client, frame, log);

@@ -62,7 +62,7 @@ class Session : private AnswerTaker {
   static constexpr std::chrono::seconds LargeRequestTime{60};
 
   // `wake` is signalled when there is something to send later, and when the session has ended.
-  Session(Descriptor socket, SessionPeer peer, Card& card, Wake& wake, SessionMemory& memory, Faults& faults,
+  Session(Descriptor socket, SessionPeer peer, Card& card, Wake& wake, SessionMemory& memory,
           const SessionSettings& settings);
   // Ends the connection and joins the thread.
   ~Session() override;
@@ -98,7 +98,7 @@ class Session : private AnswerTaker {
     std::string Refusal;  // not empty: Frame has only the beginning, which is to be answered with this
   };
 
-  void Serve(CardClient& client, const Request& request);
+  void Serve(CardClient& client, Activity::Presence& presence, const Request& request);
   // The next one; nothing when the connection has ended. Throws std::runtime_error when what comes is none.
   std::optional<Request> ReceiveRequest();
   // Takes a request of `size` bytes, header included, that is refused.
