@@ -8,7 +8,7 @@ import time
 import urllib.error
 import urllib.request
 
-PATIENCE = 60  # seconds; only what hangs takes so long
+PATIENCE = int(os.environ.get("PATIENCE", 60))  # seconds; only what hangs takes so long
 ELEMENT = "element-6066-11e4-a52e-4f735466cecf"
 
 
