@@ -127,6 +127,7 @@ InputPacket ClientTransport::Exchange(std::uint32_t requestId, const FramePieces
   Inbox::Ticket ticket(inbox_, requestId, false);
   {
     ReadTurn::OfCaller turn(communication_.GetReadTurn());
+    Tap(FrameWay::ToCard, frame);
     if (timeout.count() > 0) turn.TryTake();
     communication_.Write(frame, deadline, turn);
     if (timeout.count() > 0) ReceiveAsCaller(ticket, turn, deadline);
@@ -146,6 +147,7 @@ void ClientTransport::ReceiveAsCaller(const Inbox::Ticket& ticket, ReadTurn::OfC
         return turn.HandOver();
       }
       InputPacket answer = InputPacket::Allocate(communication_.Frame(), 0, frameSize);
+      Tap(FrameWay::FromCard, {std::span(communication_.Frame(), static_cast<std::size_t>(frameSize))});
       inbox_.Deliver(std::move(answer));
       communication_.Accept(frameSize);
     } catch (const std::exception&) {
@@ -162,6 +164,22 @@ InputPacket ClientTransport::Read(std::uint32_t requestId, std::chrono::millisec
 
 RpcRemoteException ClientTransport::getException(const msgpack::object_handle& object) {
   return RpcRemoteException::FromObject(object.get());
+}
+
+void ClientTransport::SetTap(std::shared_ptr<FrameTap> tap) {
+  const MutexLock lock(tapMutex_);
+  tapped_.store(tap != nullptr, std::memory_order_relaxed);
+  tap_ = std::move(tap);
+}
+
+void ClientTransport::Tap(FrameWay way, const FramePieces& frame) {
+  if (!tapped_.load(std::memory_order_relaxed)) return;
+  std::shared_ptr<FrameTap> tap;
+  {
+    const MutexLock lock(tapMutex_);
+    tap = tap_;
+  }
+  if (tap) tap->Take(way, frame);
 }
 
 void ClientTransport::receiver() {
@@ -194,6 +212,7 @@ void ClientTransport::EndReceiving() {
 void ClientTransport::Receive(int frameSize) {
   const unsigned char* frame = communication_.Frame();
   const auto type = static_cast<PacketType>(frame[1]);
+  Tap(FrameWay::FromCard, {std::span(frame, static_cast<std::size_t>(frameSize))});
   if (IsNotification(type)) {
     // Handled where it stands in the receive buffer: nobody else is going to read it.
     answersInARow_ = 0;
