@@ -29,8 +29,8 @@ TEST(SessionLine, OfAFrameReadsBackAsWhatItWas) {
     std::string Told;     // the line behind its way
     std::string Content;  // as it is read back
   } frames[] = {
-      {FrameWay::ToCard, FrameOf(0, 7, "Move", std::make_tuple(1.0, -2, "\"\xC3\xA4\"")),
-       R"("request","id":7,"method":"Move","arguments":[1.0,-2,"\"ä\""]})", R"([1.0,-2,"\"ä\""])"},
+      {FrameWay::ToCard, FrameOf(0, 7, "Move", std::make_tuple(1.5, -2, "\"\xC3\xA4\"")),
+       R"("request","id":7,"method":"Move","arguments":[1.5,-2,"\"ä\""]})", R"([1.5,-2,"\"ä\""])"},
       {FrameWay::FromCard, Response(7, std::vector<char>{1, 2}),
        R"("response","id":7,"method":"Move","result":{"base64":"AQI="}})", R"({"base64":"AQI="})"},
       {FrameWay::FromCard, Response(7, 5), R"("response","id":7,"result":5})", "5"},  // nobody asks any more
