@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t MostBins = 10;
 constexpr double MostGridLines = 120;  // along the larger side
-constexpr double LinesBetweenNumbers = 10;
+constexpr long long LinesBetweenNumbers = 10;
 constexpr Colour GridColour{0xd8, 0xd8, 0xd8}, StrongGridColour{0xb0, 0xb0, 0xb0},
     FrameColour{0x60, 0x60, 0x60}, JumpsColour{0x30, 0x70, 0xc0}, PlainColour{0x20, 0x20, 0x20};
 
@@ -164,9 +164,9 @@ void Sheet::DrawGrid(Page& page) const {
   const double thin = textSize_ / 40;
   const auto lines = [&](bool strong, auto draw) {
     const auto along = [&](double from, double to, bool isX) {
-      const double most = std::floor(to / step + 1e-9);
-      for (double i = std::ceil(from / step - 1e-9); i <= most; ++i) {
-        if ((std::fmod(i, LinesBetweenNumbers) == 0) == strong) draw(i * step, isX);
+      const auto most = std::llround(std::floor(to / step + 1e-9));
+      for (auto i = std::llround(std::ceil(from / step - 1e-9)); i <= most; ++i) {
+        if ((i % LinesBetweenNumbers == 0) == strong) draw(static_cast<double>(i) * step, isX);
       }
     };
     along(field_.Lower.X(), field_.Upper.X(), true);

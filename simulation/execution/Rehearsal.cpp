@@ -31,8 +31,8 @@ class StagedLists : public ListSource {
 
 class StagedFonts : public FontSource {
  public:
-  explicit StagedFonts(std::map<std::int32_t, ClientLib::Font> fonts) {
-    for (auto& [id, font] : fonts) fonts_[id] = std::make_shared<const ClientLib::Font>(std::move(font));
+  explicit StagedFonts(const std::map<std::int32_t, ClientLib::Font>& fonts) {
+    for (const auto& [id, font] : fonts) fonts_[id] = std::make_shared<const ClientLib::Font>(font);
   }
 
   FontSnapshot Find(std::int32_t id) override {
@@ -59,7 +59,7 @@ RunResult Rehearsal::Run(std::int32_t id, ClientLib::CommandList list, Canvas& c
   const ListSnapshot snapshot{1, list};
   stage_.Lists.insert_or_assign(id, std::move(list));
   StagedLists lists(stage_.Lists);
-  StagedFonts fonts(std::move(stage_.Fonts));
+  StagedFonts fonts(stage_.Fonts);
   RunInputs inputs(abort_);
   inputs.Rehearse();
   Pins pins(abort_);

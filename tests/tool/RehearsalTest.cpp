@@ -65,12 +65,17 @@ TEST(ToolCheck, ReadsAnyFileInLittleMemory) {
       {"(printf \"{ DLP, F64Arr[\"; yes 0.25 | head -200000 | tr \"\\n\" \" \"; echo \"] }\") >l; kelvo list "
        "check l",
        4, "l:1:1000015: Command exceeds the maximum allowed command size"},
-      {"rm l; truncate -s 1G l; (ulimit -v 600000; kelvo list check l)", 4,
+      {"rm l; truncate -s 1G l; (" LITTLE_MEMORY "; kelvo list check l)", 4,
        "l:1:1: Unable to parse command. The byte 0x00 has no place there.\n"},
-      {"(ulimit -v 600000; kelvo list put 1 l)", 1, "l:1:1: Unable to parse command."},
-      {"(printf \"{ JA, \"; head -c 200M /dev/zero | tr \"\\0\" \" \") >l; (ulimit -v 600000; kelvo list "
+      {"(" LITTLE_MEMORY "; kelvo list put 1 l)", 1, "l:1:1: Unable to parse command."},
+      {"(printf \"{ JA, \"; head -c 200M /dev/zero | tr \"\\0\" \" \") >l; (" LITTLE_MEMORY "; kelvo list "
        "check l)",
        4, "l:1:1: The command is longer than 64 MiB.\n"},
+      // A comment of several parts, in which commands seem to be.
+      {"(printf \"{ LON } #\"; yes \"{ LON }\" | head -400000 | tr -d \"\\n\"; printf \"\\n{ BA, I32[9] }\") "
+       ">l; "
+       "kelvo list check l",
+       4, "l:2:1: There is no command 9 to branch to.\n"},
       {"kelvo list check none", 1, "Cannot open 'none': No such file or directory."},
       {"kelvo list check l --field big", 2, "--field takes a number"},
       {"kelvo list check l --with 7", 2, "--with takes NUMBER=..., not '7'."},

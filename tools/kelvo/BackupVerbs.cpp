@@ -62,7 +62,7 @@ ExitCode MoveAll(Session& session, const std::vector<Pair>& pairs, const std::st
       }
       const std::string told = "'" + name + "': " + failure.Told();
       if (refusal.empty()) refusal = told;
-      session.Out.Remark(Clean("Not " + moved + ": " + told));
+      session.Out.Remark(Clean(std::string("Not ").append(moved).append(": ").append(told)));
     }
     std::fflush(stdout);
   }

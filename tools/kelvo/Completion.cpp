@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <set>
@@ -181,7 +182,8 @@ void OfferFieldsOf(Session* session, Offers& offers, const char* behind) {
   const std::size_t equals = offers.Begun.find('=');
   if (equals != std::string::npos) {
     const std::string field = offers.Begun.substr(0, equals);
-    for (const std::string& name : ChoicesFor(ParseField(field))) offers.Add(field + "=" + name);
+    for (const std::string& name : ChoicesFor(ParseField(field)))
+      offers.Add(std::string(field).append("=").append(name));
     return;
   }
   const std::size_t dot = offers.Begun.find('.');
@@ -257,7 +259,7 @@ void Offer(const Line& line, Offers& offers) {
 
 int Complete(const std::vector<std::string>& words) {
   signal(SIGALRM, [](int) { _exit(0); });
-  const itimerval most{{0, 0}, {0, MostMs * 1000}};
+  const itimerval most{{0, 0}, {0, std::chrono::microseconds(std::chrono::milliseconds(MostMs)).count()}};
   setitimer(ITIMER_REAL, &most, nullptr);
   if (words.empty()) return 0;
   Offers offers(words.back());

@@ -87,17 +87,6 @@ Descriptor Open(const std::string& path) {
   return S_ISREG(status.st_mode) ? std::move(file) : Keep(path, file.Get());
 }
 
-// What is left stands where it stood.
-void BlankComments(char* begin, char* end, bool& isInComment) {
-  for (char* at = begin; at != end;) {
-    void* const next = std::memchr(at, isInComment ? '\n' : '#', static_cast<std::size_t>(end - at));
-    char* const found = next == nullptr ? end : static_cast<char*>(next);
-    if (isInComment) std::fill(at, found, ' ');
-    isInComment = found == end ? isInComment : !isInComment;
-    at = found;
-  }
-}
-
 std::size_t CountCharacters(std::string_view text) {
   return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
 }
@@ -141,6 +130,16 @@ TextPlace PlaceAt(TextPlace begin, std::string_view part, std::size_t at) {
 }
 
 }  // namespace
+
+void BlankComments(char* begin, char* end, bool& isInComment) {
+  for (char* at = begin; at != end;) {
+    void* const next = std::memchr(at, isInComment ? '\n' : '#', static_cast<std::size_t>(end - at));
+    char* const found = next == nullptr ? end : static_cast<char*>(next);
+    if (isInComment) std::fill(at, found, ' ');
+    isInComment = found == end ? isInComment : !isInComment;
+    at = found;
+  }
+}
 
 ListText::ListText(const std::string& path) : path_(path), file_(Open(path)) {}
 
@@ -196,6 +195,7 @@ std::vector<TextFault> ListText::Read(ClientLib::CommandList& list, std::size_t 
   CommandTextReader reader(list);
   for (bool hasMore = true; hasMore && faults.size() < mostFaults;) {
     mark_.Command = list.GetCommandCount();
+    mark_.IsInComment = part_.empty() && isInComment_;  // else it begins at a command
     marks_.push_back(mark_);
     hasMore = ReadMore();
     isWhole_ = !hasMore;
@@ -271,7 +271,7 @@ TextPlace ListText::PlaceOf(std::size_t command) {
     if (count == 0) throw Changed(path_);
     done += count;
   }
-  bool isInComment = false;  // a part begins behind a command, or at the begin of the text
+  bool isInComment = mark.IsInComment;
   BlankComments(part.data(), part.data() + part.size(), isInComment);
   TextCursor cursor(part);
   cursor.SkipBlanks();

@@ -24,7 +24,10 @@ struct TextFault {
   std::string Text;
 };
 
-// Comments go from "#" to the end of a line.
+// Comments go from "#" to the end of a line. They become blanks, so that what is left stands where it stood; the state says
+// whether a part begins in one, and whether the next does.
+void BlankComments(char* begin, char* end, bool& isInComment);
+
 class ListText {
  public:
   static constexpr std::size_t MostCommandBytes = std::size_t{64} << 20;
@@ -46,6 +49,7 @@ class ListText {
   struct Mark {
     std::uint64_t Offset = 0;
     std::size_t Command = 0;  // the index of its first
+    bool IsInComment = false;
   };
   // The lines and columns up to a place in the file. They are counted only when there is something to tell.
   struct Counted {

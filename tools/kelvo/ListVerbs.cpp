@@ -37,21 +37,14 @@ class LocalList {
   const std::int64_t Handle;
 };
 
-// Comments go from "#" to the end of a line.
-std::string WithoutComments(std::string text) {
-  bool isComment = false;
-  for (char& c : text) {
-    isComment = c != '\n' && (isComment || c == '#');
-    if (isComment) c = ' ';
-  }
-  return text;
-}
-
 std::string ReadList(const std::string& path) {
   // Before so much is read, it is known to be a list.
   std::error_code none;
   if (path != "-" && std::filesystem::file_size(path, none) > LongListBytes && !none) ReadListFile(path);
-  return WithoutComments(ReadFile(path, MostListBytes));
+  std::string text = ReadFile(path, MostListBytes);
+  bool isInComment = false;
+  BlankComments(text.data(), text.data() + text.size(), isInComment);
+  return text;
 }
 
 // A list of which the card has a part only is worse than none: somebody could run it.

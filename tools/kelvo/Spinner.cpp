@@ -56,17 +56,17 @@ bool IsTerminal(const Output& out) {
   return !out.IsQuiet && isatty(STDERR_FILENO) == 1;
 }
 
-Spinner::Spinner(const Output& out, std::string text) {
+Spinner::Spinner(const Output& out, const std::string& text) {
   if (!IsTerminal(out)) {
     out.Remark(text + ".");
     return;
   }
-  thread_ = std::thread([this, text = Shortened(Clean(text), Columns() - 3)] {
+  thread_ = std::thread([this, line = Shortened(Clean(text), Columns() - 3)] {
     std::unique_lock lock(mutex_);
     // What is quick is not worth a line.
     for (int turn = 0;
          !stopped_.wait_for(lock, std::chrono::milliseconds(RedrawMs), [&] { return isStopped_; }); ++turn) {
-      std::fprintf(stderr, "\r%s %c", text.c_str(), "|/-\\"[turn % 4]);
+      std::fprintf(stderr, "\r%s %c", line.c_str(), "|/-\\"[turn % 4]);
     }
     std::fprintf(stderr, "\r\33[K");
   });
@@ -98,7 +98,7 @@ std::optional<double> TimeLeft::Reckon(double now, double part) const {
   return std::max(0.0, expected + (reckoned - expected) * (1 - std::exp(-passed / SmoothingSeconds)));
 }
 
-Bar::Bar(const Output& out, std::string text, std::optional<double> whole)
+Bar::Bar(const Output& out, const std::string& text, std::optional<double> whole)
     : out_(out), isOnTerminal_(IsTerminal(out)), text_(Clean(text)), start_(SteadyMs()), timeLeft_(whole) {
   if (!isOnTerminal_) out_.Remark(text_ + ".");
 }

@@ -18,7 +18,7 @@ bool IsTerminal(const Output& out);
 
 class Spinner {
  public:
-  Spinner(const Output& out, std::string text);
+  Spinner(const Output& out, const std::string& text);
   ~Spinner() { Stop(); }
   Spinner(const Spinner&) = delete;
   Spinner& operator=(const Spinner&) = delete;
@@ -54,7 +54,7 @@ class TimeLeft {
 class Bar {
  public:
   // `whole`: the seconds that it is going to take, where they are known.
-  Bar(const Output& out, std::string text, std::optional<double> whole = {});
+  Bar(const Output& out, const std::string& text, std::optional<double> whole = {});
   ~Bar() { End(); }
   Bar(const Bar&) = delete;
   Bar& operator=(const Bar&) = delete;
