@@ -175,6 +175,17 @@ std::optional<Options> ParseOptions(int count, const char* const* arguments, int
       ->type_size(1)
       ->allow_extra_args(false)
       ->needs("--ssdp");
+  app.add_option("--replay", options.ReplayFile,
+                 "Be no card of its own but answer from this recorded session (docs/session.md)")
+      ->type_name("FILE");
+  app.add_flag("--strict", options.IsStrictReplay,
+               "Give no answer more often than it was recorded, also to who asks again and again")
+      ->needs("--replay");
+  AddPositive(app, "--replay-speed", options.ReplaySpeed,
+              "Times recorded time at which notifications come, or 'max' for no waiting at all", "max")
+      ->type_name("FACTOR")
+      ->default_str("1")
+      ->needs("--replay");
   app.add_flag("--verbose", options.Verbose, "Write every call to stderr");
   try {
     app.parse(count, arguments);

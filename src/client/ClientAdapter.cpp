@@ -14,6 +14,7 @@ class Recorder : public FrameTap {
   Recorder(const std::string& path, const Recording::SessionHead& head) : writer_(path, head) {}
 
   void Take(FrameWay way, const FramePieces& frame) noexcept override { writer_.TakeFrame(1, way, frame); }
+  void TakeEnd(FrameWay way) noexcept override { writer_.TakeOther(1, way, Recording::LineKind::Ended); }
   void Finish() { writer_.Finish(); }
 
  private:

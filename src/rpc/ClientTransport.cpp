@@ -77,6 +77,7 @@ void ClientTransport::EndWaits() {
 }
 
 void ClientTransport::StopRunning() {
+  if (running_.load(std::memory_order_acquire)) TapEnd(FrameWay::ToCard);
   EndWaits();
   std::thread thread;
   {
@@ -172,14 +173,18 @@ void ClientTransport::SetTap(std::shared_ptr<FrameTap> tap) {
   tap_ = std::move(tap);
 }
 
+std::shared_ptr<FrameTap> ClientTransport::GetTap() {
+  if (!tapped_.load(std::memory_order_relaxed)) return nullptr;
+  const MutexLock lock(tapMutex_);
+  return tap_;
+}
+
 void ClientTransport::Tap(FrameWay way, const FramePieces& frame) {
-  if (!tapped_.load(std::memory_order_relaxed)) return;
-  std::shared_ptr<FrameTap> tap;
-  {
-    const MutexLock lock(tapMutex_);
-    tap = tap_;
-  }
-  if (tap) tap->Take(way, frame);
+  if (const auto tap = GetTap()) tap->Take(way, frame);
+}
+
+void ClientTransport::TapEnd(FrameWay way) {
+  if (const auto tap = GetTap()) tap->TakeEnd(way);
 }
 
 void ClientTransport::receiver() {
@@ -204,6 +209,7 @@ void ClientTransport::receiver() {
 }
 
 void ClientTransport::EndReceiving() {
+  if (running_.load(std::memory_order_acquire)) TapEnd(FrameWay::FromCard);
   EndWaits();
   communication_.Disconnect();
   SetFinished(true);

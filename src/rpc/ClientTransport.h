@@ -72,6 +72,8 @@ class ClientTransport : private Context, public Transport {
   void ReceiveNotification(PacketType type, std::span<const char> body);
   void Notify(const RpcClientEvent& event);
   void Tap(FrameWay way, const FramePieces& frame);
+  void TapEnd(FrameWay way);
+  std::shared_ptr<FrameTap> GetTap();
   void SetFinished(bool finished);
 
   const Context& context_;

@@ -16,6 +16,8 @@ class FrameTap {
   // A request is taken before it is sent, an answer before its caller has it: so an answer is never ahead of its
   // request. Called by any thread.
   virtual void Take(FrameWay way, const FramePieces& frame) noexcept = 0;
+  // The side that sends this way has ended the connection.
+  virtual void TakeEnd(FrameWay way) noexcept = 0;
 };
 
 }  // namespace VELTRO::KELVO::ClientLib

@@ -5,6 +5,7 @@
 #include <new>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 #include "rpc/Body.h"
 #include "rpc/JsonForm.h"
@@ -15,9 +16,6 @@ namespace {
 
 // A level of MessagePack is up to three of JSON, of which the reader takes 256. Deeper bodies are kept as raw bytes.
 constexpr std::uint32_t MostLevels = 64;
-// Values of more bytes, long lists, stay packed: nobody reads them as text, and making that text takes longer than
-// sending them.
-constexpr std::size_t MostAsText = 32768;
 // Cards answer; what is beyond this is not waited for any more.
 constexpr std::size_t MostUnanswered = 65536;
 
@@ -212,6 +210,25 @@ const msgpack::object* Object::Find(std::string_view name) const {
   return nullptr;
 }
 
+bool CarriesContent(std::string_view method) {
+  const ContentPlace* const content = FindContent(method);
+  return content != nullptr && content->Argument;
+}
+
+void LeaveOutContent(std::string_view method, msgpack::object& arguments) {
+  if (CarriesContent(method)) LeaveOutArgument(arguments, *FindContent(method)->Argument);
+}
+
+std::string PackedFiller(std::string_view method, std::uint64_t size) {
+  msgpack::sbuffer bytes;
+  if (method == "FileRead") {
+    msgpack::pack(bytes, std::vector<char>(size));
+  } else {
+    msgpack::pack(bytes, std::string(size, ' '));
+  }
+  return {bytes.data(), bytes.size()};
+}
+
 void LineMaker::AppendFrame(std::string& text, const LineHead& head, std::span<const unsigned char> frame) {
   const std::size_t before = text.size();
   LineHead own = head;
@@ -227,17 +244,25 @@ void LineMaker::AppendFrame(std::string& text, const LineHead& head, std::span<c
       own.Kind = LineKind::Raw;
     }
   }
-  if (hasContent_) return AppendOther(text, own, {reinterpret_cast<const char*>(frame.data()), frame.size()});
-  AppendHead(text, own);
-  text.append(",\"leftOut\":").append(std::to_string(frame.size())).append("}\n");
+  AppendOther(text, own, {reinterpret_cast<const char*>(frame.data()), frame.size()});
 }
 
 void LineMaker::AppendOther(std::string& text, const LineHead& head, std::string_view bytes,
-                            std::uint64_t missing) {
+                            std::uint64_t missing) const {
   AppendHead(text, head);
-  if (head.Kind == LineKind::Raw) JsonForm::AppendBinary(text.append(",\"raw\":"), bytes);
+  if (head.Kind == LineKind::Raw && hasContent_) {
+    JsonForm::AppendBinary(text.append(",\"raw\":"), bytes);
+  } else if (head.Kind == LineKind::Raw) {
+    text.append(",\"leftOut\":").append(std::to_string(bytes.size()));
+  }
   if (head.Kind == LineKind::Missing) text.append(",\"frames\":").append(std::to_string(missing));
   text.append("}\n");
+}
+
+void LineMaker::AppendMissingBytes(std::string& text, const LineHead& head, std::uint64_t bytes) {
+  AppendHead(text, head);
+  text.append(",\"way\":\"").append(WayWords[static_cast<std::size_t>(head.Way)]);
+  text.append("\",\"bytes\":").append(std::to_string(bytes)).append("}\n");
 }
 
 void LineMaker::AppendParsed(std::string& text, const LineHead& head, std::span<const unsigned char> frame) {
@@ -319,10 +344,13 @@ Line ReadLine(std::string_view text) {
   line.Head.Time = TimeOf(members);
   line.Head.Connection = members.Get<std::uint32_t>("connection");
   line.Head.Kind = FromWord<LineKind>(KindWords, members.Get<std::string>("kind"), "kind");
-  if (const LineKind kind = line.Head.Kind; kind != LineKind::Opened && kind != LineKind::Missing) {
+  const LineKind kind = line.Head.Kind;
+  const bool hasWay = kind == LineKind::Missing ? members.Find("way") != nullptr : kind != LineKind::Opened;
+  if (hasWay) {
     line.Head.Way = FromWord<FrameWay>(WayWords, members.Get<std::string>("way"), "way");
   }
   line.LeftOut = members.Get<std::uint64_t>("leftOut", 0);
+  if (line.LeftOut > UINT32_MAX) RefuseMember("leftOut");
   switch (line.Head.Kind) {
     case LineKind::Request:
     case LineKind::Response:
@@ -335,7 +363,8 @@ Line ReadLine(std::string_view text) {
       if (line.LeftOut == 0) line.Raw = BytesOf(members, "raw");
       return line;
     case LineKind::Missing:
-      line.Missing = members.Get<std::uint64_t>("frames");
+      line.MissingBytes = members.Get<std::uint64_t>("bytes", 0);
+      if (line.MissingBytes == 0) line.Missing = members.Get<std::uint64_t>("frames");
       return line;
     case LineKind::Opened:
     case LineKind::Ended:

@@ -29,13 +29,17 @@ enum class LineKind : std::uint8_t {
   ErrorNotification,  // its error
   Raw,                // bytes that are no such frame
   Ended,              // the side that sends this way has closed; nothing more comes this way
-  Missing,            // frames that could not be kept
+  Missing,            // frames that could not be kept, or bytes that a capture lacks
 };
 inline constexpr std::string_view KindWords[] = {"opened", "request",      "response",
                                                  "error",  "notification", "error notification",
                                                  "raw",    "ended",        "missing"};
 // By FrameWay.
 inline constexpr std::string_view WayWords[] = {"to card", "from card"};
+
+// Values of more bytes, long lists, stay packed: nobody reads them as text, and making that text takes longer than
+// sending them.
+inline constexpr std::size_t MostAsText = 32768;
 
 // What every line begins with.
 struct LineHead {
@@ -55,9 +59,11 @@ class LineMaker {
   // Appends the line of a whole frame, line end included; of whatever else it is, as one of raw bytes. The head's kind is
   // not looked at.
   void AppendFrame(std::string& text, const LineHead& head, std::span<const unsigned char> frame);
-  // Appends the line of what is no frame, by the head's kind: nothing, bytes, or how many are missing.
-  static void AppendOther(std::string& text, const LineHead& head, std::string_view bytes = {},
-                          std::uint64_t missing = 0);
+  // Appends the line of what is no frame, by the head's kind: nothing, bytes, or how many frames are missing.
+  void AppendOther(std::string& text, const LineHead& head, std::string_view bytes = {},
+                   std::uint64_t missing = 0) const;
+  // Appends the line of so many bytes that came that way and that nobody has.
+  static void AppendMissingBytes(std::string& text, const LineHead& head, std::uint64_t bytes);
 
  private:
   using Place = std::uint64_t;  // connection and request id
@@ -70,6 +76,13 @@ class LineMaker {
   const bool hasContent_;
   std::unordered_map<Place, std::string> unanswered_;
 };
+
+// Whether the call's arguments have what a file contains.
+bool CarriesContent(std::string_view method);
+// Puts nil in its place.
+void LeaveOutContent(std::string_view method, msgpack::object& arguments);
+// In place of a result that was left out, packed: as many bytes, of nothing.
+std::string PackedFiller(std::string_view method, std::uint64_t size);
 
 // A JSON object that was read, with the memory that it refers to.
 struct Object {
@@ -114,6 +127,7 @@ struct Line {
   msgpack::object Content;
   std::string Raw;            // the bytes of Raw
   std::uint64_t Missing = 0;  // frames
+  std::uint64_t MissingBytes = 0;
   std::uint64_t LeftOut = 0;  // bytes of a file, in whose place nil stands
 
   // What Content refers to.

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <ctime>
 #include <exception>
@@ -32,26 +33,14 @@ void AppendQuoted(std::string& text, std::string_view name, std::string_view val
   JsonForm::AppendString(text, value);
 }
 
-std::string UniversalTime() {
-  timespec now{};
-  clock_gettime(CLOCK_REALTIME, &now);
+std::string UniversalTime(const timespec& time) {
   std::tm parts{};
-  gmtime_r(&now.tv_sec, &parts);
+  gmtime_r(&time.tv_sec, &parts);
   char text[80];
   std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d.%06ldZ", parts.tm_year + 1900,
                 parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec,
-                now.tv_nsec / 1000);
+                time.tv_nsec / 1000);
   return text;
-}
-
-std::string HeadLine(const SessionHead& head) {
-  std::string text = "{\"kelvoSession\":" + std::to_string(SessionVersion);
-  AppendQuoted(text, "started", UniversalTime());
-  AppendQuoted(text, "by", head.By);
-  if (!head.Firmware.empty()) AppendQuoted(text, "firmware", head.Firmware);
-  if (!head.SerialNumber.empty()) AppendQuoted(text, "serialNumber", head.SerialNumber);
-  if (!head.HasContent) text.append(",\"content\":false");
-  return text + "}\n";
 }
 
 std::runtime_error Failure(const char* verb, const std::string& path, int reason) {
@@ -60,6 +49,16 @@ std::runtime_error Failure(const char* verb, const std::string& path, int reason
 }
 
 }  // namespace
+
+std::string HeadLine(const SessionHead& head, const timespec& started) {
+  std::string text = "{\"kelvoSession\":" + std::to_string(SessionVersion);
+  AppendQuoted(text, "started", UniversalTime(started));
+  AppendQuoted(text, "by", head.By);
+  if (!head.Firmware.empty()) AppendQuoted(text, "firmware", head.Firmware);
+  if (!head.SerialNumber.empty()) AppendQuoted(text, "serialNumber", head.SerialNumber);
+  if (!head.HasContent) text.append(",\"content\":false");
+  return text + "}\n";
+}
 
 // What waits to be written: this, and so many bytes behind it.
 struct SessionWriter::Entry {
@@ -74,7 +73,9 @@ SessionWriter::SessionWriter(const std::string& path, const SessionHead& head)
       file_(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666)),
       lines_(head.HasContent) {
   if (!file_.IsOpen()) throw Failure("open", path_, errno);
-  WriteAll(HeadLine(head));
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  WriteAll(HeadLine(head, now));
   if (reason_ != 0) throw Failure("write", path_, reason_);
   const MutexLock lock(joinMutex_);
   thread_ = std::thread([this] { Work(); });
@@ -148,6 +149,11 @@ void SessionWriter::WaitForRoom(MutexLock& lock, std::size_t size) {
 }
 
 void SessionWriter::Work() {
+  // A file that reaches the size limit is one that cannot be written, and no reason to end the process.
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGXFSZ);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   std::string entries;
   std::string text;
   try {
@@ -228,6 +234,11 @@ void SessionWriter::Join() noexcept {
   }
   const MutexLock lock(joinMutex_);
   if (thread_.joinable()) thread_.join();
+}
+
+std::string SessionWriter::GetFailure() const {
+  const int reason = reason_;
+  return reason == 0 ? std::string() : Failure("write", path_, reason).what();
 }
 
 void SessionWriter::Finish() {

@@ -6,13 +6,14 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <ctime>
 #include <string>
 #include <string_view>
 #include <thread>
 
 #include "common/Descriptor.h"
 #include "common/Mutex.h"
-#include "session/FrameLine.h"
+#include "session/FrameSink.h"
 
 namespace VELTRO::KELVO::ClientLib::Recording {
 
@@ -27,23 +28,27 @@ struct SessionHead {
   bool HasContent = true;  // of files
 };
 
+// The first line, line end included, of a recording that began at this time.
+std::string HeadLine(const SessionHead& head, const timespec& started);
+
 // Frames are copied, and a thread makes lines of them and writes these. A call waits for it only when it is far behind,
 // which a disk can do, and at most a second; then frames are missing, which a line says, and so does Finish. Any thread
 // may call anything.
-class SessionWriter {
+class SessionWriter : public FrameSink {
  public:
   // Creates the file, or empties the one that is there. Throws std::runtime_error "Unable to open recording 'PATH':
   // REASON" or "Unable to write recording 'PATH': REASON".
   SessionWriter(const std::string& path, const SessionHead& head);
   // Finish without its words.
-  ~SessionWriter();
+  ~SessionWriter() override;
   SessionWriter(const SessionWriter&) = delete;
   SessionWriter& operator=(const SessionWriter&) = delete;
 
-  void TakeFrame(std::uint32_t connection, FrameWay way, const FramePieces& frame) noexcept;
-  // What is no frame: a connection's beginning, the end of what comes one way, bytes.
+  void TakeFrame(std::uint32_t connection, FrameWay way, const FramePieces& frame) noexcept override;
   void TakeOther(std::uint32_t connection, FrameWay way, LineKind kind,
-                 std::span<const unsigned char> bytes = {}) noexcept;
+                 std::span<const unsigned char> bytes = {}) noexcept override;
+  // Why nothing is written any more; empty: it is.
+  std::string GetFailure() const;
   // Writes what is left and closes the file; what comes then is not recorded. Throws std::runtime_error "Unable to
   // write recording 'PATH': REASON" or "N frames are missing in recording 'PATH'."
   void Finish();

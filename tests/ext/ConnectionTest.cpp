@@ -450,6 +450,16 @@ TEST(Recording, HoldsCallsAnswersAndNotifications) {
 
   EXPECT_FAILS(vlEnableRecording(connection, "/no/such/folder/s"),
                "Unable to open recording '/no/such/folder/s': No such file or directory");
+  EXPECT_FAILS(vlEnableRecording(connection, Device("full").c_str()),
+               "Unable to write recording '" + Device("full") + "': No space left on device");
+  // A disk that fails later hurts no call, and is told at the end.
+  const std::string pipe = directory.Path + "/pipe";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+  ASSERT_OK(vlEnableRecording(connection, pipe.c_str()));
+  close(reader);
+  for (int i = 0; i < 100; ++i) ASSERT_OK(vlListIsExecutionInProgress(connection, &running));
+  EXPECT_FAILS(vlDisableRecording(connection), "Unable to write recording '" + pipe + "': Broken pipe");
   // Begun and ended while calls run: whatever was recorded is whole.
   Together(4, [&](std::uint32_t thread) {
     bool isRunning = false;
@@ -463,6 +473,15 @@ TEST(Recording, HoldsCallsAnswersAndNotifications) {
   });
   vlDisconnect(connection);
   for (const std::string& line : RecordedLines(path)) EXPECT_THAT(line, EndsWith("}"));
+  EXPECT_EQ(RecordedLines(path).back(), sent + "\"ended\"}");
+
+  // So does a card's end.
+  FakeCard leaving([](Peer& peer) { static_cast<void>(peer.Handshake() && peer.Fill(6)); });
+  Connection left(leaving.Port());
+  ASSERT_OK(vlEnableRecording(left, path.c_str()));
+  vlListExecute(left, 1);
+  vlDisableRecording(left);
+  EXPECT_EQ(RecordedLines(path).back(), received + "\"ended\"}");
 }
 
 }  // namespace
