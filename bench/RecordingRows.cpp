@@ -10,6 +10,7 @@
 
 #include "ListRows.h"
 #include "Measure.h"
+#include "Wire.h"
 #include "client/ClientAPI.h"
 #include "lists/ListAPI.h"
 

@@ -77,7 +77,7 @@ LINES = {
     "log on": "log on logs",
     "log off": "log off",
     "log show": "log show",
-    "record": "record --listen 0 -o recorded",
+    "record": "record --listen 0 -o /dev/null",
     "session import": "session import capture -o imported",
     "session show": "session show imported",
     "io ls": "io ls",
