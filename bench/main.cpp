@@ -12,6 +12,7 @@
 #include "LibraryRows.h"
 #include "ListRows.h"
 #include "RawServer.h"
+#include "RecordingRows.h"
 #include "ReferenceRows.h"
 #include "TextRows.h"
 #include "ToolRows.h"
@@ -91,6 +92,7 @@ int main(int argc, char** argv) {
       RegisterTextRows(harness);
       RegisterFileRows(harness);
       RegisterToolRows(harness);
+      RegisterRecordingRows(harness);
     }
     if (options.isSelfCheck) harness.AddSelfCheckRows();
     return harness.Run(options) ? 0 : 1;

@@ -144,6 +144,38 @@ void AddFaults(CLI::App& app, std::vector<std::string>& faults) {
       ->allow_extra_args(false);
 }
 
+void AddPage(CLI::App& app, Options& options) {
+  auto* const http = AddWhole(app, "--http", options.HttpPort, 0, 65535,
+                              "Serve a page that shows the card at work on this TCP port; 0 takes a free one")
+                         ->type_name("PORT");
+  app.add_option("--http-address", options.HttpAddress, "IPv4 or IPv6 address to serve the page on")
+      ->type_name("ADDRESS")
+      ->capture_default_str()
+      ->needs(http);
+  app.add_option("--http-host", options.HttpHosts,
+                 "Name by which browsers may ask for the page, besides the address; may be repeated")
+      ->type_name("NAME")
+      ->type_size(1)
+      ->allow_extra_args(false)
+      ->needs(http);
+}
+
+void AddReplay(CLI::App& app, Options& options) {
+  app.add_option("--replay", options.ReplayFile,
+                 "Be no card of its own but answer from this recorded session (docs/session.md)")
+      ->type_name("FILE")
+      ->excludes("--http")
+      ->excludes("--fault");
+  app.add_flag("--strict", options.IsStrictReplay,
+               "Give no answer more often than it was recorded, also to who asks again and again")
+      ->needs("--replay");
+  AddPositive(app, "--replay-speed", options.ReplaySpeed,
+              "Times recorded time at which notifications come, or 'max' for no waiting at all", "max")
+      ->type_name("FACTOR")
+      ->default_str("1")
+      ->needs("--replay");
+}
+
 }  // namespace
 
 std::optional<Options> ParseOptions(int count, const char* const* arguments, int& exitCode) {
@@ -209,19 +241,8 @@ std::optional<Options> ParseOptions(int count, const char* const* arguments, int
       ->type_size(1)
       ->allow_extra_args(false)
       ->needs("--ssdp");
-  auto* const http = AddWhole(app, "--http", options.HttpPort, 0, 65535,
-                              "Serve a page that shows the card at work on this TCP port; 0 takes a free one")
-                         ->type_name("PORT");
-  app.add_option("--http-address", options.HttpAddress, "IPv4 or IPv6 address to serve the page on")
-      ->type_name("ADDRESS")
-      ->capture_default_str()
-      ->needs(http);
-  app.add_option("--http-host", options.HttpHosts,
-                 "Name by which browsers may ask for the page, besides the address; may be repeated")
-      ->type_name("NAME")
-      ->type_size(1)
-      ->allow_extra_args(false)
-      ->needs(http);
+  AddPage(app, options);
+  AddReplay(app, options);
   app.add_flag("--verbose", options.Verbose, "Write every call to stderr");
   try {
     app.parse(count, arguments);

@@ -39,6 +39,9 @@ struct Options {
   std::vector<std::string> HttpHosts;
   bool Ssdp = false;
   std::vector<std::string> SsdpInterfaces;  // none: all
+  std::string ReplayFile;                   // empty: it is a card of its own
+  bool IsStrictReplay = false;
+  double ReplaySpeed = 1;  // recorded time per real time; infinite: no waiting
 };
 
 // Reads the command line. Nothing when the program is to end at once with `exitCode`: help was asked for (0),

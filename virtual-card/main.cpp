@@ -15,6 +15,7 @@
 #include "card/SerialTerminal.h"
 #include "client/CardInfo.h"
 #include "console/StandardInput.h"
+#include "replay/ReplayServer.h"
 #include "server/SearchResponder.h"
 #include "server/Server.h"
 #include "web/WebServer.h"
@@ -102,6 +103,23 @@ void Serve(const Options& options, const sigset_t& stopSignals) {
   server.Stop();
 }
 
+void Replay(const Options& options, const sigset_t& stopSignals) {
+  const auto address = ClientLib::IPAddress::Resolve(options.Address.c_str());
+  const RecordedCalls recording(options.ReplayFile);
+  for (const std::string& remark : recording.GetRemarks()) LogLine(remark);
+  ReplayServer server(address, options.Port, recording,
+                      {options.IsStrictReplay, options.ReplaySpeed, options.Verbose}, options.Connections);
+  std::optional<SearchResponder> responder;
+  if (options.Ssdp) {
+    const std::string serial = recording.GetSerialNumber();
+    responder.emplace(SearchSettings{options.SsdpInterfaces, serial.empty() ? options.Serial : serial,
+                                     address, server.GetPort()});
+  }
+  server.Start();
+  SayLine({"Listening on ", server.GetPlace()});
+  WaitForStop(stopSignals);
+}
+
 }  // namespace
 
 }  // namespace VELTRO::KELVO::VirtualCard
@@ -119,7 +137,7 @@ int main(int count, char** arguments) {
   std::signal(SIGXFSZ, SIG_IGN);  // nor a file that reaches the size limit: writing it fails
   AllowManyDescriptors(options->Connections);
   try {
-    Serve(*options, stopSignals);
+    options->ReplayFile.empty() ? Serve(*options, stopSignals) : Replay(*options, stopSignals);
   } catch (const std::exception& error) {
     LogLine(error.what());
     exitCode = 1;

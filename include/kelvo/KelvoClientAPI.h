@@ -1,4 +1,4 @@
-/* Connections: connect, disconnect, time-out, command log, last error. Conventions: kelvo.h. */
+/* Connections: connect, disconnect, time-out, command log, recording, last error. Conventions: kelvo.h. */
 #ifndef KELVO_CLIENT_API_H
 #define KELVO_CLIENT_API_H
 
@@ -61,6 +61,21 @@ KELVO_API int32_t vlEnableCommandLogging(int32_t handle, const char* path, int32
  * log file 'PATH': REASON" when lines of it are missing, with the reason of the last one; it is ended all the same.
  * vlDisconnect ends it, too, and says nothing of it. Local. */
 KELVO_API int32_t vlDisableCommandLogging(int32_t handle);
+
+/* Records every later call on this connection, its answer, and every notification into the file `path`, starting a new
+ * file: a line of JSON each, with the time (docs/session.md). A recording that is already being written is ended first.
+ * What files contain is recorded, too, when they are transferred. A thread of its own writes; calls and callbacks wait
+ * for it only when the disk is far behind, and at most a second, after which frames are missing, which the recording
+ * and vlDisableRecording tell. Returns 0, or -1, and nothing is recorded: a bad handle (kelvo.h, 3); "Connection must be
+ * enabled to start recording!" when the connection is down; "Unable to open recording 'PATH': REASON"; "Unable to write
+ * recording 'PATH': REASON", also for the earlier one; or "N frames are missing in recording 'PATH'." of that. Local. */
+KELVO_API int32_t vlEnableRecording(int32_t handle, const char* path);
+
+/* Ends the recording and returns when all of it is in the file; without one it does nothing. Returns 0 or -1: a bad
+ * handle (kelvo.h, 3); "Unable to write recording 'PATH': REASON" when the disk was full, for one, and the file ends
+ * there; or "N frames are missing in recording 'PATH'."; it is ended all the same. vlDisconnect ends it, too, and says
+ * nothing of it. Local. */
+KELVO_API int32_t vlDisableRecording(int32_t handle);
 
 /* Calls any method of the card by its name, for what has no function of its own; the card's manual names such
  * methods. `arguments` is a JSON array of them. The answer's JSON goes with a terminating zero into `buffer` of

@@ -46,6 +46,8 @@ class CardRef : public detail::Handled<std::int32_t> {
     Call<vlEnableCommandLogging>(handle_, path, max_value_length);
   }
   void DisableCommandLogging() const { Call<vlDisableCommandLogging>(handle_); }
+  void EnableRecording(const Text& path) const { Call<vlEnableRecording>(handle_, path); }
+  void DisableRecording() const { Call<vlDisableRecording>(handle_); }
   // The answer has so much room; the card is asked once, as it carries out the call then.
   std::string CallJson(const Text& method, const Text& arguments, std::uint32_t size = 1 << 20) const {
     std::string buffer(size, '\0');

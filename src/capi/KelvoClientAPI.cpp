@@ -63,6 +63,16 @@ int32_t vlDisableCommandLogging(int32_t handle) {
                       [](ConnectionContext& connection) { connection.Client.DisableCommandLogging(); });
 }
 
+int32_t vlEnableRecording(int32_t handle, const char* path) {
+  return OnConnection(handle, [&](ConnectionContext& connection) {
+    connection.Client.EnableRecording(NotNull(path, "path"));
+  });
+}
+
+int32_t vlDisableRecording(int32_t handle) {
+  return OnConnection(handle, [](ConnectionContext& connection) { connection.Client.DisableRecording(); });
+}
+
 int32_t vlCallJson(int32_t handle, const char* method, const char* arguments, char* buffer, uint32_t size,
                    uint32_t* length) {
   return OnConnection(handle, [&](ConnectionContext& connection) {

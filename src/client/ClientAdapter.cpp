@@ -4,8 +4,22 @@
 #include <utility>
 
 #include "rpc/RpcClient.h"
+#include "session/SessionWriter.h"
 
 namespace VELTRO::KELVO::ClientLib {
+
+// The frames of one connection.
+class Recorder : public FrameTap {
+ public:
+  Recorder(const std::string& path, const Recording::SessionHead& head) : writer_(path, head) {}
+
+  void Take(FrameWay way, const FramePieces& frame) noexcept override { writer_.TakeFrame(1, way, frame); }
+  void TakeEnd(FrameWay way) noexcept override { writer_.TakeOther(1, way, Recording::LineKind::Ended); }
+  void Finish() { writer_.Finish(); }
+
+ private:
+  Recording::SessionWriter writer_;
+};
 
 ClientAdapter::ClientAdapter() = default;
 
@@ -68,6 +82,7 @@ void ClientAdapter::Close() {
   const auto client = GetClient();
   if (!client) return;
   client->End();
+  EndRecording();
   const MutexLock lock(mutex_);
   if (client_ != client) return;  // connected anew meanwhile
   client_.reset();
@@ -78,6 +93,7 @@ void ClientAdapter::Close() {
 bool ClientAdapter::Abandon() {
   const auto client = GetClient();
   listEvents_.Abandon();
+  EndRecording();
   return !client || client->Abandon();
 }
 
@@ -109,6 +125,44 @@ void ClientAdapter::EnableCommandLogging(std::string path, int valueLimit) {
 void ClientAdapter::DisableCommandLogging() {
   logging_ = false;
   if (const auto client = GetClient()) client->DisableLogging();
+}
+
+void ClientAdapter::EnableRecording(const std::string& path) {
+  const MutexLock lock(recordingMutex_);
+  FinishRecording();
+  const auto client = GetClient();
+  if (!client || !client->IsConnected()) {
+    throw std::runtime_error("Connection must be enabled to start recording!");
+  }
+  Recording::SessionHead head;
+  head.By.append("library ").append(ClientLibVersion);
+  {
+    const MutexLock textLock(mutex_);
+    head.Firmware = firmwareVersion_;
+    head.SerialNumber = serialNumber_;
+  }
+  recorder_ = std::make_shared<Recorder>(path, head);
+  client->SetTap(recorder_);
+}
+
+void ClientAdapter::DisableRecording() {
+  const MutexLock lock(recordingMutex_);
+  FinishRecording();
+}
+
+void ClientAdapter::EndRecording() noexcept {
+  try {
+    DisableRecording();
+  } catch (const std::exception&) {
+    static_cast<void>(0);  // who wants to know of it disables the recording
+  }
+}
+
+void ClientAdapter::FinishRecording() {
+  if (!recorder_) return;
+  if (const auto client = GetClient()) client->SetTap(nullptr);
+  const auto recorder = std::exchange(recorder_, nullptr);
+  recorder->Finish();
 }
 
 void ClientAdapter::Log(const char* text) {

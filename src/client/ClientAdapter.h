@@ -14,6 +14,7 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
+class Recorder;
 class RpcClient;
 
 // Any thread may call anything at any time. A running call keeps its share of the RpcClient that a disconnect
@@ -55,6 +56,12 @@ class ClientAdapter : public RpcCaller {
   void EnableCommandLogging(std::string path, int valueLimit);
   void DisableCommandLogging();
   void Log(const char* text) override;
+  // Records every frame from now on into a new file at `path`. A recording that is being written is ended first; when
+  // that fails no other is begun. Throws std::runtime_error "Connection must be enabled to start recording!", or what
+  // Recording::SessionWriter throws.
+  void EnableRecording(const std::string& path);
+  // Throws what Recording::SessionWriter::Finish throws; the recording is ended all the same.
+  void DisableRecording();
 
   ListEvents& GetListEvents() { return listEvents_; }
   bool IsDataPending() const override;
@@ -76,12 +83,17 @@ class ClientAdapter : public RpcCaller {
   void HandleEvent(RpcEventType type, const RpcClientEvent& event);
   void HandleListEvent(ListEventKind kind, const RpcClientEvent& event, RpcEventType type);
   void LogEvent(const std::string& text);
+  void EndRecording() noexcept;
+  void FinishRecording() KELVO_REQUIRES(recordingMutex_);
 
   std::atomic<std::uint32_t> timeout_{DefaultTimeoutMs};
   std::atomic<std::int32_t> handle_{-1};
   std::atomic<bool> logging_{false};
   ListEvents listEvents_;
   std::atomic<std::uint64_t> lastLink_{0};
+
+  Mutex recordingMutex_;  // held while a recording is begun or ended
+  std::shared_ptr<Recorder> recorder_ KELVO_GUARDED_BY(recordingMutex_);
 
   mutable Mutex mutex_;
   bool ended_ KELVO_GUARDED_BY(mutex_) = false;

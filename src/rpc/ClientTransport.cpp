@@ -77,6 +77,7 @@ void ClientTransport::EndWaits() {
 }
 
 void ClientTransport::StopRunning() {
+  if (running_.load(std::memory_order_acquire)) TapEnd(FrameWay::ToCard);
   EndWaits();
   std::thread thread;
   {
@@ -127,6 +128,7 @@ InputPacket ClientTransport::Exchange(std::uint32_t requestId, const FramePieces
   Inbox::Ticket ticket(inbox_, requestId, false);
   {
     ReadTurn::OfCaller turn(communication_.GetReadTurn());
+    Tap(FrameWay::ToCard, frame);
     if (timeout.count() > 0) turn.TryTake();
     communication_.Write(frame, deadline, turn);
     if (timeout.count() > 0) ReceiveAsCaller(ticket, turn, deadline);
@@ -146,6 +148,7 @@ void ClientTransport::ReceiveAsCaller(const Inbox::Ticket& ticket, ReadTurn::OfC
         return turn.HandOver();
       }
       InputPacket answer = InputPacket::Allocate(communication_.Frame(), 0, frameSize);
+      Tap(FrameWay::FromCard, {std::span(communication_.Frame(), static_cast<std::size_t>(frameSize))});
       inbox_.Deliver(std::move(answer));
       communication_.Accept(frameSize);
     } catch (const std::exception&) {
@@ -162,6 +165,26 @@ InputPacket ClientTransport::Read(std::uint32_t requestId, std::chrono::millisec
 
 RpcRemoteException ClientTransport::getException(const msgpack::object_handle& object) {
   return RpcRemoteException::FromObject(object.get());
+}
+
+void ClientTransport::SetTap(std::shared_ptr<FrameTap> tap) {
+  const MutexLock lock(tapMutex_);
+  tapped_.store(tap != nullptr, std::memory_order_relaxed);
+  tap_ = std::move(tap);
+}
+
+std::shared_ptr<FrameTap> ClientTransport::GetTap() {
+  if (!tapped_.load(std::memory_order_relaxed)) return nullptr;
+  const MutexLock lock(tapMutex_);
+  return tap_;
+}
+
+void ClientTransport::Tap(FrameWay way, const FramePieces& frame) {
+  if (const auto tap = GetTap()) tap->Take(way, frame);
+}
+
+void ClientTransport::TapEnd(FrameWay way) {
+  if (const auto tap = GetTap()) tap->TakeEnd(way);
 }
 
 void ClientTransport::receiver() {
@@ -186,6 +209,7 @@ void ClientTransport::receiver() {
 }
 
 void ClientTransport::EndReceiving() {
+  if (running_.load(std::memory_order_acquire)) TapEnd(FrameWay::FromCard);
   EndWaits();
   communication_.Disconnect();
   SetFinished(true);
@@ -194,6 +218,7 @@ void ClientTransport::EndReceiving() {
 void ClientTransport::Receive(int frameSize) {
   const unsigned char* frame = communication_.Frame();
   const auto type = static_cast<PacketType>(frame[1]);
+  Tap(FrameWay::FromCard, {std::span(frame, static_cast<std::size_t>(frameSize))});
   if (IsNotification(type)) {
     // Handled where it stands in the receive buffer: nobody else is going to read it.
     answersInARow_ = 0;

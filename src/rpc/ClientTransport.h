@@ -4,11 +4,13 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <thread>
 
 #include "common/Mutex.h"
 #include "rpc/CallbackWait.h"
+#include "rpc/FrameTap.h"
 #include "rpc/Inbox.h"
 #include "rpc/RemoteCommunication.h"
 #include "rpc/RpcEvents.h"
@@ -51,6 +53,10 @@ class ClientTransport : private Context, public Transport {
   RemoteCommunication& GetCommunication() { return communication_; }
   RpcLogger& GetLogger() { return logger_; }
 
+  // Who sees every frame from now on, instead of who did; null: nobody. A frame that another thread has just now may
+  // still go to the former.
+  void SetTap(std::shared_ptr<FrameTap> tap);
+
   // To be held while waiting for what comes over this connection. Throws as CallbackWait does.
   CallbackWait BeginWait() const { return CallbackWait(this); }
 
@@ -65,6 +71,9 @@ class ClientTransport : private Context, public Transport {
   void Receive(int frameSize);
   void ReceiveNotification(PacketType type, std::span<const char> body);
   void Notify(const RpcClientEvent& event);
+  void Tap(FrameWay way, const FramePieces& frame);
+  void TapEnd(FrameWay way);
+  std::shared_ptr<FrameTap> GetTap();
   void SetFinished(bool finished);
 
   const Context& context_;
@@ -72,6 +81,9 @@ class ClientTransport : private Context, public Transport {
   RpcLogger logger_;
   Inbox inbox_;
   RemoteCommunication communication_;
+  std::atomic<bool> tapped_{false};
+  Mutex tapMutex_;
+  std::shared_ptr<FrameTap> tap_ KELVO_GUARDED_BY(tapMutex_);
   msgpack::zone zone_;     // of the notification being handled; the receive thread's own
   int answersInARow_ = 0;  // without a notification between them; the receive thread's own
 

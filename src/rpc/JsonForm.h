@@ -21,5 +21,9 @@ namespace VELTRO::KELVO::ClientLib::JsonForm {
 // that is none of its kind.
 std::string Pack(std::string_view json);
 std::string TextOf(const msgpack::object& object);
+// The same behind a text that is there; and of a text and of binary alone.
+void AppendText(std::string& text, const msgpack::object& object);
+void AppendString(std::string& text, std::string_view string);
+void AppendBinary(std::string& text, std::string_view bytes);
 
 }  // namespace VELTRO::KELVO::ClientLib::JsonForm

@@ -117,6 +117,10 @@ bool RpcClient::IsLoggingEnabled() const {
   return transport && transport->GetLogger().IsEnabled();
 }
 
+void RpcClient::SetTap(std::shared_ptr<FrameTap> tap) {
+  if (const auto transport = GetTransport()) transport->SetTap(std::move(tap));
+}
+
 bool RpcClient::IsDataPending() const {
   const auto transport = GetTransport();
   return transport && transport->GetCommunication().IsDataPending();

@@ -53,6 +53,8 @@ class RpcClient : public Rpc, public RpcCaller {
   void AppendLogMessage(const char* text);
   void AppendLogMessage(const char* tag, const std::string& text, bool call);
   bool IsLoggingEnabled() const;
+  // ClientTransport::SetTap; nothing happens without a transport.
+  void SetTap(std::shared_ptr<FrameTap> tap);
   bool IsDataPending() const override;
 
   std::uint32_t GetTimeout() const override { return static_cast<std::uint32_t>(receiveTimeout_.load()); }

@@ -1,5 +1,6 @@
 // Connections through the exported functions, against a card that misbehaves on purpose.
 #include "support/FakeCard.h"
+#include "support/TemporaryDirectory.h"
 
 namespace VELTRO::KELVO::Test {
 namespace {
@@ -402,6 +403,85 @@ TEST(Log, HoldsTheVersionsThenTheCalls) {
   });
   EXPECT_OK(vlEnableCommandLogging(connection, testing::TempDir().c_str(), 0));
   EXPECT_TRUE(std::ifstream(testing::TempDir() + "/KELVOrpc").good());
+}
+
+// The lines of a recording without their times.
+std::vector<std::string> RecordedLines(const std::string& path) {
+  std::ifstream file(path);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(file, line);) {
+    if (line.starts_with("{\"time\":")) line.erase(0, line.find(',') + 1);
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+TEST(Recording, HoldsCallsAnswersAndNotifications) {
+  FakeCard card(FakeCard::Answering([](const Request& request) {
+    return request.Method == "ExecuteList" ? Notification(1, 42) + ErrorResponse(request.Id, "No such list")
+                                           : Response(request.Id, true);
+  }));
+  const TemporaryDirectory directory;
+  const std::string path = directory.Path + "/session.jsonl";
+  Connection connection(card.Port());
+  ASSERT_OK(vlDisableRecording(connection)) << "there is none";
+  ASSERT_OK(vlEnableRecording(connection, (directory.Path + "/earlier").c_str()));
+  ASSERT_OK(vlEnableRecording(connection, path.c_str())) << "a second time replaces it";
+  bool running = false;
+  ASSERT_OK(vlListIsExecutionInProgress(connection, &running));
+  EXPECT_EQ(vlListExecute(connection, 42), -1);
+  ASSERT_OK(vlDisableRecording(connection));
+  vlListExecute(connection, 43);
+
+  const std::vector<std::string> lines = RecordedLines(path);
+  ASSERT_EQ(lines.size(), 6U);
+  EXPECT_THAT(lines[0], AllOf(StartsWith("{\"kelvoSession\":1,\"started\":\"20"),
+                              EndsWith(R"("firmware":"1.2.3","serialNumber":"12345"})")));
+  const std::string sent = R"("connection":1,"way":"to card","kind":)";
+  const std::string received = R"("connection":1,"way":"from card","kind":)";
+  EXPECT_THAT(lines[1], AllOf(StartsWith(sent + R"("request","id":)"),
+                              EndsWith(R"("method":"IsExecutionInProgress","arguments":[]})")));
+  EXPECT_THAT(lines[2], AllOf(StartsWith(received + R"("response","id":)"),
+                              EndsWith(R"("method":"IsExecutionInProgress","result":true})")));
+  EXPECT_THAT(lines[3], EndsWith(R"("method":"ExecuteList","arguments":[42]})"));
+  EXPECT_EQ(lines[4], received + R"("notification","values":[1,42]})");
+  EXPECT_THAT(lines[5], EndsWith(R"("method":"ExecuteList","error":["No such list",null,null]})"));
+  EXPECT_EQ(RecordedLines(directory.Path + "/earlier").size(), 1U);
+
+  EXPECT_FAILS(vlEnableRecording(connection, "/no/such/folder/s"),
+               "Unable to open recording '/no/such/folder/s': No such file or directory");
+  EXPECT_FAILS(vlEnableRecording(connection, Device("full").c_str()),
+               "Unable to write recording '" + Device("full") + "': No space left on device");
+  // A disk that fails later hurts no call, and is told at the end.
+  const std::string pipe = directory.Path + "/pipe";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+  ASSERT_OK(vlEnableRecording(connection, pipe.c_str()));
+  close(reader);
+  for (int i = 0; i < 100; ++i) ASSERT_OK(vlListIsExecutionInProgress(connection, &running));
+  EXPECT_FAILS(vlDisableRecording(connection), "Unable to write recording '" + pipe + "': Broken pipe");
+  // Begun and ended while calls run: whatever was recorded is whole.
+  Together(4, [&](std::uint32_t thread) {
+    bool isRunning = false;
+    for (int i = 0; i < 500; ++i) {
+      if (thread > 0) {
+        ASSERT_OK(vlListIsExecutionInProgress(connection, &isRunning));
+      } else {
+        ASSERT_OK(vlEnableRecording(connection, path.c_str()));
+      }
+    }
+  });
+  vlDisconnect(connection);
+  for (const std::string& line : RecordedLines(path)) EXPECT_THAT(line, EndsWith("}"));
+  EXPECT_EQ(RecordedLines(path).back(), sent + "\"ended\"}");
+
+  // So does a card's end.
+  FakeCard leaving([](Peer& peer) { static_cast<void>(peer.Handshake() && peer.Fill(6)); });
+  Connection left(leaving.Port());
+  ASSERT_OK(vlEnableRecording(left, path.c_str()));
+  vlListExecute(left, 1);
+  vlDisableRecording(left);
+  EXPECT_EQ(RecordedLines(path).back(), received + "\"ended\"}");
 }
 
 }  // namespace

@@ -73,9 +73,9 @@ const std::vector<std::string> Verbs = {"info",
                                         "laser disarm",
                                         "log show",
                                         "call Dance"};
-const std::vector<std::string> VerbsWithoutCard = {"discover",     "predict",     "config defaults",
-                                                   "log on",       "log off",     "list check",
-                                                   "list preview", "font preview"};
+const std::vector<std::string> VerbsWithoutCard = {
+    "discover",     "predict",      "config defaults", "log on",       "log off",       "list check",
+    "list preview", "font preview", "record",          "session show", "session import"};
 // Those that read a file, ahead of its name.
 const std::vector<std::string> Readers = {
     "config diff",          "config import",      "list run",

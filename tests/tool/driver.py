@@ -56,6 +56,10 @@ class Card:
         with open(os.path.join(self.folder.name, name), "w", encoding="utf-8") as file:
             file.write(text)
 
+    def write_bytes(self, name, content):
+        with open(os.path.join(self.folder.name, name), "wb") as file:
+            file.write(content)
+
 
 class Dam:
     """Stands between the tool and the card; of the first connection it lets so many bytes pass to the card."""

@@ -6,6 +6,7 @@ Arguments: the tool, the virtual card, the folder of the schemas.
 import ctypes
 import json
 import os
+import struct
 import subprocess
 import sys
 
@@ -76,6 +77,9 @@ LINES = {
     "log on": "log on logs",
     "log off": "log off",
     "log show": "log show",
+    "record": "record --listen 0 -o /dev/null",
+    "session import": "session import capture -o imported",
+    "session show": "session show imported",
     "io ls": "io ls",
     "io get": "io get 1.3",
     "io set": "io set 1.3=1",
@@ -91,8 +95,11 @@ LINES = {
     "laser disarm": "laser disarm",
     "call": "call GetListStatus 8",
 }
+# A packet that begins a connection to a card.
+CAPTURE = struct.pack(">IHHIIII", 0xA1B2C3D4, 2, 4, 0, 0, 65535, 101) + struct.pack(">IIII", 0, 0, 40, 40) + struct.pack(
+    ">BBHIBBHII", 0x45, 0, 40, 0, 64, 6, 0, 1, 2) + struct.pack(">HHIIBBHI", 5000, 49374, 0, 0, 0x50, 2, 0, 0)
 CODES = {"config diff": 4, "list check": 4, "config abort": 1}
-STREAMS = {"watch": "list run job", "io watch": None}
+STREAMS = {"watch": "list run job", "io watch": None, "record": None}
 # Before anything was done these have nothing to tell.
 EMPTY = ("list ls", "variable ls", "correction ls", "font ls", "config diff --defaults laser")
 
@@ -147,6 +154,7 @@ def main(tool, program, folder):
         card.write("font", json.dumps({"A": "[ { JR, P2D[ 1 2 ] } ]", "U+D800": "[]"}))
         with open(os.path.join(folder, "../../examples/data/optics.json"), encoding="utf-8") as file:
             card.write("optics", file.read())
+        card.write_bytes("capture", CAPTURE)
         known = set(verbs(card))
         faults += [f"{verb}: no line in this test" for verb in sorted(known - set(LINES))]
         faults += [f"{verb}: no such verb" for verb in sorted(set(LINES) - known)]

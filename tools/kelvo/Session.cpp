@@ -64,6 +64,11 @@ std::int32_t Session::Card() {
   return Cards().front().Handle;
 }
 
+CardPlace Session::Place() const {
+  if (choice_.Cards.size() != 1) throw WrongUsage("This verb takes one card, named by --card HOST[:PORT].");
+  return ParseCard(choice_.Cards.front());
+}
+
 const std::vector<NamedCard>& Session::Cards() {
   if (!cards_.empty()) return cards_;
   if (choice_.Cards.empty() && choice_.Serials.empty()) {

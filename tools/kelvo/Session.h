@@ -48,7 +48,9 @@ class Session {
 
   // The connection's handle. Throws Failure, NoConnection or WrongUsage, the latter also when several cards are named.
   std::int32_t Card();
-  // The same for a verb that takes several.
+  // Where the card is that is named, for a verb that does not connect as others do. Throws Failure, WrongUsage.
+  CardPlace Place() const;
+  // The same as Card for a verb that takes several.
   const std::vector<NamedCard>& Cards();
   // Throws Failure when a function of the library has failed: NoConnection if that has ended the connection.
   std::int64_t Check(std::int64_t result) const;

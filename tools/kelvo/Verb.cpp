@@ -90,9 +90,9 @@ Kind KindOf(const Parameter& parameter) {
 
 std::vector<const Verb*> AllVerbs() {
   std::vector<const Verb*> all;
-  for (const auto verbs :
-       {CardVerbs(), ConfigVerbs(), ListVerbs(), RehearsalVerbs(), FileVerbs(), BackupVerbs(),
-        CorrectionVerbs(), FontVerbs(), IoVerbs(), LaserVerbs(), LogVerbs(), CallVerbs()}) {
+  for (const auto verbs : {CardVerbs(), ConfigVerbs(), ListVerbs(), RehearsalVerbs(), FileVerbs(),
+                           BackupVerbs(), CorrectionVerbs(), FontVerbs(), IoVerbs(), LaserVerbs(), LogVerbs(),
+                           RecordVerbs(), SessionVerbs(), CallVerbs()}) {
     for (const Verb& verb : verbs) all.push_back(&verb);
   }
   return all;

@@ -94,7 +94,9 @@ std::span<const Verb> IoVerbs();
 std::span<const Verb> LaserVerbs();
 std::span<const Verb> ListVerbs();
 std::span<const Verb> LogVerbs();
+std::span<const Verb> RecordVerbs();
 std::span<const Verb> RehearsalVerbs();
+std::span<const Verb> SessionVerbs();
 
 std::vector<const Verb*> AllVerbs();
 // What every verb takes.

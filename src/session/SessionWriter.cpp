@@ -1,0 +1,253 @@
+#include "session/SessionWriter.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <ctime>
+#include <exception>
+#include <new>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+#include "common/NoPipeSignal.h"
+#include "rpc/JsonForm.h"
+
+namespace VELTRO::KELVO::ClientLib::Recording {
+
+namespace {
+
+constexpr std::size_t MostWaiting = std::size_t{16} << 20;  // bytes that are not written yet
+constexpr std::size_t ManyWaiting = MostWaiting / 4;        // that are not left to gather any longer
+constexpr std::chrono::milliseconds Gathering{10};          // so a wake-up serves many frames
+constexpr std::chrono::seconds LongestWait{1};
+constexpr int LongestPipeWait = 1000;  // milliseconds
+constexpr std::size_t TextAtOnce = std::size_t{1} << 20;
+
+void AppendQuoted(std::string& text, std::string_view name, std::string_view value) {
+  text.append(",\"").append(name).append("\":");
+  JsonForm::AppendString(text, value);
+}
+
+std::string UniversalTime(const timespec& time) {
+  std::tm parts{};
+  gmtime_r(&time.tv_sec, &parts);
+  char text[80];
+  std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d.%06ldZ", parts.tm_year + 1900,
+                parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec,
+                time.tv_nsec / 1000);
+  return text;
+}
+
+std::runtime_error Failure(const char* verb, const std::string& path, int reason) {
+  return std::runtime_error(std::string("Unable to ") + verb + " recording '" + path +
+                            "': " + std::generic_category().message(reason));
+}
+
+}  // namespace
+
+std::string HeadLine(const SessionHead& head, const timespec& started) {
+  std::string text = "{\"kelvoSession\":" + std::to_string(SessionVersion);
+  AppendQuoted(text, "started", UniversalTime(started));
+  AppendQuoted(text, "by", head.By);
+  if (!head.Firmware.empty()) AppendQuoted(text, "firmware", head.Firmware);
+  if (!head.SerialNumber.empty()) AppendQuoted(text, "serialNumber", head.SerialNumber);
+  if (!head.HasContent) text.append(",\"content\":false");
+  return text + "}\n";
+}
+
+// What waits to be written: this, and so many bytes behind it.
+struct SessionWriter::Entry {
+  LineHead Head;
+  bool IsFrame;
+  std::uint64_t Size;  // of Missing: how many frames, and no bytes
+};
+
+SessionWriter::SessionWriter(const std::string& path, const SessionHead& head)
+    : path_(path),
+      // Nothing that somebody else has to read may hold up the thread for good.
+      file_(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666)),
+      lines_(head.HasContent) {
+  if (!file_.IsOpen()) throw Failure("open", path_, errno);
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  WriteAll(HeadLine(head, now));
+  if (reason_ != 0) throw Failure("write", path_, reason_);
+  const MutexLock lock(joinMutex_);
+  thread_ = std::thread([this] { Work(); });
+}
+
+SessionWriter::~SessionWriter() {
+  Join();
+}
+
+void SessionWriter::TakeFrame(std::uint32_t connection, FrameWay way, const FramePieces& frame) noexcept {
+  Take({{}, connection, way, LineKind::Request}, true, frame);
+}
+
+void SessionWriter::TakeOther(std::uint32_t connection, FrameWay way, LineKind kind,
+                              std::span<const unsigned char> bytes) noexcept {
+  Take({{}, connection, way, kind}, false, {bytes});
+}
+
+void SessionWriter::Take(LineHead head, bool isFrame, const FramePieces& pieces) noexcept {
+  std::size_t size = 0;
+  for (const auto& piece : pieces) size += piece.size();
+  MutexLock lock(mutex_);
+  if (!entries_.empty() && entries_.size() + size > MostWaiting) WaitForRoom(lock, size);
+  if (closing_ || reason_.load(std::memory_order_relaxed) != 0) return;
+  const std::size_t before = entries_.size();
+  head.Time = Now();  // under the lock, so that lines stand in the order of their times
+  try {
+    if (before > 0 && before + size > MostWaiting) throw std::bad_alloc();
+    if (lost_ > 0) Append({{head.Time, head.Connection, head.Way, LineKind::Missing}, false, lost_});
+    Append({head, isFrame, size});
+    for (const auto& piece : pieces) {
+      entries_.append(reinterpret_cast<const char*>(piece.data()), piece.size());
+    }
+    lost_ = 0;
+  } catch (const std::exception&) {
+    entries_.resize(before);
+    ++lost_;
+    ++missing_;
+    return;
+  }
+  if (idle_ || (before < ManyWaiting && entries_.size() >= ManyWaiting)) filled_.NotifyOne();
+  idle_ = false;
+}
+
+void SessionWriter::Append(const Entry& entry) {
+  entries_.append(reinterpret_cast<const char*>(&entry), sizeof entry);
+}
+
+std::chrono::microseconds SessionWriter::Now() const {
+  return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start_);
+}
+
+void SessionWriter::TellLost() noexcept {
+  if (lost_ == 0) return;
+  try {
+    Append({{Now(), 1, FrameWay::ToCard, LineKind::Missing}, false, std::exchange(lost_, 0)});
+  } catch (const std::exception&) {
+    reason_ = ENOMEM;
+  }
+}
+
+void SessionWriter::WaitForRoom(MutexLock& lock, std::size_t size) {
+  const auto deadline = Clock::now() + LongestWait;
+  while (!stuck_ && !closing_ && !entries_.empty() && entries_.size() + size > MostWaiting) {
+    if (Clock::now() >= deadline) {
+      stuck_ = true;
+    } else {
+      emptied_.WaitUntil(lock, deadline);
+    }
+  }
+}
+
+void SessionWriter::Work() {
+  // A file that reaches the size limit is one that cannot be written, and no reason to end the process.
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGXFSZ);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  std::string entries;
+  std::string text;
+  try {
+    while (TakeEntries(entries)) {
+      AppendLines(text, entries);
+      WriteAll(text);
+      text.clear();
+      entries.clear();
+    }
+  } catch (const std::exception&) {
+    WriteAll(text);
+    reason_ = ENOMEM;
+  }
+  // Some file systems tell only now.
+  if (close(file_.Release()) != 0 && reason_ == 0) reason_ = errno;
+}
+
+bool SessionWriter::TakeEntries(std::string& entries) {
+  MutexLock lock(mutex_);
+  while (entries_.empty() && !closing_) {
+    idle_ = true;
+    filled_.Wait(lock);
+  }
+  idle_ = false;
+  const auto deadline = Clock::now() + Gathering;
+  while (entries_.size() < ManyWaiting && !closing_ && Clock::now() < deadline) {
+    filled_.WaitUntil(lock, deadline);
+  }
+  entries.swap(entries_);
+  stuck_ = false;
+  emptied_.NotifyAll();
+  return !entries.empty();
+}
+
+void SessionWriter::AppendLines(std::string& text, std::string_view entries) {
+  while (!entries.empty()) {
+    Entry entry;
+    std::memcpy(&entry, entries.data(), sizeof entry);
+    entries.remove_prefix(sizeof entry);
+    const bool hasBytes = entry.Head.Kind != LineKind::Missing;
+    const std::string_view bytes = entries.substr(0, hasBytes ? entry.Size : 0);
+    entries.remove_prefix(bytes.size());
+    if (reason_ != 0) continue;
+    if (entry.IsFrame) {
+      lines_.AppendFrame(text, entry.Head,
+                         {reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
+    } else {
+      lines_.AppendOther(text, entry.Head, bytes, entry.Size);
+    }
+    if (text.size() < TextAtOnce) continue;
+    WriteAll(text);
+    text.clear();
+  }
+}
+
+void SessionWriter::WriteAll(std::string_view text) noexcept {
+  const NoPipeSignal noSignal;
+  while (!text.empty() && reason_ == 0) {
+    const ssize_t written = write(file_.Get(), text.data(), text.size());
+    if (written >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+      continue;
+    }
+    if (errno == EINTR) continue;
+    const int reason = errno;
+    pollfd entry{file_.Get(), POLLOUT, 0};
+    if (reason != EAGAIN || poll(&entry, 1, LongestPipeWait) == 0) reason_ = reason;
+  }
+}
+
+void SessionWriter::Join() noexcept {
+  {
+    const MutexLock lock(mutex_);
+    closing_ = true;
+    TellLost();
+    filled_.NotifyAll();
+    emptied_.NotifyAll();
+  }
+  const MutexLock lock(joinMutex_);
+  if (thread_.joinable()) thread_.join();
+}
+
+std::string SessionWriter::GetFailure() const {
+  const int reason = reason_;
+  return reason == 0 ? std::string() : Failure("write", path_, reason).what();
+}
+
+void SessionWriter::Finish() {
+  Join();
+  if (const int reason = reason_; reason != 0) throw Failure("write", path_, reason);
+  const MutexLock lock(mutex_);
+  if (missing_ == 0) return;
+  throw std::runtime_error(std::to_string(missing_) + (missing_ == 1 ? " frame is" : " frames are") +
+                           " missing in recording '" + path_ + "'.");
+}
+
+}  // namespace VELTRO::KELVO::ClientLib::Recording
