@@ -46,8 +46,8 @@ constexpr std::size_t Beyond(std::size_t bytes) {
 }
 
 std::chrono::microseconds PauseFor(std::size_t bytes, double rate) {
-  constexpr double Longest = 3600;
-  const double seconds = std::min(static_cast<double>(bytes) / rate, Longest);
+  constexpr double Most = 3600;
+  const double seconds = std::min(static_cast<double>(bytes) / rate, Most);
   return std::chrono::ceil<std::chrono::microseconds>(std::chrono::duration<double>(seconds));
 }
 
