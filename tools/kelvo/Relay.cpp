@@ -47,7 +47,7 @@ Relay::Relay(Descriptor application, Descriptor card, FrameSink& sink, std::uint
 void Relay::Run(int stop) {
   while (!(sides_[0].IsTold && sides_[1].IsTold)) {
     pollfd entries[3] = {{sides_[0].Socket.Get(), 0, 0}, {sides_[1].Socket.Get(), 0, 0}, {stop, POLLIN, 0}};
-    for (int i = 0; i < 2; ++i) {
+    for (std::size_t i = 0; i < 2; ++i) {
       const Side& from = sides_[i];
       // Who waits for the other side to take something is not read.
       if (!from.Pending.empty()) {
@@ -62,7 +62,7 @@ void Relay::Run(int stop) {
     }
     if (poll(entries, 3, -1) < 0 && errno != EINTR) return;
     if (entries[2].revents != 0) return;
-    for (int i = 0; i < 2; ++i) {
+    for (std::size_t i = 0; i < 2; ++i) {
       Side& from = sides_[i];
       const bool isBroken = (entries[i].revents & (POLLERR | POLLNVAL)) != 0;
       const bool hasCome =
