@@ -13,7 +13,10 @@ class Recorder : public FrameTap {
  public:
   Recorder(const std::string& path, const Recording::SessionHead& head) : writer_(path, head) {}
 
-  void Take(FrameWay way, const FramePieces& frame) noexcept override { writer_.TakeFrame(1, way, frame); }
+  void Take(FrameWay way, const FramePieces& frame,
+            const std::shared_ptr<const void>& owner) noexcept override {
+    writer_.TakeFrame(1, way, frame, owner);
+  }
   void TakeEnd(FrameWay way) noexcept override { writer_.TakeOther(1, way, Recording::LineKind::Ended); }
   void Finish() { writer_.Finish(); }
 

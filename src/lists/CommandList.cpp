@@ -57,7 +57,7 @@ void PackArgument(OutputPacket& packet, const ListPiece& piece) {
   msgpack::packer packer(packet);
   packer.pack_array(static_cast<std::uint32_t>(piece.Last - piece.First + 1));
   packer.pack_int32(piece.List.GetListField());
-  packet.WriteByReference(piece.List.Bytes(piece.First, piece.Last));
+  packet.WriteByReference(piece.List.Bytes(piece.First, piece.Last), piece.List.Share());
 }
 
 void CommandList::msgpack_unpack(const msgpack::object& object) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -44,6 +45,8 @@ class PackedCommands {
   // All commands as they travel; commands [first, last), too. Throws std::out_of_range.
   std::span<const unsigned char> Bytes() const { return packed_.Bytes(); }
   std::span<const unsigned char> Bytes(std::size_t first, std::size_t last) const;
+  // A share of these bytes, which stay as they are as long as somebody has one.
+  std::shared_ptr<const void> Share() const { return std::make_shared<PackedBlock>(packed_); }
   // Throws std::runtime_error when a command alone is too large for an upload.
   void CheckEachFits() const;
   // The end of the longest run of commands from `first` on that fits one upload: each counts its payload and

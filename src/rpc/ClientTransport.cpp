@@ -122,13 +122,14 @@ bool ClientTransport::Abandon() {
 }
 
 InputPacket ClientTransport::Exchange(std::uint32_t requestId, const FramePieces& frame,
-                                      std::chrono::milliseconds timeout) {
+                                      std::chrono::milliseconds timeout,
+                                      const std::shared_ptr<const void>& owner) {
   checkActive();
   const Deadline deadline = DeadlineAfter(timeout);  // for sending and waiting together
   Inbox::Ticket ticket(inbox_, requestId, false);
   {
     ReadTurn::OfCaller turn(communication_.GetReadTurn());
-    Tap(FrameWay::ToCard, frame);
+    Tap(FrameWay::ToCard, frame, owner);
     if (timeout.count() > 0) turn.TryTake();
     communication_.Write(frame, deadline, turn);
     if (timeout.count() > 0) ReceiveAsCaller(ticket, turn, deadline);
@@ -179,8 +180,8 @@ std::shared_ptr<FrameTap> ClientTransport::GetTap() {
   return tap_;
 }
 
-void ClientTransport::Tap(FrameWay way, const FramePieces& frame) {
-  if (const auto tap = GetTap()) tap->Take(way, frame);
+void ClientTransport::Tap(FrameWay way, const FramePieces& frame, const std::shared_ptr<const void>& owner) {
+  if (const auto tap = GetTap()) tap->Take(way, frame, owner);
 }
 
 void ClientTransport::TapEnd(FrameWay way) {

@@ -43,8 +43,8 @@ class ClientTransport : private Context, public Transport {
   }
   void checkActive() const override;
 
-  InputPacket Exchange(std::uint32_t requestId, const FramePieces& frame,
-                       std::chrono::milliseconds timeout) override;
+  InputPacket Exchange(std::uint32_t requestId, const FramePieces& frame, std::chrono::milliseconds timeout,
+                       const std::shared_ptr<const void>& owner = nullptr) override;
   InputPacket Read(std::uint32_t requestId, std::chrono::milliseconds timeout) override;
 
   // The exception for a remote error as received; a nil object gives one with empty members.
@@ -71,7 +71,7 @@ class ClientTransport : private Context, public Transport {
   void Receive(int frameSize);
   void ReceiveNotification(PacketType type, std::span<const char> body);
   void Notify(const RpcClientEvent& event);
-  void Tap(FrameWay way, const FramePieces& frame);
+  void Tap(FrameWay way, const FramePieces& frame, const std::shared_ptr<const void>& owner = nullptr);
   void TapEnd(FrameWay way);
   std::shared_ptr<FrameTap> GetTap();
   void SetFinished(bool finished);

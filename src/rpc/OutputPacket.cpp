@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include "rpc/InputPacket.h"
 #include "rpc/MsgPack.h"
@@ -75,11 +76,12 @@ void OutputPacket::write(const char* bytes, std::size_t count) {
   length_ += count;
 }
 
-void OutputPacket::WriteByReference(std::span<const unsigned char> bytes) {
+void OutputPacket::WriteByReference(std::span<const unsigned char> bytes, std::shared_ptr<const void> owner) {
   if (bytes.size() < LeastReferenced || !referenced_.empty()) {
     write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   } else {
     referenced_ = bytes;
+    owner_ = std::move(owner);
     referencedAt_ = length_;
   }
 }

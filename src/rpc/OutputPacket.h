@@ -2,6 +2,7 @@
 #pragma once
 
 #include <exception>
+#include <memory>
 #include <span>
 
 #include "rpc/Packet.h"
@@ -28,18 +29,22 @@ class OutputPacket : public Packet {
   void write(const char* bytes, std::size_t count);
   // The same, but many bytes are not copied: they must stay as they are until the frame is sent. Only the first
   // such run of a packet is left where it is.
-  void WriteByReference(std::span<const unsigned char> bytes);
+  // With an `owner` whoever keeps that keeps the bytes as they are for longer.
+  void WriteByReference(std::span<const unsigned char> bytes, std::shared_ptr<const void> owner = nullptr);
 
   // Writes the body length into the header and returns the whole frame, which the packet goes on owning.
   // Throws std::runtime_error "Packet exceeds the maximum size." beyond 0x7FFFFFFF bytes.
   std::span<const unsigned char> Close();
   // The same for a packet that may hold bytes by reference.
   FramePieces CloseInPieces();
+  // Of the bytes by reference; null when there are none, or they have none.
+  const std::shared_ptr<const void>& GetOwner() const { return owner_; }
 
  private:
   static OutputPacket Begin(PacketType type, std::optional<unsigned int> requestId);
 
   std::span<const unsigned char> referenced_;
+  std::shared_ptr<const void> owner_;
   std::size_t referencedAt_ = 0;  // where in the storage they belong
 };
 

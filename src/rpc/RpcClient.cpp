@@ -160,7 +160,7 @@ void RpcClient::Converse(RemoteCall& call, ClientTransport& transport, std::uint
   msgpack::packer(request).pack(call.GetMethod());
   call.PackArguments(request);
 
-  InputPacket response = transport.Exchange(requestId, request.CloseInPieces(), timeout);
+  InputPacket response = transport.Exchange(requestId, request.CloseInPieces(), timeout, request.GetOwner());
   if (IsError(response.GetType())) {
     const RpcRemoteException error = ClientTransport::getException(response.Unpack());
     if (logger.IsEnabled()) logger.BeginLine("RX", call.GetMethod()).Append(error.what()).EndLine();

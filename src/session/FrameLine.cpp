@@ -1,7 +1,7 @@
 #include "session/FrameLine.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <charconv>
 #include <new>
 #include <stdexcept>
 #include <utility>
@@ -13,6 +13,8 @@
 namespace VELTRO::KELVO::ClientLib::Recording {
 
 namespace {
+
+using namespace std::string_view_literals;  // whose length nobody has to count
 
 // A level of MessagePack is up to three of JSON, of which the reader takes 256. Deeper bodies are kept as raw bytes.
 constexpr std::uint32_t MostLevels = 64;
@@ -52,36 +54,110 @@ std::uint64_t LeaveOutArgument(msgpack::object& arguments, std::size_t argument)
   throw std::runtime_error("It is no frame of the protocol.");
 }
 
+template <class Number>
+void AppendNumber(std::string& text, Number number) {
+  char digits[24];
+  const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+  text.append(digits, end);
+}
+
 void AppendHead(std::string& text, const LineHead& head) {
   // Numbers of microseconds are far from where a double would round them.
-  char begin[80];
-  const auto time = std::max<std::int64_t>(head.Time.count(), 0);
-  text.append(begin, static_cast<std::size_t>(
-                         std::snprintf(begin, sizeof begin, "{\"time\":%lld.%06lld,\"connection\":%u",
-                                       static_cast<long long>(time / 1000000),
-                                       static_cast<long long>(time % 1000000), head.Connection)));
+  const auto time = static_cast<std::uint64_t>(std::max<std::int64_t>(head.Time.count(), 0));
+  AppendNumber(text.append("{\"time\":"sv), time / 1000000);
+  char fraction[] = ".000000,\"connection\":";
+  std::size_t digit = 6;
+  for (std::uint64_t rest = time % 1000000; rest > 0; rest /= 10)
+    fraction[digit--] = static_cast<char>('0' + rest % 10);
+  AppendNumber(text.append(fraction, sizeof fraction - 1), head.Connection);
   if (head.Kind != LineKind::Opened && head.Kind != LineKind::Missing) {
-    text.append(",\"way\":\"").append(WayWords[static_cast<std::size_t>(head.Way)]).append("\"");
+    text.append(",\"way\":\""sv).append(WayWords[static_cast<std::size_t>(head.Way)]).append("\""sv);
   }
-  text.append(",\"kind\":\"").append(KindWords[static_cast<std::size_t>(head.Kind)]).append("\"");
+  text.append(",\"kind\":\""sv).append(KindWords[static_cast<std::size_t>(head.Kind)]).append("\""sv);
 }
 
 void AppendId(std::string& text, std::uint32_t id) {
-  text.append(",\"id\":").append(std::to_string(id));
+  AppendNumber(text.append(",\"id\":"sv), id);
 }
 
 void AppendMethod(std::string& text, std::string_view method) {
-  text.append(",\"method\":");
+  text.append(",\"method\":"sv);
   JsonForm::AppendString(text, method);
+}
+
+// Most values are short: nothing, numbers, names, and arrays of these. Their text is made without unpacking them. Says
+// whether `bytes` began with such a one, and takes it from them; otherwise there may be a part of its text.
+bool AppendSimple(std::string& text, std::span<const char>& bytes, int levels = 4) {
+  if (bytes.empty()) return false;
+  const auto first = static_cast<unsigned char>(bytes.front());
+  const auto take = [&](std::size_t count) { bytes = bytes.subspan(count); };
+  const auto number = [&](std::size_t size) {
+    std::uint64_t value = 0;
+    for (std::size_t i = 1; i <= size; ++i) value = value << 8 | static_cast<unsigned char>(bytes[i]);
+    return value;
+  };
+  if (first < 0x80) {
+    AppendNumber(text, int{first});
+    take(1);
+  } else if (first >= 0xE0) {
+    AppendNumber(text, int{first} - 256);
+    take(1);
+  } else if (first == 0xC0 || first == 0xC2 || first == 0xC3) {
+    text.append(first == 0xC0 ? "null"sv : first == 0xC2 ? "false"sv : "true"sv);
+    take(1);
+  } else if (first >= 0xCC && first <= 0xCF) {
+    const std::size_t size = std::size_t{1} << (first - 0xCC);
+    if (bytes.size() <= size) return false;
+    AppendNumber(text, number(size));
+    take(1 + size);
+  } else if ((first & 0xE0U) == 0xA0) {
+    const std::size_t size = first & 0x1FU;
+    if (bytes.size() <= size) return false;
+    JsonForm::AppendString(text, {bytes.data() + 1, size});
+    take(1 + size);
+  } else if ((first & 0xF0U) == 0x90 && levels > 0) {
+    take(1);
+    for (unsigned i = 0; i < (first & 0xFU); ++i) {
+      text += i == 0 ? '[' : ',';
+      if (!AppendSimple(text, bytes, levels - 1)) return false;
+    }
+    text.append(first == 0x90 ? "[]"sv : "]"sv);
+  } else {
+    return false;
+  }
+  return true;
+}
+
+// The name of a request's method, which it takes from the body.
+std::string_view TakeMethod(std::span<const char>& body) {
+  const auto first = static_cast<unsigned char>(body.empty() ? '\0' : body.front());
+  const bool isShort = (first & 0xE0U) == 0xA0;
+  if (!isShort && (first < 0xD9 || first > 0xDB)) RefuseFrame();
+  const std::size_t shortSize = first & 0x1FU;
+  std::span<const char> name;
+  if (isShort && body.size() > shortSize) {
+    name = body.subspan(1, shortSize);
+  } else {
+    name = Body::Bytes(body);
+  }
+  body = body.subspan(static_cast<std::size_t>(name.data() + name.size() - body.data()));
+  return {name.data(), name.size()};
 }
 
 // The one object that is left of a body, as the value of `name`.
 void AppendObject(std::string& text, std::string_view name, std::span<const char> bytes,
                   const ContentPlace* content) {
+  if (content == nullptr && bytes.size() <= MostAsText) {
+    const std::size_t before = text.size();
+    text.append(",\""sv).append(name).append("\":"sv);
+    std::span<const char> rest = bytes;
+    if (AppendSimple(text, rest) && rest.empty()) return;
+    text.resize(before);
+  }
   std::size_t used = 0;
   if (bytes.size() > MostAsText && content == nullptr) {
     if (Body::Check(bytes, MostLevels, SIZE_MAX) != bytes.size()) RefuseFrame();
-    text.append(",\"packed\":");
+    text.append(",\"packed\":"sv);
     return JsonForm::AppendBinary(text, {bytes.data(), bytes.size()});
   }
   const msgpack::object_handle handle = Body::Unpack(bytes, used, MostLevels, SIZE_MAX);
@@ -90,9 +166,9 @@ void AppendObject(std::string& text, std::string_view name, std::span<const char
   if (content != nullptr) {
     const std::uint64_t leftOut =
         content->Argument ? LeaveOutArgument(object, *content->Argument) : LeaveOut(object);
-    if (leftOut > 0) text.append(",\"leftOut\":").append(std::to_string(leftOut));
+    if (leftOut > 0) text.append(",\"leftOut\":"sv).append(std::to_string(leftOut));
   }
-  text.append(",\"").append(name).append("\":");
+  text.append(",\""sv).append(name).append("\":"sv);
   JsonForm::AppendText(text, object);
 }
 
@@ -251,18 +327,18 @@ void LineMaker::AppendOther(std::string& text, const LineHead& head, std::string
                             std::uint64_t missing) const {
   AppendHead(text, head);
   if (head.Kind == LineKind::Raw && hasContent_) {
-    JsonForm::AppendBinary(text.append(",\"raw\":"), bytes);
+    JsonForm::AppendBinary(text.append(",\"raw\":"sv), bytes);
   } else if (head.Kind == LineKind::Raw) {
-    text.append(",\"leftOut\":").append(std::to_string(bytes.size()));
+    text.append(",\"leftOut\":"sv).append(std::to_string(bytes.size()));
   }
-  if (head.Kind == LineKind::Missing) text.append(",\"frames\":").append(std::to_string(missing));
-  text.append("}\n");
+  if (head.Kind == LineKind::Missing) text.append(",\"frames\":"sv).append(std::to_string(missing));
+  text.append("}\n"sv);
 }
 
 void LineMaker::AppendMissingBytes(std::string& text, const LineHead& head, std::uint64_t bytes) {
   AppendHead(text, head);
-  text.append(",\"way\":\"").append(WayWords[static_cast<std::size_t>(head.Way)]);
-  text.append("\",\"bytes\":").append(std::to_string(bytes)).append("}\n");
+  text.append(",\"way\":\""sv).append(WayWords[static_cast<std::size_t>(head.Way)]);
+  text.append("\",\"bytes\":"sv).append(std::to_string(bytes)).append("}\n"sv);
 }
 
 void LineMaker::AppendParsed(std::string& text, const LineHead& head, std::span<const unsigned char> frame) {
@@ -279,37 +355,55 @@ void LineMaker::AppendParsed(std::string& text, const LineHead& head, std::span<
       AppendObject(text, ContentName(head.Kind), BodyOf(frame), nullptr);
       break;
   }
-  text.append("}\n");
+  text.append("}\n"sv);
 }
 
 void LineMaker::AppendRequest(std::string& text, const LineHead& head, std::span<const char> body) {
   std::size_t position = 0;
   const std::uint32_t id = Body::TakeRequestId(body, position);
   body = body.subspan(position);
-  const std::size_t nameSize = Body::Check(body, 1);
-  std::size_t used = 0;
-  const msgpack::object_handle name = Body::Unpack(body.first(nameSize), used, MostLevels);
-  body = body.subspan(nameSize);
-  if (name->type != msgpack::type::STR || !BeginsArray(body)) RefuseFrame();
-  const std::string_view method(name->via.str.ptr, name->via.str.size);
+  const std::string_view method = TakeMethod(body);
+  if (!BeginsArray(body)) RefuseFrame();
   AppendId(text, id);
   AppendMethod(text, method);
   const ContentPlace* content = hasContent_ ? nullptr : FindContent(method);
   if (content != nullptr && !content->Argument) content = nullptr;
   AppendObject(text, "arguments", body, content);
-  if (unanswered_.size() >= MostUnanswered) unanswered_.clear();
-  unanswered_[PlaceOf(head, id)] = method;
+  Ask(PlaceOf(head, id), method);
+}
+
+void LineMaker::Ask(Place place, std::string_view method) {
+  Asked& slot = asked_[place % Slots];
+  if (slot.IsOpen && slot.Where != place) {
+    if (askedBefore_.size() >= MostUnanswered) askedBefore_.clear();
+    askedBefore_[slot.Where] = slot.Method;
+  }
+  slot.Where = place;
+  slot.IsOpen = true;
+  slot.Method = method;
+}
+
+bool LineMaker::TakeAsked(Place place, std::string& method) {
+  Asked& slot = asked_[place % Slots];
+  if (slot.IsOpen && slot.Where == place) {
+    slot.IsOpen = false;
+    method = slot.Method;
+    return true;
+  }
+  const auto before = askedBefore_.extract(place);
+  if (!before.empty()) method = before.mapped();
+  return !before.empty();
 }
 
 void LineMaker::AppendAnswer(std::string& text, const LineHead& head, std::span<const char> body) {
   std::size_t position = 0;
   const std::uint32_t id = Body::TakeRequestId(body, position);
-  const auto request = unanswered_.extract(PlaceOf(head, id));
+  const bool isKnown = TakeAsked(PlaceOf(head, id), method_);
   AppendId(text, id);
-  if (!request.empty()) AppendMethod(text, request.mapped());
+  if (isKnown) AppendMethod(text, method_);
   // An answer to a request from before the recording might be of any method.
   constexpr ContentPlace Any{{}, std::nullopt};
-  const ContentPlace* content = request.empty() ? &Any : FindContent(request.mapped());
+  const ContentPlace* content = !isKnown ? &Any : hasContent_ ? nullptr : FindContent(method_);
   if (hasContent_ || head.Kind == LineKind::Error || (content != nullptr && content->Argument))
     content = nullptr;
   AppendObject(text, ContentName(head.Kind), body.subspan(position), content);
@@ -318,7 +412,7 @@ void LineMaker::AppendAnswer(std::string& text, const LineHead& head, std::span<
 Object ReadObject(std::string_view text) {
   std::string array;
   array.reserve(text.size() + 2);
-  array.append("[").append(text).append("]");
+  array.append("["sv).append(text).append("]"sv);
   Object object;
   try {
     object.Bytes = std::make_unique<const std::string>(JsonForm::Pack(array));

@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "rpc/FrameTap.h"
 #include "rpc/MsgPack.h"
@@ -73,8 +74,22 @@ class LineMaker {
   void AppendAnswer(std::string& text, const LineHead& head, std::span<const char> body);
   static void AppendNotification(std::string& text, const LineHead& head, std::span<const char> body);
 
+  void Ask(Place place, std::string_view method);
+  // The method of what was asked there, and forgets it; nothing when nothing was.
+  bool TakeAsked(Place place, std::string& method);
+
+  // Nearly all answers come soon, so they are found without a search.
+  struct Asked {
+    Place Where = 0;
+    bool IsOpen = false;
+    std::string Method;
+  };
+  static constexpr std::size_t Slots = 1024;
+
   const bool hasContent_;
-  std::unordered_map<Place, std::string> unanswered_;
+  std::vector<Asked> asked_{Slots};
+  std::unordered_map<Place, std::string> askedBefore_;  // whose slot another has
+  std::string method_;                                  // of the line that is being made
 };
 
 // Whether the call's arguments have what a file contains.

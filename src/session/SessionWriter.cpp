@@ -21,8 +21,9 @@ namespace VELTRO::KELVO::ClientLib::Recording {
 
 namespace {
 
-constexpr std::size_t MostWaiting = std::size_t{16} << 20;  // bytes that are not written yet
-constexpr std::size_t ManyWaiting = MostWaiting / 4;        // that are not left to gather any longer
+constexpr std::size_t MostWaiting = std::size_t{64} << 20;  // bytes that are not written yet
+constexpr std::size_t ManyWaiting = MostWaiting / 2;        // that are not left to gather any longer
+constexpr std::size_t LeastShared = 65536;                  // fewer bytes are copied
 constexpr std::chrono::milliseconds Gathering{10};          // so a wake-up serves many frames
 constexpr std::chrono::seconds LongestWait{1};
 constexpr int LongestPipeWait = 1000;  // milliseconds
@@ -64,8 +65,17 @@ std::string HeadLine(const SessionHead& head, const timespec& started) {
 struct SessionWriter::Entry {
   LineHead Head;
   bool IsFrame;
-  std::uint64_t Size;  // of Missing: how many frames, and no bytes
+  std::uint64_t Size;             // of Missing: how many frames, and no bytes
+  std::uint64_t SharedAt = None;  // in front of which of these bytes those by reference belong
+
+  static constexpr std::uint64_t None = UINT64_MAX;
 };
+
+void SessionWriter::Waiting::Clear() {
+  Entries.clear();
+  References.clear();
+  ReferencedBytes = 0;
+}
 
 SessionWriter::SessionWriter(const std::string& path, const SessionHead& head)
     : path_(path),
@@ -85,43 +95,58 @@ SessionWriter::~SessionWriter() {
   Join();
 }
 
-void SessionWriter::TakeFrame(std::uint32_t connection, FrameWay way, const FramePieces& frame) noexcept {
-  Take({{}, connection, way, LineKind::Request}, true, frame);
+void SessionWriter::TakeFrame(std::uint32_t connection, FrameWay way, const FramePieces& frame,
+                              const std::shared_ptr<const void>& owner) noexcept {
+  Take({{}, connection, way, LineKind::Request}, true, frame, owner);
 }
 
 void SessionWriter::TakeOther(std::uint32_t connection, FrameWay way, LineKind kind,
                               std::span<const unsigned char> bytes) noexcept {
-  Take({{}, connection, way, kind}, false, {bytes});
+  Take({{}, connection, way, kind}, false, {bytes}, nullptr);
 }
 
-void SessionWriter::Take(LineHead head, bool isFrame, const FramePieces& pieces) noexcept {
+void SessionWriter::Take(LineHead head, bool isFrame, const FramePieces& pieces,
+                         const std::shared_ptr<const void>& owner) noexcept {
   std::size_t size = 0;
   for (const auto& piece : pieces) size += piece.size();
   MutexLock lock(mutex_);
-  if (!entries_.empty() && entries_.size() + size > MostWaiting) WaitForRoom(lock, size);
+  if (!waiting_.IsEmpty() && waiting_.Size() + size > MostWaiting) WaitForRoom(lock, size);
   if (closing_ || reason_.load(std::memory_order_relaxed) != 0) return;
-  const std::size_t before = entries_.size();
+  const std::size_t before = waiting_.Size();
+  const std::size_t entriesBefore = waiting_.Entries.size();
   head.Time = Now();  // under the lock, so that lines stand in the order of their times
   try {
     if (before > 0 && before + size > MostWaiting) throw std::bad_alloc();
     if (lost_ > 0) Append({{head.Time, head.Connection, head.Way, LineKind::Missing}, false, lost_});
-    Append({head, isFrame, size});
-    for (const auto& piece : pieces) {
-      entries_.append(reinterpret_cast<const char*>(piece.data()), piece.size());
-    }
+    AppendEntry(head, isFrame, pieces, owner);
     lost_ = 0;
   } catch (const std::exception&) {
-    entries_.resize(before);
+    waiting_.Entries.resize(entriesBefore);
     ++lost_;
     ++missing_;
     return;
   }
-  if (idle_ || (before < ManyWaiting && entries_.size() >= ManyWaiting)) filled_.NotifyOne();
+  if (idle_ || (before < ManyWaiting && waiting_.Size() >= ManyWaiting)) filled_.NotifyOne();
   idle_ = false;
 }
 
+void SessionWriter::AppendEntry(const LineHead& head, bool isFrame, const FramePieces& pieces,
+                                const std::shared_ptr<const void>& owner) {
+  const bool isShared = owner != nullptr && pieces[1].size() >= LeastShared;
+  Entry entry{head, isFrame, pieces[0].size() + (isShared ? 0 : pieces[1].size()) + pieces[2].size()};
+  if (isShared) entry.SharedAt = pieces[0].size();
+  Append(entry);
+  for (std::size_t i = 0; i < pieces.size(); ++i) {
+    if (isShared && i == 1) continue;
+    waiting_.Entries.append(reinterpret_cast<const char*>(pieces[i].data()), pieces[i].size());
+  }
+  if (!isShared) return;
+  waiting_.References.push_back({pieces[1], owner});  // last, so that it is there when all else is
+  waiting_.ReferencedBytes += pieces[1].size();
+}
+
 void SessionWriter::Append(const Entry& entry) {
-  entries_.append(reinterpret_cast<const char*>(&entry), sizeof entry);
+  waiting_.Entries.append(reinterpret_cast<const char*>(&entry), sizeof entry);
 }
 
 std::chrono::microseconds SessionWriter::Now() const {
@@ -139,7 +164,7 @@ void SessionWriter::TellLost() noexcept {
 
 void SessionWriter::WaitForRoom(MutexLock& lock, std::size_t size) {
   const auto deadline = Clock::now() + LongestWait;
-  while (!stuck_ && !closing_ && !entries_.empty() && entries_.size() + size > MostWaiting) {
+  while (!stuck_ && !closing_ && !waiting_.IsEmpty() && waiting_.Size() + size > MostWaiting) {
     if (Clock::now() >= deadline) {
       stuck_ = true;
     } else {
@@ -154,14 +179,14 @@ void SessionWriter::Work() {
   sigemptyset(&signals);
   sigaddset(&signals, SIGXFSZ);
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  std::string entries;
+  Waiting waiting;
   std::string text;
   try {
-    while (TakeEntries(entries)) {
-      AppendLines(text, entries);
+    while (TakeEntries(waiting)) {
+      AppendLines(text, waiting);
       WriteAll(text);
       text.clear();
-      entries.clear();
+      waiting.Clear();
     }
   } catch (const std::exception&) {
     WriteAll(text);
@@ -171,31 +196,41 @@ void SessionWriter::Work() {
   if (close(file_.Release()) != 0 && reason_ == 0) reason_ = errno;
 }
 
-bool SessionWriter::TakeEntries(std::string& entries) {
+bool SessionWriter::TakeEntries(Waiting& waiting) {
   MutexLock lock(mutex_);
-  while (entries_.empty() && !closing_) {
+  while (waiting_.IsEmpty() && !closing_) {
     idle_ = true;
     filled_.Wait(lock);
   }
   idle_ = false;
   const auto deadline = Clock::now() + Gathering;
-  while (entries_.size() < ManyWaiting && !closing_ && Clock::now() < deadline) {
+  while (waiting_.Size() < ManyWaiting && !closing_ && Clock::now() < deadline) {
     filled_.WaitUntil(lock, deadline);
   }
-  entries.swap(entries_);
+  std::swap(waiting, waiting_);
   stuck_ = false;
   emptied_.NotifyAll();
-  return !entries.empty();
+  return !waiting.IsEmpty();
 }
 
-void SessionWriter::AppendLines(std::string& text, std::string_view entries) {
+void SessionWriter::AppendLines(std::string& text, Waiting& waiting) {
+  std::string_view entries = waiting.Entries;
+  auto reference = waiting.References.begin();
   while (!entries.empty()) {
     Entry entry;
     std::memcpy(&entry, entries.data(), sizeof entry);
     entries.remove_prefix(sizeof entry);
     const bool hasBytes = entry.Head.Kind != LineKind::Missing;
-    const std::string_view bytes = entries.substr(0, hasBytes ? entry.Size : 0);
+    std::string_view bytes = entries.substr(0, hasBytes ? entry.Size : 0);
     entries.remove_prefix(bytes.size());
+    if (entry.SharedAt != Entry::None) {
+      const auto& shared = reference->Bytes;
+      whole_.assign(bytes.substr(0, entry.SharedAt));
+      whole_.append(reinterpret_cast<const char*>(shared.data()), shared.size());
+      whole_.append(bytes.substr(entry.SharedAt));
+      bytes = whole_;
+      reference++->Owner.reset();
+    }
     if (reason_ != 0) continue;
     if (entry.IsFrame) {
       lines_.AppendFrame(text, entry.Head,

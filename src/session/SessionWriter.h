@@ -7,9 +7,12 @@
 #include <chrono>
 #include <cstdint>
 #include <ctime>
+#include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include "common/Descriptor.h"
 #include "common/Mutex.h"
@@ -44,7 +47,9 @@ class SessionWriter : public FrameSink {
   SessionWriter(const SessionWriter&) = delete;
   SessionWriter& operator=(const SessionWriter&) = delete;
 
-  void TakeFrame(std::uint32_t connection, FrameWay way, const FramePieces& frame) noexcept override;
+  // Of large bytes with an owner a share is kept, and no copy.
+  void TakeFrame(std::uint32_t connection, FrameWay way, const FramePieces& frame,
+                 const std::shared_ptr<const void>& owner = nullptr) noexcept override;
   void TakeOther(std::uint32_t connection, FrameWay way, LineKind kind,
                  std::span<const unsigned char> bytes = {}) noexcept override;
   // Why nothing is written any more; empty: it is.
@@ -55,9 +60,26 @@ class SessionWriter : public FrameSink {
 
  private:
   struct Entry;
+  struct Reference {
+    std::span<const unsigned char> Bytes;
+    std::shared_ptr<const void> Owner;
+  };
+  // What waits: entries with their bytes, and the bytes by reference of those that have some.
+  struct Waiting {
+    std::string Entries;
+    std::vector<Reference> References;
+    std::size_t ReferencedBytes = 0;
+
+    bool IsEmpty() const { return Entries.empty(); }
+    std::size_t Size() const { return Entries.size() + ReferencedBytes; }
+    void Clear();
+  };
   using Clock = std::chrono::steady_clock;
 
-  void Take(LineHead head, bool isFrame, const FramePieces& pieces) noexcept;
+  void Take(LineHead head, bool isFrame, const FramePieces& pieces,
+            const std::shared_ptr<const void>& owner) noexcept;
+  void AppendEntry(const LineHead& head, bool isFrame, const FramePieces& pieces,
+                   const std::shared_ptr<const void>& owner) KELVO_REQUIRES(mutex_);
   void Append(const Entry& entry) KELVO_REQUIRES(mutex_);
   std::chrono::microseconds Now() const;
   // At the end, where no entry comes that could.
@@ -65,8 +87,8 @@ class SessionWriter : public FrameSink {
   void WaitForRoom(MutexLock& lock, std::size_t size) KELVO_REQUIRES(mutex_);
   void Work();
   // Waits for entries and takes them; false when there are none and none will come.
-  bool TakeEntries(std::string& entries);
-  void AppendLines(std::string& text, std::string_view entries);
+  bool TakeEntries(Waiting& entries);
+  void AppendLines(std::string& text, Waiting& waiting);
   // Fails once and for all.
   void WriteAll(std::string_view text) noexcept;
   void Join() noexcept;
@@ -75,12 +97,13 @@ class SessionWriter : public FrameSink {
   const Clock::time_point start_ = Clock::now();
   Descriptor file_;             // the thread's own, once it runs
   LineMaker lines_;             // the thread's own
+  std::string whole_;           // the thread's own: a frame that waited in pieces
   std::atomic<int> reason_{0};  // why nothing can be written any more
 
   Mutex mutex_;
   CondVar filled_;
   CondVar emptied_;
-  std::string entries_ KELVO_GUARDED_BY(mutex_);
+  Waiting waiting_ KELVO_GUARDED_BY(mutex_);
   bool idle_ KELVO_GUARDED_BY(mutex_) = false;   // the thread sleeps until something comes
   bool stuck_ KELVO_GUARDED_BY(mutex_) = false;  // somebody has waited for it in vain
   bool closing_ KELVO_GUARDED_BY(mutex_) = false;

@@ -191,7 +191,8 @@ void CapturedSession::Finish() {
   Write();
 }
 
-void CapturedSession::TakeFrame(std::uint32_t connection, FrameWay way, const FramePieces& frame) {
+void CapturedSession::TakeFrame(std::uint32_t connection, FrameWay way, const FramePieces& frame,
+                                const std::shared_ptr<const void>&) {
   lines_.AppendFrame(text_, {now_, connection, way, {}}, frame[0]);
 }
 

@@ -46,8 +46,8 @@ class CapturedSession : public ClientLib::Recording::FrameSink {
   void LoseAllEarly(Way& way);
   static void End(Way& way);
   void EndConnection(Connection& connection);
-  void TakeFrame(std::uint32_t connection, ClientLib::FrameWay way,
-                 const ClientLib::FramePieces& frame) override;
+  void TakeFrame(std::uint32_t connection, ClientLib::FrameWay way, const ClientLib::FramePieces& frame,
+                 const std::shared_ptr<const void>& owner) override;
   void TakeOther(std::uint32_t connection, ClientLib::FrameWay way, ClientLib::Recording::LineKind kind,
                  std::span<const unsigned char> bytes) override;
   void Write();
