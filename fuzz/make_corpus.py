@@ -401,12 +401,50 @@ def pages():
     yield from ((name, text.encode("latin-1")) for name, text in seeds.items())
 
 
+def sessions():
+    """Lines, frames, recordings to be replayed and packets, each behind its letter."""
+    lines = {
+        "request": '"way":"to card","kind":"request","id":5,"method":"Set","arguments":[1,{"a":[2.5,"x"]}]',
+        "response": '"way":"from card","kind":"response","id":5,"method":"Set","result":{"base64":"AQI="}',
+        "error": '"way":"from card","kind":"error","id":5,"error":["no","",null]',
+        "notification": '"way":"from card","kind":"notification","values":[1,7]',
+        "raw": '"way":"from card","kind":"raw","raw":{"base64":"AQI="}', "ended": '"way":"from card","kind":"ended"',
+        "packed": '"way":"to card","kind":"request","id":6,"method":"M","packed":{"base64":"kQE="}',
+        "left_out": '"way":"from card","kind":"response","id":6,"method":"FileRead","leftOut":6,"result":null',
+        "opened": '"kind":"opened"', "missing": '"kind":"missing","frames":3',
+        "missing_bytes": '"kind":"missing","way":"to card","bytes":3',
+    }
+    whole = {name: '{"time":0.5,"connection":1,' + rest + "}" for name, rest in lines.items()}
+    for name, line in whole.items():
+        yield "line_" + name, b"L" + line.encode()
+    start = '{"kelvoSession":1,"started":"2026","by":"me","firmware":"1","serialNumber":"2"}\n'
+    yield "replay", b"R[1,{\"a\":[2.5]}]\n" + (start + "\n".join(whole.values()) + "\n").encode()
+    yield "replay_cut", b"R[]\n" + (start + whole["request"][:40]).encode()
+    yield "replay_version", b"R[]\n" + start.replace(":1,", ":2,").encode()
+    yield "frame_request", b"F" + frame(REQUEST, pack_int(5) + pack("Set") + pack([1, 2.5, "x", b"y", None]))
+    yield "frame_response", b"F" + response(5, {"a": [1, float("nan")]})
+    yield "frame_error", b"F" + error_response(5, error("no"))
+    yield "frame_notification", b"F" + notification(1, 7)
+
+    def packet(to_card, sequence, acknowledged, flags, content=b""):
+        ports = (5000, 49374) if to_card else (49374, 5000)
+        tcp = struct.pack(">HHIIBBHI", *ports, sequence, acknowledged, 0x50, flags, 0, 0) + content
+        ip = struct.pack(">BBHIBBHII", 0x45, 0, 20 + len(tcp), 0, 64, 6, 0, *((1, 2) if to_card else (2, 1)))
+        return bytes([len(ip + tcp), 0]) + ip + tcp
+    ask = frame(REQUEST, pack_int(5) + pack("Set") + pack([]))
+    begin = packet(True, 9, 0, 2) + packet(False, 99, 10, 18)
+    yield "packets", b"P\x02" + begin + packet(True, 10, 100, 16, ask) + packet(False, 100, 10 + len(ask), 17)
+    yield "packets_late", (b"P\x02" + begin + packet(True, 14, 100, 16, ask[4:]) + packet(True, 10, 100, 16, ask[:4]) +
+                           packet(True, 10, 100, 16, ask))
+    yield "packets_lost", b"P\x02" + begin + packet(True, 14, 100, 16, ask[4:]) + packet(False, 100, 40, 16, response(5, 1))
+    yield "packets_reset", b"P\x02" + begin + packet(True, 10, 100, 16, ask[:5]) + packet(False, 100, 10, 4)
+
+
 def main():
     corpus = pathlib.Path(__file__).resolve().parent / "corpus"
     for target, seeds in (("BufferFuzzer", buffers()), ("CommandFuzzer", commands()),
-                          ("DiscoveryFuzzer", discovery()),
-                          ("FrameFuzzer", frames()), ("PageFuzzer", pages()), ("StreamFuzzer", streams()),
-                          ("TextFuzzer", texts())):
+                          ("DiscoveryFuzzer", discovery()), ("FrameFuzzer", frames()), ("PageFuzzer", pages()),
+                          ("SessionFuzzer", sessions()), ("StreamFuzzer", streams()), ("TextFuzzer", texts())):
         place = corpus / target
         place.mkdir(parents=True, exist_ok=True)
         for name, content in seeds:

@@ -24,7 +24,7 @@ namespace {
 constexpr std::size_t MostWaiting = std::size_t{64} << 20;  // bytes that are not written yet
 constexpr std::size_t ManyWaiting = MostWaiting / 2;        // that are not left to gather any longer
 constexpr std::size_t LeastShared = 65536;                  // fewer bytes are copied
-constexpr std::chrono::milliseconds Gathering{10};          // so a wake-up serves many frames
+constexpr std::chrono::milliseconds Gathering{50};          // so a wake-up serves many frames
 constexpr std::chrono::seconds LongestWait{1};
 constexpr int LongestPipeWait = 1000;  // milliseconds
 constexpr std::size_t TextAtOnce = std::size_t{1} << 20;

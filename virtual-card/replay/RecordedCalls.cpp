@@ -131,7 +131,7 @@ void RecordedCalls::TakeRequest(Reading& reading, const Line& line, std::size_t 
   RecordedCall& call = calls.emplace_back();
   call.Line = number;
   call.Method = line.Method;
-  call.Arguments = line.PackedBytes ? *line.PackedBytes : JsonForm::TextOf(line.Content);
+  call.Arguments = ArgumentsForm(line.Method, PackedForm(line), head_.HasContent);
 }
 
 void RecordedCalls::TakeAnswer(Reading& reading, const Line& line) {
