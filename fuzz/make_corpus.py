@@ -422,6 +422,7 @@ def sessions():
     yield "replay_cut", b"R[]\n" + (start + whole["request"][:40]).encode()
     yield "replay_version", b"R[]\n" + start.replace(":1,", ":2,").encode()
     yield "frame_request", b"F" + frame(REQUEST, pack_int(5) + pack("Set") + pack([1, 2.5, "x", b"y", None]))
+    yield "frame_none", b"F"
     yield "frame_response", b"F" + response(5, {"a": [1, float("nan")]})
     yield "frame_error", b"F" + error_response(5, error("no"))
     yield "frame_notification", b"F" + notification(1, 7)

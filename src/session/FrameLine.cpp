@@ -454,7 +454,7 @@ Line ReadLine(std::string_view text) {
       if (line.Head.Kind == LineKind::Request && members.Find("method") == nullptr) RefuseMember("method");
       break;
     case LineKind::Raw:
-      if (line.LeftOut == 0) line.Raw = BytesOf(members, "raw");
+      if (members.Find("leftOut") == nullptr) line.Raw = BytesOf(members, "raw");
       return line;
     case LineKind::Missing:
       line.MissingBytes = members.Get<std::uint64_t>("bytes", 0);
