@@ -4,8 +4,8 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <strings.h>
 #include <algorithm>
-#include <cstring>
 #include <exception>
 #include <new>
 #include <optional>
@@ -185,7 +185,7 @@ struct WebServer::Callbacks {
       return 0;
     }
     const std::size_t count = std::min(most, stream.Piece.size() - stream.Sent);
-    std::memcpy(bytes, stream.Piece.data() + stream.Sent, count);
+    stream.Piece.copy(bytes, count, stream.Sent);
     stream.Sent += count;
     return static_cast<ssize_t>(count);
   }
