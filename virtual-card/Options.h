@@ -16,12 +16,15 @@ namespace VELTRO::KELVO::VirtualCard {
 struct Options {
   std::string Address;
   int Port = ClientLib::CardInfo::DefaultPort;
+  bool Verbose = false;
+  bool Ssdp = false;
+  bool DrawAllRuns = false;
+  bool IsStrictReplay = false;
   std::string Firmware = "Virtual 3.10";
   std::string Serial = "12345";
   double Speed = 1;     // simulated time per real time; infinite: no waiting
   std::string SvgFile;  // empty: none
   double Beam = 0.1;    // field units
-  bool DrawAllRuns = false;
   std::vector<InputSetting> Inputs;
   std::vector<Simulation::Wire> Wires;
   std::optional<std::int32_t> StandaloneList;
@@ -33,14 +36,11 @@ struct Options {
   std::size_t Memory = 256 << 20;   // bytes that clients may fill
   std::vector<std::string> Faults;  // texts that Faults::Set takes
   std::uint64_t FaultSeed = 0;      // one of chance, unless it is given
-  bool Verbose = false;
   std::optional<int> HttpPort;  // of the page; without it there is none
   std::string HttpAddress = "127.0.0.1";
   std::vector<std::string> HttpHosts;
-  bool Ssdp = false;
   std::vector<std::string> SsdpInterfaces;  // none: all
   std::string ReplayFile;                   // empty: it is a card of its own
-  bool IsStrictReplay = false;
   double ReplaySpeed = 1;  // recorded time per real time; infinite: no waiting
 };
 

@@ -9,7 +9,6 @@ namespace VELTRO::KELVO::Tool {
 using ClientLib::FramePieces;
 using ClientLib::FrameWay;
 using ClientLib::Recording::FrameSplitter;
-using ClientLib::Recording::LineHead;
 using ClientLib::Recording::LineKind;
 using ClientLib::Recording::LineMaker;
 

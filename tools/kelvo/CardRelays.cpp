@@ -45,7 +45,7 @@ Descriptor ListenOn(const Place& place) {
 }
 
 CardRelays::CardRelays(Descriptor listener, Place card, ClientLib::Recording::FrameSink& sink)
-    : card_(std::move(card)), sink_(sink), listener_(std::move(listener)) {
+    : card_(card), sink_(sink), listener_(std::move(listener)) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) throw Refused("There are no descriptors left.");
   stopRead_ = Descriptor(ends[0]);

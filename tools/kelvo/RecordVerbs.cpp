@@ -19,7 +19,6 @@ namespace VELTRO::KELVO::Tool {
 namespace {
 
 using ClientLib::IPAddress;
-using ClientLib::Recording::SessionHead;
 
 constexpr int LookForEndMs = 100;
 
