@@ -36,12 +36,12 @@ struct Options {
   std::size_t Memory = 256 << 20;   // bytes that clients may fill
   std::vector<std::string> Faults;  // texts that Faults::Set takes
   std::uint64_t FaultSeed = 0;      // one of chance, unless it is given
-  std::optional<int> HttpPort;  // of the page; without it there is none
+  std::optional<int> HttpPort;      // of the page; without it there is none
   std::string HttpAddress = "127.0.0.1";
   std::vector<std::string> HttpHosts;
   std::vector<std::string> SsdpInterfaces;  // none: all
   std::string ReplayFile;                   // empty: it is a card of its own
-  double ReplaySpeed = 1;  // recorded time per real time; infinite: no waiting
+  double ReplaySpeed = 1;                   // recorded time per real time; infinite: no waiting
 };
 
 // Reads the command line. Nothing when the program is to end at once with `exitCode`: help was asked for (0),
