@@ -460,6 +460,11 @@ TEST(Recording, HoldsCallsAnswersAndNotifications) {
   close(reader);
   for (int i = 0; i < 100; ++i) ASSERT_OK(vlListIsExecutionInProgress(connection, &running));
   EXPECT_FAILS(vlDisableRecording(connection), "Unable to write recording '" + pipe + "': Broken pipe");
+  // After so many answers the calling thread reads them itself.
+  ASSERT_OK(vlEnableRecording(connection, path.c_str()));
+  for (int i = 0; i < 200; ++i) ASSERT_OK(vlListIsExecutionInProgress(connection, &running));
+  ASSERT_OK(vlDisableRecording(connection));
+  EXPECT_EQ(RecordedLines(path).size(), 1U + 2 * 200);
   // Begun and ended while calls run: whatever was recorded is whole.
   Together(4, [&](std::uint32_t thread) {
     bool isRunning = false;

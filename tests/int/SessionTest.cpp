@@ -215,6 +215,17 @@ TEST(SessionWriter, SaysWhatItCouldNotWrite) {
     EXPECT_FAILURE(writer.Finish(), "Unable to write recording '" + pipe + "': " +
                                         (isRead ? "Resource temporarily unavailable" : "Broken pipe"));
   }
+  // What is shared and not copied has its bounds, too: 64 MiB that wait, and as much of which lines are made.
+  const Descriptor end(open(pipe.c_str(), O_RDONLY | O_NONBLOCK));
+  SessionWriter writer(pipe, head);
+  const auto shared = std::make_shared<const std::string>(8 << 20, 'x');
+  const std::span<const unsigned char> none;
+  long most = 0;
+  for (int i = 0; i < 30; ++i) {
+    writer.TakeFrame(1, FrameWay::ToCard, {none, Unsigned(*shared), none}, shared);
+    most = std::max(most, shared.use_count());
+  }
+  EXPECT_LE(most, 1 + 2 * 64 / 8);
 }
 
 }  // namespace

@@ -90,7 +90,7 @@ Text StatusOf(const Text& answer) {
 TEST(VirtualCardPage, LetsInWhoMayAsk) {
   const PageCard page;
   const Text json = "\r\nContent-Type: application/json", token = "\r\nX-Kelvo-Token: TOKEN",
-             two = "\r\nContent-Length: 2";
+             two = "\r\nContent-Length: 2", pieces = "\r\nTransfer-Encoding: chunked";
   const struct {
     Text Request, Status, Body = {};
   } cases[] = {
@@ -115,7 +115,12 @@ TEST(VirtualCardPage, LetsInWhoMayAsk) {
       {"POST /do HTTP/1.1\r\nHost: HOST" + two + json + token + "0", "403 Forbidden", "{}"},
       {"POST /do HTTP/1.1\r\nHost: HOST" + json + token + "\r\nOrigin: null" + two, "403 Forbidden", "{}"},
       {"POST /do HTTP/1.1\r\nHost: HOST" + json + token + "\r\nContent-Length: 4097", "413 "},
+      {"POST /do HTTP/1.1\r\nHost: HOST" + json + token + pieces, "400 Bad Request", "2\r\n[]\r\n0\r\n\r\n"},
   };
+  // Who tells no length is cut off when it is too much.
+  EXPECT_EQ(page.Ask("POST /do HTTP/1.1\r\nHost: HOST" + json + token + pieces,
+                     "2000\r\n" + Text(0x2000, ' ') + "\r\n0\r\n\r\n"),
+            "");
   for (const auto& one : cases) {
     EXPECT_THAT(StatusOf(page.Ask(one.Request, one.Body)), testing::StartsWith(one.Status)) << one.Request;
   }
