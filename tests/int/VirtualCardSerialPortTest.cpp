@@ -173,7 +173,8 @@ TEST(VirtualCardSerialPort, TalksToWhoeverOpensItsPseudoTerminal) {
   EXPECT_EQ(RunOf(client, [](auto& list) { list.AppendSerialPortVerifyResponseLine("GO", "OK"); }).front(),
             "done 7");
   EXPECT_EQ(device.get(), "GO\r\n");
-  EXPECT_GE(client.Lists.GetLastExecutionStats().ExecutionTime, 50000);
+  // On a busy machine the run comes to its waiting later than the device to its own.
+  EXPECT_GE(client.Lists.GetLastExecutionStats().ExecutionTime, 20000);
   // One that does not, and a run that is aborted meanwhile.
   SetPorts(client, 1, 3600000);
   RunOf(

@@ -142,7 +142,7 @@ struct Segment {
 
 std::string Big(std::uint64_t value, int bytes) {
   std::string text;
-  for (int i = bytes; i-- > 0;) text += static_cast<char>(value >> 8 * i & 0xFF);
+  for (int i = bytes; i-- > 0;) text += i < 8 ? static_cast<char>(value >> 8 * i & 0xFF) : '\0';
   return text;
 }
 
