@@ -61,19 +61,31 @@ void AppendNumber(std::string& text, Number number) {
   text.append(digits, end);
 }
 
+// In one piece: there is one for each frame.
 void AppendHead(std::string& text, const LineHead& head) {
+  char line[160];  // longer than any
+  char* at = line;
+  const auto put = [&at](std::string_view part) { at = std::copy(part.begin(), part.end(), at); };
+  const auto putNumber = [&](auto number) { at = std::to_chars(at, line + sizeof line, number).ptr; };
   // Numbers of microseconds are far from where a double would round them.
   const auto time = static_cast<std::uint64_t>(std::max<std::int64_t>(head.Time.count(), 0));
-  AppendNumber(text.append("{\"time\":"sv), time / 1000000);
+  put("{\"time\":"sv);
+  putNumber(time / 1000000);
   char fraction[] = ".000000,\"connection\":";
   std::size_t digit = 6;
   for (std::uint64_t rest = time % 1000000; rest > 0; rest /= 10)
     fraction[digit--] = static_cast<char>('0' + rest % 10);
-  AppendNumber(text.append(fraction, sizeof fraction - 1), head.Connection);
+  put({fraction, sizeof fraction - 1});
+  putNumber(head.Connection);
   if (head.Kind != LineKind::Opened && head.Kind != LineKind::Missing) {
-    text.append(",\"way\":\""sv).append(WayWords[static_cast<std::size_t>(head.Way)]).append("\""sv);
+    put(",\"way\":\""sv);
+    put(WayWords[static_cast<std::size_t>(head.Way)]);
+    put("\""sv);
   }
-  text.append(",\"kind\":\""sv).append(KindWords[static_cast<std::size_t>(head.Kind)]).append("\""sv);
+  put(",\"kind\":\""sv);
+  put(KindWords[static_cast<std::size_t>(head.Kind)]);
+  put("\""sv);
+  text.append(line, at);
 }
 
 void AppendId(std::string& text, std::uint32_t id) {
