@@ -228,5 +228,39 @@ TEST(SessionWriter, SaysWhatItCouldNotWrite) {
   EXPECT_LE(most, 1 + 2 * 64 / 8);
 }
 
+// Whoever reads, or the disk, is so slow that frames have to be left out: that is told in the recording and at its end.
+TEST(SessionWriter, TellsWhatItLeftOut) {
+  const TemporaryDirectory directory;
+  const std::string pipe = directory.Path + "/p";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const auto shared = std::make_shared<const std::string>(8 << 20, 'x');
+  const std::span<const unsigned char> none;
+  std::string told;
+  bool isInRecording = false;
+  // A reader that a busy machine holds up for a second ends the recording; then once more.
+  for (int attempt = 0; attempt < 3 && told.find(" missing ") == std::string::npos; ++attempt) {
+    Descriptor end(open(pipe.c_str(), O_RDONLY | O_NONBLOCK));
+    SessionWriter writer(pipe, {"a test", "", "", true});
+    std::atomic<bool> hurries{false};
+    std::thread reader([&] {
+      std::string bytes(1 << 16, '\0'), text;
+      for (ssize_t count = 1; count != 0;) {
+        if (!hurries) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        count = read(end.Get(), bytes.data(), bytes.size());
+        text.append(bytes, 0, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        isInRecording = isInRecording || text.find("\"kind\":\"missing\",\"frames\":") != text.npos;
+        text.erase(0, text.size() - std::min<std::size_t>(text.size(), 100));
+      }
+    });
+    for (int i = 0; i < 20; ++i)
+      writer.TakeFrame(1, FrameWay::ToCard, {none, Unsigned(*shared), none}, shared);
+    hurries = true;
+    told = Failure([&] { writer.Finish(); });
+    reader.join();
+  }
+  EXPECT_THAT(told, testing::MatchesRegex("[0-9]+ frames are missing in recording '" + pipe + "'\\."));
+  EXPECT_TRUE(isInRecording);
+}
+
 }  // namespace
 }  // namespace VELTRO::KELVO::Test
