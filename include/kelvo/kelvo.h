@@ -41,10 +41,10 @@
  *  9. Units are the card's own: coordinates in field units, speeds in field units per microsecond, delays and
  *     durations in microseconds, unless a function says otherwise. Time-outs are in milliseconds.
  * 10. Processes. Connections do not survive fork: use them in the process that made them only. A child of fork that
- *     calls vlDisconnect gets "The connection belongs to another process."; it may exit. A process may exit with
- *     connections open, also from a callback; they are ended in order. The library changes nothing process-wide: no
- *     signal handling, no locale. What makes it close a connection unasked, a card that sends nonsense or a callback
- *     that throws, is said in one line on standard output, if that takes it at once.
+ *     calls vlDisconnect, vlEnableRecording or vlDisableRecording gets "The connection belongs to another process."; it
+ *     may exit. A process may exit with connections open, also from a callback; they are ended in order. The library
+ *     changes nothing process-wide: no signal handling, no locale. What makes it close a connection unasked, a card that
+ *     sends nonsense or a callback that throws, is said in one line on standard output, if that takes it at once.
  * 11. Threads are not to be ended inside the library: no pthread_cancel of a thread that is in a call, no pthread_exit
  *     and no cancellation in a callback. Either ends the process.
  * 12. Enumerations. The constants of an enumeration vlNAME are vlNAME_CONSTANT, as in vlPowerTarget_Dac0. Fields and

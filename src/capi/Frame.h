@@ -42,6 +42,12 @@ auto OnConnection(std::int32_t handle, Work&& work) noexcept {
   return Guarded([&] { return work(*APIContext::getInstance().Share(handle)); });
 }
 
+// The same for what waits for the library's own threads, which a forked child does not have.
+template <class Work>
+auto OnOwnConnection(std::int32_t handle, Work&& work) noexcept {
+  return Guarded([&] { return work(*APIContext::getInstance().ShareOwn(handle)); });
+}
+
 // On an area of the connection's card, such as LaserAPI.
 template <class API, class Work>
 auto On(std::int32_t handle, Work&& work) noexcept {

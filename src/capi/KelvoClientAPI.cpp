@@ -64,13 +64,13 @@ int32_t vlDisableCommandLogging(int32_t handle) {
 }
 
 int32_t vlEnableRecording(int32_t handle, const char* path) {
-  return OnConnection(handle, [&](ConnectionContext& connection) {
+  return OnOwnConnection(handle, [&](ConnectionContext& connection) {
     connection.Client.EnableRecording(NotNull(path, "path"));
   });
 }
 
 int32_t vlDisableRecording(int32_t handle) {
-  return OnConnection(handle, [](ConnectionContext& connection) { connection.Client.DisableRecording(); });
+  return OnOwnConnection(handle, [](ConnectionContext& connection) { connection.Client.DisableRecording(); });
 }
 
 int32_t vlCallJson(int32_t handle, const char* method, const char* arguments, char* buffer, uint32_t size,
