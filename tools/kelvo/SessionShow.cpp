@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
+#include "common/Characters.h"
 #include "rpc/JsonForm.h"
 
 namespace VELTRO::KELVO::Tool {
@@ -24,11 +25,9 @@ bool IsAnswer(LineKind kind) {
   return kind == LineKind::Response || kind == LineKind::Error;
 }
 
-// Bytes of a text that may be cut between characters only.
 std::string Cut(std::string text) {
   if (text.size() <= MostShown) return text;
-  std::size_t end = MostShown;
-  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80) --end;
+  const std::size_t end = ClientLib::WholeCharacters(text, MostShown);
   const std::string left = std::to_string(text.size() - end);
   text.resize(end);
   return text + "... (" + left + " more)";

@@ -8,6 +8,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "common/Characters.h"
+
 namespace VELTRO::KELVO::Tool {
 
 namespace {
@@ -45,9 +47,7 @@ std::string TimeText(double seconds) {
 // As much of the text as has room in one line with the rest: a line that goes on in the next is not drawn over.
 std::string Shortened(const std::string& text, std::size_t most) {
   if (text.size() <= most) return text;
-  std::size_t end = std::max<std::size_t>(most, 3) - 3;
-  while (end > 0 && (text[end] & 0xC0) == 0x80) --end;  // in the middle of a character
-  return text.substr(0, end) + "...";
+  return text.substr(0, ClientLib::WholeCharacters(text, std::max<std::size_t>(most, 3) - 3)) + "...";
 }
 
 }  // namespace

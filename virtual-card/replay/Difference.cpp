@@ -4,6 +4,7 @@
 #include <span>
 #include <string_view>
 
+#include "common/Characters.h"
 #include "rpc/JsonForm.h"
 
 namespace VELTRO::KELVO::VirtualCard {
@@ -17,9 +18,7 @@ std::string Shown(const msgpack::object* value) {
   if (value == nullptr) return "nothing";
   std::string text = ClientLib::JsonForm::TextOf(*value);
   if (text.size() <= MostShown) return text;
-  std::size_t end = MostShown;
-  while ((static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80) --end;  // not in the middle of a character
-  text.resize(end);
+  text.resize(ClientLib::WholeCharacters(text, MostShown));
   return text + "...";
 }
 
