@@ -202,7 +202,7 @@ TEST(VirtualCardFaults, BefallNotificationsAndAreChangedWhileTheCardRuns) {
       {"Progress:count=1:silent", {"progress 2", "done 7", "idle 7"}},
       {"Progress:from=2:error=Hot", {"progress 1", "error Hot", "done 7", "idle 7"}},
       {"ListDone:reorder", {"progress 1", "progress 2", "idle 7", "done 7"}},
-      {"Progress:count=1:delay=200ms", {"progress 2", "done 7", "idle 7", "progress 1"}},
+      {"Progress:count=1:delay=500ms", {"progress 2", "done 7", "idle 7", "progress 1"}},
       {"ListIdle:slow=100B/s", {"progress 1", "progress 2", "done 7", "idle 7"}},
   };
   for (const auto& [fault, events] : cases) {
@@ -216,7 +216,8 @@ TEST(VirtualCardFaults, BefallNotificationsAndAreChangedWhileTheCardRuns) {
   EXPECT_THAT(card.ReadLine(),
               AllOf(HasSubstr("'fault SetLst:drop' failed: "), HasSubstr("nothing to have a fault")));
   // A card that ends does not wait for a fault.
-  card.Say("fault AbortExecution:delay=1min");
+  card.Say("fault AbortExecution:delay=1min\nfault");
+  EXPECT_THAT(card.ReadLine(), HasSubstr("befell 0 of 0"));
   Peer waiting(Connect(card));
   waiting.Send(FrameOf(0x00, 1, "AbortExecution", std::vector<int>()));
   for (Text told; told.find("befell 1 of 1") == Text::npos; told = card.ReadLine()) card.Say("fault");
