@@ -15,6 +15,7 @@ import statistics
 import subprocess
 import sys
 import tempfile
+import time
 
 import browser
 
@@ -57,6 +58,7 @@ function cells() {
   return [...found].sort((a, b) => a - b);
 }
 """
+VARIABLES = "return document.getElementById('variables').textContent"
 CONTROLS = "button, input, select, a, [tabindex]"
 # What axe-core finds, each with the places where.
 AXE = """
@@ -137,6 +139,11 @@ def whole_picture(page, least):
               "return points >= arguments[0] && document.getElementById('stage').dataset.drawn.endsWith(':' + points)", least)
 
 
+def be_hidden(page, is_hidden):
+    page.run("Object.defineProperty(document, 'hidden', { configurable: true, value: arguments[0] });"
+             "document.dispatchEvent(new Event('visibilitychange'))", is_hidden)
+
+
 def square_stage(page):
     """It shows what the SVG shows at the same scale in both directions."""
     page.run("document.getElementById('stage').style.cssText = 'width:482px;height:482px'")
@@ -175,6 +182,12 @@ def run():
         assert len(expected) > 100 and len(odd) <= len(expected) / 20, f"{sorted(odd)} of {len(expected)} cells differ"
         assert before != drawn
         page.wait("return /List idle 1/.test(document.getElementById('notifications').textContent)")
+        be_hidden(page, True)
+        assert card.tool("variable", "set", "seen=true").wait() == 0
+        time.sleep(0.5)
+        assert "seen" not in page.run(VARIABLES), "a hidden page is told"
+        be_hidden(page, False)
+        page.wait(VARIABLES + ".includes('seen')")
         complaints = page.complaints()
         assert not complaints, complaints
         card.end()
