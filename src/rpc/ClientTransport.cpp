@@ -169,23 +169,24 @@ RpcRemoteException ClientTransport::getException(const msgpack::object_handle& o
 }
 
 void ClientTransport::SetTap(std::shared_ptr<FrameTap> tap) {
-  const MutexLock lock(tapMutex_);
-  tapped_.store(tap != nullptr, std::memory_order_relaxed);
-  tap_ = std::move(tap);
-}
-
-std::shared_ptr<FrameTap> ClientTransport::GetTap() {
-  if (!tapped_.load(std::memory_order_relaxed)) return nullptr;
-  const MutexLock lock(tapMutex_);
-  return tap_;
+  {
+    const MutexLock lock(tapMutex_);
+    tapped_.store(tap != nullptr, std::memory_order_relaxed);
+    tap_.swap(tap);
+  }
+  // What ends with the former one ends here, and keeps no frame waiting.
 }
 
 void ClientTransport::Tap(FrameWay way, const FramePieces& frame, const std::shared_ptr<const void>& owner) {
-  if (const auto tap = GetTap()) tap->Take(way, frame, owner);
+  if (!tapped_.load(std::memory_order_relaxed)) return;
+  const MutexLock lock(tapMutex_);
+  if (tap_) tap_->Take(way, frame, owner);
 }
 
 void ClientTransport::TapEnd(FrameWay way) {
-  if (const auto tap = GetTap()) tap->TakeEnd(way);
+  if (!tapped_.load(std::memory_order_relaxed)) return;
+  const MutexLock lock(tapMutex_);
+  if (tap_) tap_->TakeEnd(way);
 }
 
 void ClientTransport::receiver() {

@@ -53,8 +53,7 @@ class ClientTransport : private Context, public Transport {
   RemoteCommunication& GetCommunication() { return communication_; }
   RpcLogger& GetLogger() { return logger_; }
 
-  // Who sees every frame from now on, instead of who did; null: nobody. A frame that another thread has just now may
-  // still go to the former.
+  // Who sees every frame from now on, instead of who did; null: nobody.
   void SetTap(std::shared_ptr<FrameTap> tap);
 
   // To be held while waiting for what comes over this connection. Throws as CallbackWait does.
@@ -73,7 +72,6 @@ class ClientTransport : private Context, public Transport {
   void Notify(const RpcClientEvent& event);
   void Tap(FrameWay way, const FramePieces& frame, const std::shared_ptr<const void>& owner = nullptr);
   void TapEnd(FrameWay way);
-  std::shared_ptr<FrameTap> GetTap();
   void SetFinished(bool finished);
 
   const Context& context_;
