@@ -2,6 +2,7 @@
 // unusual is left to it.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -118,35 +119,59 @@ inline const char* Read(const char* at, const char* end, double& result) {
   return at;
 }
 
+// The eight digits of a number below 10^8, leading zeros included, a byte each; the first digit is in the lowest byte.
+inline std::uint64_t EightDigits(std::uint32_t number) {
+  // Halves are split into halves: fours, pairs, digits. A division is a multiplication and a shift, in all of them at once.
+  const std::uint64_t fours = number / 10000 | std::uint64_t{number % 10000} << 32;
+  const std::uint64_t hundreds = (fours * 5243 >> 19) & 0x0000007F0000007F;
+  const std::uint64_t pairs = hundreds | (fours - hundreds * 100) << 16;
+  const std::uint64_t tens = (pairs * 103 >> 10) & 0x000F000F000F000F;
+  return tens | (pairs - tens * 10) << 8;
+}
+
+inline constexpr std::uint64_t EightZeros = 0x3030303030303030;  // as text
+
+// Writes a number below 10^8, and returns the place behind it. There must be room for eight characters.
+inline char* WriteWhole(char* at, std::uint32_t number) {
+  const std::uint64_t digits = EightDigits(number);
+  const int leading = std::min(std::countr_zero(digits) / 8, 7);
+  const std::uint64_t text = (digits | EightZeros) >> 8 * leading;
+  std::memcpy(at, &text, sizeof text);
+  return at + (8 - leading);
+}
+
+// Writes the digits of a fraction, without the zeros at its end, and returns the place behind them. There must be room
+// for eight characters.
+inline char* WriteFraction(char* at, std::uint32_t millionths) {
+  const std::uint64_t digits = EightDigits(millionths * 100);
+  const std::uint64_t text = digits | EightZeros;
+  std::memcpy(at, &text, sizeof text);
+  return at + (8 - std::countl_zero(digits) / 8);
+}
+
 // Writes the shortest decimal that reads back as `value`, as std::to_chars writes it, and returns the place behind it.
 // There must be room for 32 characters.
 inline char* Write(char* at, double value) {
   constexpr std::uint64_t Million = 1000000;
-  constexpr int Room = 32;
   const double absolute = std::abs(value);
-  // Whole millionths of at most 15 digits: two different ones are never the same double, so no shorter decimal can be.
-  if (absolute >= 0.001 && absolute < 1e9) {
+  // Whole millionths of at most 14 digits: two different ones are never the same double, so no shorter decimal can be.
+  if (absolute >= 0.001 && absolute < 1e8) {
     constexpr double Rounding =
         0.5;  // how ties go does not matter: what is no whole number is found out below
     const auto millionths = static_cast<std::uint64_t>(absolute * 1e6 + Rounding);
-    const std::uint64_t whole = millionths / Million;
-    auto fraction = static_cast<std::uint32_t>(millionths % Million);
+    const auto whole = static_cast<std::uint32_t>(millionths / Million);
+    const auto fraction = static_cast<std::uint32_t>(millionths % Million);
     // With so many zeros at the end an exponent is shorter.
     const bool hasExponent = fraction == 0 && whole % 100000 == 0;
-    if (static_cast<double>(millionths) / 1e6 == absolute && !hasExponent) {
+    if (static_cast<double>(millionths) / 1e6 == absolute && !hasExponent && whole < 100000000) {
       if (value < 0) *at++ = '-';
-      at = std::to_chars(at, at + Room, whole).ptr;
+      at = WriteWhole(at, whole);
       if (fraction == 0) return at;
       *at++ = '.';
-      char* end = at;
-      for (std::uint32_t place = Million / 10; fraction != 0; place /= 10) {
-        *end++ = static_cast<char>('0' + fraction / place);
-        fraction %= place;
-      }
-      return end;
+      return WriteFraction(at, fraction);
     }
   }
-  return std::to_chars(at, at + Room, value).ptr;
+  return std::to_chars(at, at + 32, value).ptr;
 }
 
 }  // namespace VELTRO::KELVO::ClientLib::Decimals
