@@ -2,7 +2,6 @@
 // unusual is left to it.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -131,10 +130,17 @@ inline std::uint64_t EightDigits(std::uint32_t number) {
 
 inline constexpr std::uint64_t EightZeros = 0x3030303030303030;  // as text
 
-// Writes a number below 10^8, and returns the place behind it. There must be room for eight characters.
+// Writes a whole number below 10^8, and returns the place behind it. There must be room for eight characters.
 inline char* WriteWhole(char* at, std::uint32_t number) {
+  if (number < 100) {  // as coordinates are, in millimetres
+    const std::uint32_t tens = number * 103 >> 10;
+    *at = static_cast<char>('0' + tens);
+    at += tens != 0 ? 1 : 0;
+    *at = static_cast<char>('0' + (number - tens * 10));
+    return at + 1;
+  }
   const std::uint64_t digits = EightDigits(number);
-  const int leading = std::min(std::countr_zero(digits) / 8, 7);
+  const int leading = std::countr_zero(digits) / 8;
   const std::uint64_t text = (digits | EightZeros) >> 8 * leading;
   std::memcpy(at, &text, sizeof text);
   return at + (8 - leading);
@@ -163,7 +169,7 @@ inline char* Write(char* at, double value) {
     const auto fraction = static_cast<std::uint32_t>(millionths % Million);
     // With so many zeros at the end an exponent is shorter.
     const bool hasExponent = fraction == 0 && whole % 100000 == 0;
-    if (static_cast<double>(millionths) / 1e6 == absolute && !hasExponent && whole < 100000000) {
+    if (static_cast<double>(millionths) / 1e6 == absolute && !hasExponent) {
       if (value < 0) *at++ = '-';
       at = WriteWhole(at, whole);
       if (fraction == 0) return at;
