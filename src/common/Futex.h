@@ -15,6 +15,9 @@ bool FutexWait(FutexWord& word, std::uint32_t value, Deadline deadline);
 // Wakes one thread that sleeps on the word.
 void FutexWake(FutexWord& word);
 
+// Whether two threads of this one's kind can run at once.
+bool HasProcessors();
+
 // Wakes the one thread that waits for it; a post that comes before is kept.
 class Signal {
  public:
@@ -52,7 +55,7 @@ class TimedLock {
   }
   // False when the lock is not free before `deadline`.
   bool LockUntil(Deadline deadline) {
-    if (TryLock()) return true;
+    if (TryLock() || TryLockForAMoment()) return true;
     while (state_.exchange(Wanted, std::memory_order_acquire) != Free) {
       if (!FutexWait(state_, Wanted, deadline)) return false;
     }
@@ -65,7 +68,11 @@ class TimedLock {
  private:
   enum : std::uint32_t { Free, Held, Wanted };
 
+  // Looks again and again, where whoever holds the lock can be running meanwhile.
+  bool TryLockForAMoment();
+
   FutexWord state_{Free};
+  const bool hasProcessors_ = HasProcessors();
 };
 
 }  // namespace VELTRO::KELVO::ClientLib
