@@ -19,9 +19,10 @@ namespace {
 constexpr std::chrono::milliseconds AbandonTimeout{2000};
 constexpr std::chrono::milliseconds AbandonLook{10};
 
-// Stepping back makes calls faster and notifications a little slower, and takes a descriptor. So many answers without a
-// notification between them say that calls are what comes: more than a connect needs.
-constexpr int AnswersThatShowCalls = 8;
+// Stepping back makes the calls of a lone thread faster, those of several and notifications slower, and takes a
+// descriptor. So many answers without a notification between them, each the only one awaited, say that the calls of one
+// thread are what comes: more than a connect needs.
+constexpr std::uint64_t AnswersThatShowALoneCaller = 8;
 
 // On standard output. A blocked one costs the text, and a long text its end.
 void SayWhatEndedReceiving(const char* reason) noexcept {
@@ -148,8 +149,9 @@ void ClientTransport::ReceiveAsCaller(const Inbox::Ticket& ticket, ReadTurn::OfC
       if (frameSize < 0 || IsNotification(static_cast<PacketType>(communication_.Frame()[1]))) {
         return turn.HandOver();
       }
-      InputPacket answer = InputPacket::Allocate(communication_.Frame(), 0, frameSize);
-      Tap(FrameWay::FromCard, {std::span(communication_.Frame(), static_cast<std::size_t>(frameSize))});
+      const std::span frame(communication_.Frame(), static_cast<std::size_t>(frameSize));
+      Inbox::Arrival answer(frame);
+      Tap(FrameWay::FromCard, {frame});
       inbox_.Deliver(std::move(answer));
       communication_.Accept(frameSize);
     } catch (const std::exception&) {
@@ -193,7 +195,7 @@ void ClientTransport::receiver() {
   const ReceiveThread mark(this);
   try {
     while (running_.load(std::memory_order_acquire)) {
-      if (answersInARow_ >= AnswersThatShowCalls && communication_.IsLastFrame() && !inbox_.IsAwaited()) {
+      if (loneAnswers_ >= AnswersThatShowALoneCaller && communication_.IsLastFrame() && !inbox_.IsAwaited()) {
         communication_.GetReadTurn().StepBack();
       }
       const int frameSize = communication_.Read();
@@ -218,17 +220,17 @@ void ClientTransport::EndReceiving() {
 }
 
 void ClientTransport::Receive(int frameSize) {
-  const unsigned char* frame = communication_.Frame();
+  const std::span frame(communication_.Frame(), static_cast<std::size_t>(frameSize));
   const auto type = static_cast<PacketType>(frame[1]);
-  Tap(FrameWay::FromCard, {std::span(frame, static_cast<std::size_t>(frameSize))});
+  Tap(FrameWay::FromCard, {frame});
   if (IsNotification(type)) {
     // Handled where it stands in the receive buffer: nobody else is going to read it.
-    answersInARow_ = 0;
-    ReceiveNotification(type, {reinterpret_cast<const char*>(frame + Packet::FullHeaderLen),
-                               static_cast<std::size_t>(frameSize) - Packet::FullHeaderLen});
+    loneAnswers_ = 0;
+    const auto body = frame.subspan(Packet::FullHeaderLen);
+    ReceiveNotification(type, {reinterpret_cast<const char*>(body.data()), body.size()});
   } else {
-    if (answersInARow_ < AnswersThatShowCalls) ++answersInARow_;
-    inbox_.Deliver(InputPacket::Allocate(frame, 0, frameSize));
+    ++loneAnswers_;
+    if (inbox_.Deliver(Inbox::Arrival(frame))) loneAnswers_ = 0;
   }
 }
 

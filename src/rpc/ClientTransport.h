@@ -82,8 +82,9 @@ class ClientTransport : private Context, public Transport {
   std::atomic<bool> tapped_{false};
   Mutex tapMutex_;
   std::shared_ptr<FrameTap> tap_ KELVO_GUARDED_BY(tapMutex_);
-  msgpack::zone zone_;     // of the notification being handled; the receive thread's own
-  int answersInARow_ = 0;  // without a notification between them; the receive thread's own
+  msgpack::zone zone_;  // of the notification being handled; the receive thread's own
+  // In a row, without a notification between them and without another call under way; the receive thread's own.
+  std::uint64_t loneAnswers_ = 0;
 
   Mutex threadMutex_;
   bool stopped_ KELVO_GUARDED_BY(threadMutex_) = false;

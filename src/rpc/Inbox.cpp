@@ -5,6 +5,19 @@
 
 namespace VELTRO::KELVO::ClientLib {
 
+Inbox::Arrival::Arrival(std::span<const unsigned char> frame)
+    : frame_(frame), requestId_(InputPacket::RequestIdOf(frame)) {
+  if (!IsInPlace()) copy_.Fill(frame);
+}
+
+void Inbox::Arrival::MoveTo(InputPacket& packet) {
+  if (IsInPlace()) {
+    packet.Fill(frame_);
+  } else {
+    packet = std::move(copy_);
+  }
+}
+
 // Every thread has one for all its waits; shared, so that the receive thread may still be leaving Post when the thread
 // that it woke has ended.
 std::shared_ptr<Signal> Inbox::Ticket::SignalOfThisThread() {
@@ -22,6 +35,8 @@ std::shared_ptr<Signal> Inbox::Ticket::SignalOfThisThread() {
 
 Inbox::Ticket::Ticket(Inbox& inbox, std::uint32_t requestId, bool takeKept)
     : inbox_(inbox), requestId_(requestId), signal_(SignalOfThisThread()) {
+  // By the thread that frees it: memory that goes from one thread to another costs more.
+  packet_.MakeRoom(Arrival::MostInPlace);
   const MutexLock lock(inbox_.mutex_);
   if (const auto kept = inbox_.unclaimed_.find(requestId); kept != inbox_.unclaimed_.end()) {
     InputPacket packet = inbox_.TakeUnclaimed(kept);
@@ -85,25 +100,30 @@ void Inbox::Close() {
   tickets_.clear();
 }
 
-void Inbox::Deliver(InputPacket packet) {
+bool Inbox::Deliver(Arrival answer) {
   std::shared_ptr<Signal> signal;
+  bool doOthersWait = false;
   {
     const MutexLock lock(mutex_);
     const auto found = std::find_if(tickets_.begin(), tickets_.end(), [&](const Ticket* ticket) {
-      return ticket->requestId_ == packet.GetRequestId();
+      return ticket->requestId_ == answer.requestId_;
     });
     if (found == tickets_.end()) {
+      InputPacket packet;
+      answer.MoveTo(packet);
       Keep(std::move(packet));
-      return;
+      return !tickets_.empty();
     }
     Ticket& ticket = **found;
     *found = tickets_.back();
     tickets_.pop_back();
-    ticket.packet_ = std::move(packet);
+    answer.MoveTo(ticket.packet_);
     ticket.state_ = Ticket::State::Delivered;
     signal = ticket.signal_;
+    doOthersWait = !tickets_.empty();
   }
   signal->Post();
+  return doOthersWait;
 }
 
 void Inbox::Keep(InputPacket packet) {

@@ -6,6 +6,7 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "common/Deadline.h"
@@ -21,6 +22,25 @@ class Inbox {
   // the oldest go first.
   static constexpr std::size_t MostUnclaimed = 256;
   static constexpr std::size_t MostUnclaimedBytes = 4 << 20;
+
+  // An answer that has come, a whole frame. A short one stays where it lies until it is delivered, and goes from there
+  // into room that its caller has made. A long one is copied at once, while nobody waits for that.
+  class Arrival {
+   public:
+    // Throws std::runtime_error "Invalid packet!".
+    explicit Arrival(std::span<const unsigned char> frame);
+
+   private:
+    friend class Inbox;
+    static constexpr std::size_t MostInPlace = 128;  // bytes of a frame
+
+    bool IsInPlace() const { return frame_.size() <= MostInPlace; }
+    void MoveTo(InputPacket& packet);
+
+    std::span<const unsigned char> frame_;
+    std::uint32_t requestId_;
+    InputPacket copy_;
+  };
 
   // One caller's wait for one id. Made before the request is sent, it makes sure that the answer is not taken
   // for unclaimed, however early it comes.
@@ -57,9 +77,8 @@ class Inbox {
   void Open();
   // Ends every wait, now and to come, with "ConnectionAborted".
   void Close();
-  // Hands the packet, which has a request id, to its ticket, or keeps it in place of an older one of the same
-  // id.
-  void Deliver(InputPacket packet);
+  // Hands the answer to its ticket, or keeps it in place of an older one of the same id. Says whether others wait yet.
+  bool Deliver(Arrival answer);
 
   // Whether somebody waits.
   bool IsAwaited();

@@ -6,22 +6,35 @@
 namespace VELTRO::KELVO::ClientLib {
 
 InputPacket::InputPacket(const char* body, unsigned int bodyLength, PacketType type) : Packet(type) {
-  if (bodyLength == 0) return;
-  Reserve(bodyLength);
-  std::memcpy(storage_.get(), body, bodyLength);
-  length_ = bodyLength;
+  Append({reinterpret_cast<const unsigned char*>(body), bodyLength});
 }
 
 InputPacket InputPacket::Allocate(const unsigned char* buffer, int offset, int length) {
   if (buffer == nullptr || length < static_cast<int>(FullHeaderLen) || buffer[offset] != PacketStart) {
     throw std::runtime_error("Invalid packet!");
   }
-  const unsigned char* frame = buffer + offset;
-  InputPacket packet(reinterpret_cast<const char*>(frame + FullHeaderLen),
-                     static_cast<unsigned int>(length) - static_cast<unsigned int>(FullHeaderLen),
-                     static_cast<PacketType>(frame[1]));
-  if (!IsNotification(packet.type_)) packet.TakeRequestId();
+  InputPacket packet;
+  packet.Fill({buffer + offset, static_cast<std::size_t>(length)});
   return packet;
+}
+
+std::uint32_t InputPacket::RequestIdOf(std::span<const unsigned char> frame) {
+  const auto body = frame.subspan(FullHeaderLen);
+  std::size_t position = 0;
+  return Body::TakeRequestId({reinterpret_cast<const char*>(body.data()), body.size()}, position);
+}
+
+void InputPacket::Fill(std::span<const unsigned char> frame) {
+  type_ = static_cast<PacketType>(frame[1]);
+  Append(frame.subspan(FullHeaderLen));
+  if (!IsNotification(type_)) TakeRequestId();
+}
+
+void InputPacket::Append(std::span<const unsigned char> body) {
+  if (body.empty()) return;
+  if (body.size() > capacity_) Reserve(body.size());
+  std::memcpy(storage_.get(), body.data(), body.size());
+  length_ = body.size();
 }
 
 void InputPacket::TakeRequestId() {

@@ -20,6 +20,14 @@ class InputPacket : public Packet {
   // std::runtime_error "Invalid packet!".
   static InputPacket Allocate(const unsigned char* buffer, int offset, int length);
 
+  // Of such a frame. Throws as Allocate.
+  static std::uint32_t RequestIdOf(std::span<const unsigned char> frame);
+
+  // Gets room for frames of so many bytes, so that Fill needs no memory for them.
+  void MakeRoom(std::size_t frameSize) { Reserve(frameSize); }
+  // An empty packet becomes the whole frame. Throws as Allocate.
+  void Fill(std::span<const unsigned char> frame);
+
   // The next object of the body. It refers to the packet's bytes, so the packet must outlive it. A body that
   // is malformed, or claims more than it holds, is refused before anything is unpacked, with a
   // std::runtime_error that begins "Invalid packet!".
@@ -29,6 +37,7 @@ class InputPacket : public Packet {
   std::span<const char> Rest() const;
 
  private:
+  void Append(std::span<const unsigned char> body);
   void TakeRequestId();
 
   std::size_t position_ = 0;

@@ -274,6 +274,10 @@ constexpr milliseconds Now{0};
 constexpr milliseconds Long{60000};
 constexpr const char* TimedOut = "Response was not received in the given timespan.";
 
+Inbox::Arrival Arrived(const std::string& frame) {
+  return Inbox::Arrival(Unsigned(frame));
+}
+
 // What a ticket for `id` yields until `deadline`.
 std::string Ask(
     Inbox& inbox, std::uint32_t id, bool takeKept, Deadline deadline = DeadlineAfter(Now),
@@ -289,17 +293,17 @@ std::string Ask(
 
 TEST(Inbox, LateAnswersAreKeptForWhoAsksForThemAndReplaced) {
   Inbox inbox;
-  inbox.Deliver(Received(Response(5, "older")));
-  inbox.Deliver(Received(Response(5, "newer")));
+  inbox.Deliver(Arrived(Response(5, "older")));
+  inbox.Deliver(Arrived(Response(5, "newer")));
   EXPECT_EQ(Ask(inbox, 6, true), TimedOut);
   EXPECT_EQ(Ask(inbox, 5, true), "newer");
   EXPECT_EQ(Ask(inbox, 5, true), TimedOut);  // taken
-  inbox.Deliver(Received(Response(5, "of another age")));
+  inbox.Deliver(Arrived(Response(5, "of another age")));
   EXPECT_EQ(Ask(inbox, 5, false), TimedOut);  // a new request of the same number
   EXPECT_EQ(inbox.GetUnclaimedCount(), 0U);
-  for (std::uint32_t id = 0; id < Inbox::MostUnclaimed; ++id) inbox.Deliver(Received(Response(id, "x")));
-  inbox.Deliver(Received(Response(0, "x again")));  // now the newest
-  inbox.Deliver(Received(Response(1000, "y")));
+  for (std::uint32_t id = 0; id < Inbox::MostUnclaimed; ++id) inbox.Deliver(Arrived(Response(id, "x")));
+  inbox.Deliver(Arrived(Response(0, "x again")));  // now the newest
+  inbox.Deliver(Arrived(Response(1000, "y")));
   EXPECT_EQ(inbox.GetUnclaimedCount(), Inbox::MostUnclaimed);
   EXPECT_EQ(Ask(inbox, 1, true), TimedOut);
   EXPECT_EQ(Ask(inbox, 2, true), "x");
@@ -310,7 +314,7 @@ TEST(Inbox, LateAnswersAreKeptForWhoAsksForThemAndReplaced) {
   inbox.Open();  // forgets what was kept
   EXPECT_EQ(Ask(inbox, 3, true), TimedOut);
   const std::string megabyte(1 << 20, 'm');  // large ones count by their bytes
-  for (std::uint32_t id = 0; id < 6; ++id) inbox.Deliver(Received(Response(id, megabyte)));
+  for (std::uint32_t id = 0; id < 6; ++id) inbox.Deliver(Arrived(Response(id, megabyte)));
   EXPECT_EQ(inbox.GetUnclaimedCount(), 3U);
   EXPECT_EQ(Ask(inbox, 2, true), TimedOut);
   EXPECT_EQ(Ask(inbox, 3, true), megabyte);
@@ -319,16 +323,16 @@ TEST(Inbox, LateAnswersAreKeptForWhoAsksForThemAndReplaced) {
 TEST(Inbox, ATicketNobodyWaitedForLeavesTheNextWaitAlone) {
   for (const int meanwhile : {0, 1, 2}) {
     Inbox inbox;
-    inbox.Deliver(Received(Response(0, "kept")));
+    inbox.Deliver(Arrived(Response(0, "kept")));
     { const Inbox::Ticket keptForIt(inbox, 0, true); }
     {
       const Inbox::Ticket dropped(inbox, 1, false);
-      if (meanwhile == 1) inbox.Deliver(Received(Response(1, "x")));
+      if (meanwhile == 1) inbox.Deliver(Arrived(Response(1, "x")));
       if (meanwhile == 2) inbox.Close();
     }
     inbox.Open();
     EXPECT_EQ(Ask(inbox, 2, false, DeadlineAfter(milliseconds(5))), TimedOut);
-    const auto deliver = [&] { inbox.Deliver(Received(Response(3, "next"))); };
+    const auto deliver = [&] { inbox.Deliver(Arrived(Response(3, "next"))); };
     EXPECT_EQ(Ask(inbox, 3, false, DeadlineAfter(Long), deliver), "next");
   }
 }
@@ -341,7 +345,7 @@ TEST(Inbox, WakesALoneWaiter) {
     const auto wakeSoon = [&] {
       waking = std::jthread([&] {
         std::this_thread::sleep_for(milliseconds(50));  // it waits by now; if not, it is not less woken
-        isDelivered ? inbox.Deliver(Received(Response(1, "x"))) : inbox.Close();
+        isDelivered ? static_cast<void>(inbox.Deliver(Arrived(Response(1, "x")))) : inbox.Close();
       });
     };
     EXPECT_EQ(Ask(inbox, 1, false, DeadlineAfter(milliseconds(5000)), wakeSoon),
@@ -373,7 +377,7 @@ TEST(Inbox, AnAnswerThatRacesWithTheTimeOutIsEitherTakenOrKept) {
           for (std::uint32_t seen = latest; seen < round; seen = latest) latest.wait(seen);
           const auto when = soon(60);
           while (std::chrono::steady_clock::now() < when) std::this_thread::yield();
-          inbox.Deliver(Received(Response(id, std::to_string(id))));
+          inbox.Deliver(Arrived(Response(id, std::to_string(id))));
         }
       }
     });
