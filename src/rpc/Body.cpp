@@ -139,6 +139,14 @@ msgpack::object UnpackSmall(std::span<const char> bytes, std::size_t& used, msgp
 }  // namespace
 
 std::uint32_t TakeRequestId(std::span<const char> bytes, std::size_t& position) {
+  // As an id is packed, but for a small one; what else may stand for it is left to the parser.
+  constexpr char UInt32 = '\xCE';
+  if (bytes.size() > sizeof(std::uint32_t) && bytes.front() == UInt32) {
+    std::uint32_t id = 0;
+    for (const char byte : bytes.subspan(1, sizeof id)) id = id << 8 | static_cast<unsigned char>(byte);
+    position += 1 + sizeof id;
+    return id;
+  }
   IdVisitor visitor;
   std::size_t offset = 0;
   if (!msgpack::parse(bytes.data(), bytes.size(), offset, visitor) || visitor.id > UINT32_MAX) {
