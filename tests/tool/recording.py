@@ -10,6 +10,7 @@ import subprocess
 import sys
 import tempfile
 import threading
+import time
 
 from driver import PATIENCE, wait_until
 from schemas import leave_the_network
@@ -111,11 +112,17 @@ class Tests:
 
         capture, session = self.path("capture.pcapng"), self.path("captured")
         with Program([self.card, "--ssdp"]):
-            with subprocess.Popen(["tcpdump", "--immediate-mode", "-i", "any", "-U", "-w", capture, "tcp"],
+            # Not in immediate mode, which has room for some dozen packets: beside other work it lost some.
+            with subprocess.Popen(["tcpdump", "-B", "65536", "-i", "any", "-U", "-w", capture, "tcp"],
                                   stderr=subprocess.PIPE, text=True) as dump:
-                wait_until(lambda: "listening on" in dump.stderr.readline(), lambda: "tcpdump")
-                run_all(lambda name, command: self.run(command, PORT))
-                dump.send_signal(signal.SIGINT)
+                try:
+                    wait_until(lambda: "listening on" in dump.stderr.readline(), lambda: "tcpdump")
+                    run_all(lambda name, command: self.run(command, PORT))
+                    size = -1
+                    while size != (size := os.path.getsize(capture)):
+                        time.sleep(1.5)  # packets are handed over once a second
+                finally:
+                    dump.send_signal(signal.SIGINT)
         subprocess.run([self.tool, "session", "import", capture, "-o", session], timeout=PATIENCE, check=True)
         with Program([self.card, "--replay", session, "--ssdp"]):
             run_all(lambda name, command: self.run(command, PORT))
