@@ -184,6 +184,16 @@ void AppendObject(std::string& text, std::string_view name, std::span<const char
   JsonForm::AppendText(text, object);
 }
 
+// The method of a call and a value of its.
+void AppendValue(std::string& text, KnownValues& known, std::string_view name, std::string_view method,
+                 std::span<const char> value, const ContentPlace* content) {
+  if (content == nullptr && known.Append(text, name, method, value)) return;
+  const std::size_t before = text.size();
+  AppendMethod(text, method);
+  AppendObject(text, name, value, content);
+  if (content == nullptr) known.Keep(name, method, value, std::string_view(text).substr(before));
+}
+
 bool BeginsArray(std::span<const char> bytes) {
   if (bytes.empty()) return false;
   const auto first = static_cast<unsigned char>(bytes.front());
@@ -377,11 +387,35 @@ void LineMaker::AppendRequest(std::string& text, const LineHead& head, std::span
   const std::string_view method = TakeMethod(body);
   if (!BeginsArray(body)) RefuseFrame();
   AppendId(text, id);
-  AppendMethod(text, method);
   const ContentPlace* content = hasContent_ ? nullptr : FindContent(method);
   if (content != nullptr && !content->Argument) content = nullptr;
-  AppendObject(text, "arguments", body, content);
+  AppendValue(text, known_, "arguments", method, body, content);
   Ask(PlaceOf(head, id), method);
+}
+
+bool KnownValues::Append(std::string& text, std::string_view name, std::string_view method,
+                         std::span<const char> value) {
+  place_ = nullptr;
+  if (value.size() > MostBytes) return false;
+  const std::string_view bytes(value.data(), value.size());
+  const std::size_t hash = std::hash<std::string_view>()(method) ^ std::hash<std::string_view>()(bytes);
+  place_ = &places_[hash % Places];
+  comesAgain_ = place_->LatestHash == hash;
+  place_->LatestHash = hash;
+  if (!comesAgain_ || place_->Name != name || place_->Method != method || place_->Value != bytes)
+    return false;
+  text.append(place_->Text);
+  return true;
+}
+
+void KnownValues::Keep(std::string_view name, std::string_view method, std::span<const char> value,
+                       std::string_view text) {
+  if (place_ == nullptr || !comesAgain_) return;
+  place_->Name = std::string_view();  // so that an allocation that fails leaves nothing half
+  place_->Method = method;
+  place_->Value.assign(value.data(), value.size());
+  place_->Text = text;
+  place_->Name = name;
 }
 
 void LineMaker::Ask(Place place, std::string_view method) {
@@ -412,13 +446,17 @@ void LineMaker::AppendAnswer(std::string& text, const LineHead& head, std::span<
   const std::uint32_t id = Body::TakeRequestId(body, position);
   const bool isKnown = TakeAsked(PlaceOf(head, id), method_);
   AppendId(text, id);
-  if (isKnown) AppendMethod(text, method_);
   // An answer to a request from before the recording might be of any method.
   constexpr ContentPlace Any{{}, std::nullopt};
   const ContentPlace* content = !isKnown ? &Any : hasContent_ ? nullptr : FindContent(method_);
   if (hasContent_ || head.Kind == LineKind::Error || (content != nullptr && content->Argument))
     content = nullptr;
-  AppendObject(text, ContentName(head.Kind), body.subspan(position), content);
+  body = body.subspan(position);
+  if (isKnown) {
+    AppendValue(text, known_, ContentName(head.Kind), method_, body, content);
+  } else {
+    AppendObject(text, ContentName(head.Kind), body, content);
+  }
 }
 
 Object ReadObject(std::string_view text) {

@@ -50,6 +50,32 @@ struct LineHead {
   LineKind Kind = LineKind::Request;
 };
 
+// Sessions ask the same and are answered the same again and again: the text of a value that comes again is kept.
+class KnownValues {
+ public:
+  // Appends what was kept for such a value of such a call, if anything was.
+  bool Append(std::string& text, std::string_view name, std::string_view method, std::span<const char> value);
+  // To be called when there was nothing: keeps the text, if the value comes for the second time.
+  void Keep(std::string_view name, std::string_view method, std::span<const char> value,
+            std::string_view text);
+
+ private:
+  static constexpr std::size_t Places = 64;
+  static constexpr std::size_t MostBytes = 128;  // of a value; more do not come again
+
+  struct Known {
+    std::size_t LatestHash = 0;
+    std::string_view Name;
+    std::string Method;
+    std::string Value;
+    std::string Text;
+  };
+
+  std::vector<Known> places_{Places};
+  Known* place_ = nullptr;  // of the latest value; null when that cannot be kept
+  bool comesAgain_ = false;
+};
+
 // Makes the lines of frames. It knows the requests that have not been answered, so an answer's line can tell its method.
 // One thread at a time.
 class LineMaker {
@@ -72,7 +98,6 @@ class LineMaker {
   void AppendParsed(std::string& text, const LineHead& head, std::span<const unsigned char> frame);
   void AppendRequest(std::string& text, const LineHead& head, std::span<const char> body);
   void AppendAnswer(std::string& text, const LineHead& head, std::span<const char> body);
-  static void AppendNotification(std::string& text, const LineHead& head, std::span<const char> body);
 
   void Ask(Place place, std::string_view method);
   // The method of what was asked there, and forgets it; nothing when nothing was.
@@ -87,6 +112,7 @@ class LineMaker {
   static constexpr std::size_t Slots = 1024;
 
   const bool hasContent_;
+  KnownValues known_;
   std::vector<Asked> asked_{Slots};
   std::unordered_map<Place, std::string> askedBefore_;  // whose slot another has
   std::string method_;                                  // of the line that is being made
