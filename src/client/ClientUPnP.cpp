@@ -31,8 +31,9 @@ constexpr int RequestsPerCycle = 3;
 constexpr std::chrono::seconds CycleTime(3);
 constexpr std::size_t MostReplyBytes = 1024;  // what is longer is cut
 constexpr int MostRepliesInARow = 64;         // then the other sockets have their turn
-// An address of a link that has just come up may be bound to when the system has found that nobody else has it.
-constexpr std::chrono::seconds DuplicateDetection(2);
+// An address of a link that has just come up may be bound to when the system has found that nobody else has it, which takes
+// it up to two seconds and, when it is busy, a little more.
+constexpr std::chrono::seconds DuplicateDetection(3);
 constexpr std::chrono::milliseconds BindPause(20);
 
 [[noreturn]] void ThrowSocketError() {
