@@ -172,7 +172,7 @@ TEST(ResourcesDeathTest, AChildMayExitWhateverItsParentWasDoing) {
       for (bool up = false; !over;) vlIsConnected(connection, &up);
     });
   }
-  for (int round = 0; round < 40; ++round) {
+  for (int round = 0; round < (Sanitized ? 15 : 40); ++round) {
     const pid_t child = fork();
     if (child == 0) {
       isForkedChild = true;
@@ -229,7 +229,7 @@ TEST(ResourcesDeathTest, AProgramMayEndWhateverItsConnectionsDo) {
     while (!isStuck) std::this_thread::yield();
     std::exit(0);
   };
-  for (int round = 0; round < 10; ++round) {
+  for (int round = 0; round < (Sanitized ? 3 : 10); ++round) {
     ExpectProgramEnds(CardProcess().GetPort(), Ignore, ReturnFromMain);
     ExpectProgramEnds(CardProcess().GetPort(), Exit, Wait);
     ExpectProgramEnds(CardProcess().GetPort(), Stick, ReturnOnceStuck);

@@ -273,6 +273,7 @@ TEST(Calls, AHeaderThatClaimsMuchCostsNothing) {
 }
 
 TEST(Calls, LargeAnswersAreNotManyTimesLargerInMemory) {
+  SKIP_UNDER_THREAD_SANITIZER();
   constexpr std::size_t Size = 40 << 20;
   const auto times = [](std::string_view piece, std::size_t size) {
     std::string text;

@@ -213,6 +213,7 @@ TEST(OpticalParameters, AreReadFromJsonWhoseLatestMembersAreSound) {
 }
 
 TEST(OpticalParameters, AreReadFromWholeJsonOfSomeSizeOnly) {
+  SKIP_UNDER_THREAD_SANITIZER();
   const std::string json = Quoted(quotedJson), deep = "The JSON text is nested too deeply.";
   const auto nested = [](std::size_t levels, const std::string& inner) {
     return JsonWith("'Unknown':" + std::string(levels, '[') + inner + std::string(levels, ']'));

@@ -105,6 +105,7 @@ TEST(BodyDeathTest, HostileBodiesAreRefusedAndCostNoMemory) {
 }
 
 TEST(ReceiveBuffer, KeepsWhatArrivesAndMakesNoRoomForClaims) {
+  SKIP_UNDER_THREAD_SANITIZER();
   ReceiveBuffer claimed(8192);
   EXPECT_EQ(claimed.Room(0x7FFFFFFF).size(), 8192U);
   claimed.Add(8192);
@@ -203,6 +204,7 @@ double UseChain(std::size_t depth) {
 }
 
 TEST(RemoteError, ADeepChainNeedsNoStackAndTimeInProportion) {
+  SKIP_UNDER_THREAD_SANITIZER();
   pthread_attr_t attributes;
   ASSERT_EQ(pthread_attr_init(&attributes), 0);
   ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);

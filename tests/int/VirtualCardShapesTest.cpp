@@ -66,6 +66,7 @@ struct Shape {
 };
 
 TEST(VirtualCardShapes, LieOnTheirCurvesFromEndToEnd) {
+  SKIP_UNDER_THREAD_SANITIZER();
   const double arc = std::atan2(-4, -3), elliptic = std::atan2(0.6, 0.8);
   const Shape shapes[] = {
       {{"ARCA 4,6 -2.5", "ARCR 3,4 -2.5", "ARC3A 4,6,3 -2.5", "ELLCA 4,6 1.0 0.7 -2.5"},

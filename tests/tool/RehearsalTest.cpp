@@ -5,6 +5,7 @@ namespace VELTRO::KELVO::Test {
 namespace {
 
 TEST(ToolCheck, TellsEachFaultAndItsPlace) {
+  SKIP_UNDER_THREAD_SANITIZER();
   const ToolShell shell;
   // The text of a list, as printf has it, and what is printed; empty when there is no fault.
   const std::tuple<const char*, const char*, const char*> cases[] = {
@@ -78,6 +79,7 @@ TEST(ToolCheck, KnowsWhereABranchMayLead) {
 }
 
 TEST(ToolCheck, ReadsAnyFileInLittleMemory) {
+  SKIP_UNDER_THREAD_SANITIZER();
   const ToolShell shell;
   const Row rows[] = {
       // Half a million commands, and a fault in the last line, in a command that lies across parts that are read.
