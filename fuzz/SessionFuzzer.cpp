@@ -13,7 +13,8 @@
 #include "Require.h"
 #include "replay/ReplayedConnection.h"
 #include "rpc/JsonForm.h"
-#include "session/FrameLine.h"
+#include "session/LineMaker.h"
+#include "session/LineReader.h"
 
 namespace VELTRO::KELVO::Fuzz {
 

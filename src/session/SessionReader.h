@@ -7,7 +7,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "session/SessionWriter.h"
+#include "session/LineReader.h"
+#include "session/SessionHead.h"
 
 namespace VELTRO::KELVO::ClientLib::Recording {
 

@@ -1,4 +1,4 @@
-// Records a session into a file: a line that says so, then a line for each frame (FrameLine.h).
+// Records a session into a file: a line that says so, then a line for each frame (LineMaker.h).
 #pragma once
 
 #include <sys/types.h>
@@ -6,7 +6,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <ctime>
 #include <memory>
 #include <span>
 #include <string>
@@ -17,22 +16,10 @@
 #include "common/Descriptor.h"
 #include "common/Mutex.h"
 #include "session/FrameSink.h"
+#include "session/LineMaker.h"
+#include "session/SessionHead.h"
 
 namespace VELTRO::KELVO::ClientLib::Recording {
-
-inline constexpr int SessionVersion = 1;
-
-// What the first line tells.
-struct SessionHead {
-  std::string By;  // who recorded it
-  // Of the card, where a recording begins behind the calls that ask for them.
-  std::string Firmware;
-  std::string SerialNumber;
-  bool HasContent = true;  // of files
-};
-
-// The first line, line end included, of a recording that began at this time.
-std::string HeadLine(const SessionHead& head, const timespec& started);
 
 // Frames are copied, and a thread makes lines of them and writes these. A call waits for it only when it is far behind,
 // which a disk can do, and at most a second; then frames are missing, which a line says, and so does Finish. Any thread

@@ -1,7 +1,10 @@
 // Recorded sessions: frames as lines and back, the file, what is no such file.
 #include "Helpers.h"
 #include "rpc/JsonForm.h"
+#include "session/LineMaker.h"
+#include "session/LineReader.h"
 #include "session/SessionReader.h"
+#include "session/SessionWriter.h"
 #include "support/TemporaryDirectory.h"
 
 namespace VELTRO::KELVO::Test {

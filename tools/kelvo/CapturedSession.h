@@ -13,6 +13,7 @@
 
 #include "TcpSegment.h"
 #include "session/FrameSplitter.h"
+#include "session/LineMaker.h"
 
 namespace VELTRO::KELVO::Tool {
 

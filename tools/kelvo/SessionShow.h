@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "Output.h"
-#include "session/FrameLine.h"
+#include "session/LineReader.h"
 
 namespace VELTRO::KELVO::Tool {
 

@@ -6,6 +6,7 @@
 
 #include "rpc/Body.h"
 #include "rpc/JsonForm.h"
+#include "session/FileContent.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
@@ -37,12 +38,12 @@ std::string FrameOf(PacketType type, std::string_view body) {
 
 std::string ArgumentsForm(std::string_view method, std::span<const char> packed, bool hasContent) {
   using namespace ClientLib::Recording;
-  const bool isLeftOut = !hasContent && CarriesContent(method);
-  if (packed.size() > MostAsText && !isLeftOut) return {packed.begin(), packed.end()};
+  const ContentPlace* const leftOut = hasContent ? nullptr : FindContent(method, FrameWay::ToCard);
+  if (packed.size() > MostAsText && leftOut == nullptr) return {packed.begin(), packed.end()};
   std::size_t used = 0;
   const msgpack::object_handle handle = Body::Unpack(packed, used, Body::UsualDepth, SIZE_MAX);
   msgpack::object arguments = handle.get();
-  if (isLeftOut) LeaveOutContent(method, arguments);
+  if (leftOut != nullptr) LeaveOut(arguments, *leftOut);
   return JsonForm::TextOf(arguments);
 }
 

@@ -6,6 +6,7 @@
 #include "replay/Difference.h"
 #include "rpc/Body.h"
 #include "rpc/JsonForm.h"
+#include "session/FileContent.h"
 
 namespace VELTRO::KELVO::VirtualCard {
 
