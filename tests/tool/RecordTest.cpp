@@ -88,13 +88,14 @@ void SendAll(int socket, const std::string& bytes) {
 
 TEST(Recorder, PassesOnWhatBothSidesDo) {
   // The card answers what has come when its client has ended, and then ends itself.
-  std::atomic<bool> isReset{false};
+  std::atomic<bool> isAsked{false}, isReset{false};
   const std::string large(3 << 20, 'l');
   const FakeCard card([&](Peer& peer) {
     Request request;
     if (!peer.Next(request)) return;
     if (request.Method == "Reset") return peer.Reset();
     if (request.Method == "Wait") {
+      isAsked = true;
       peer.WaitForEnd();
       isReset = true;
     } else {
@@ -115,10 +116,10 @@ TEST(Recorder, PassesOnWhatBothSidesDo) {
   {
     Peer client(Connect(recorder.Port()));
     client.Send(FrameText("Wait"));
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    for (const Stopwatch watch; !isAsked && watch.Milliseconds() < 30000;) usleep(1000);
     client.Reset();
   }
-  for (int i = 0; i < 500 && !isReset; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  for (const Stopwatch watch; !isReset && watch.Milliseconds() < 30000;) usleep(1000);
   EXPECT_TRUE(isReset);
   EXPECT_THAT(
       recorder.Lines(),
