@@ -157,9 +157,9 @@ TEST(Tool, SetsPinsAndVariables) {
 TEST(Tool, CtrlCAbortsARunAndLeavesTheCardIdle) {
   const ToolShell shell({"--speed", "1"});
   const auto [code, output, error] = shell.Run(
-      "echo '{ SL, F64[ 60e6 ] }' >long; timeout --foreground --signal=INT --preserve-status 1 " TOOL_PROGRAM
-      " list run long; "
-      "code=$?; kelvo call IsExecutionInProgress; exit $code");
+      "echo '{ SL, F64[ 60e6 ] }' >long; " TOOL_PROGRAM
+      " list run long & tool=$!; until [ $(kelvo call IsExecutionInProgress) = true ] || ! kill -0 $tool; do "
+      "sleep 0.02; done; kill -INT $tool; wait $tool; code=$?; kelvo call IsExecutionInProgress; exit $code");
   EXPECT_EQ(code, 130) << error;
   EXPECT_EQ(output, "false\n");
   EXPECT_NE(error.find("The card is idle.\n"), std::string::npos) << error;
