@@ -155,7 +155,7 @@ TEST(Files, AreNotWaitedForWithoutEnd) {
   constexpr std::uint32_t Timeout = 6000;
   const Row rows[] = {{20000, 1, 40, 0, slow},         {8192 + 20, 1000, 800, 0, slow},
                       {8192 + 20, 8192, 3200, 0, "0"}, {20000, 4096, 1300, 0, "0"},
-                      {5000, 50, 0, 0, "0"},           {20, 5, 0, 1600, "0"}};
+                      {5000, 250, 0, 0, "0"},          {20, 5, 0, 1600, "0"}};
   Together(std::size(rows), [&](std::uint32_t number) {
     const Row& row = rows[number];
     SCOPED_TRACE(number);

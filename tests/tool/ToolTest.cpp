@@ -123,7 +123,7 @@ TEST(Tool, TellsWhatTheCardIs) {
   const Row rows[] = {
       {"kelvo info", 0, "serial           47[31m11\nproduct          1.2\n"},
       {"kelvo info --json", 0, "\"serial\": \"47\\u001b[31m11\",\n  \"product\": \"1.\\u202e2\""},
-      {"kelvo clock set '2031-02-03 04:05:06' && kelvo clock show", 0, "utc    2031-02-03 04:05:0"},
+      {"kelvo clock set '2031-02-03 04:05:00' && kelvo clock show", 0, "utc    2031-02-03 04:05:"},
       {"kelvo laser arm --yes && kelvo laser status", 0, "pilot  no\narmed  yes\nalarm  no\n"},
       {"kelvo laser disarm && kelvo laser pilot on --yes && kelvo laser status --json", 0,
        "\"pilot\": true,\n  \"armed\": false"},
