@@ -28,7 +28,7 @@ struct Shared {
   }
   bool WaitUntilDone() {
     std::unique_lock lock(mutex);
-    return changed.wait_for(lock, std::chrono::seconds(10), [&] { return done; });
+    return changed.wait_for(lock, std::chrono::seconds(60), [&] { return done; });
   }
   void Release(const char* what) {
     const std::lock_guard lock(mutex);
@@ -109,7 +109,7 @@ TEST(Callbacks, KeepADisconnectUntilTheyReturn) {
   std::thread waiting([&] {
     Together(2, [&](std::uint32_t i) {
       std::int32_t value = 0;
-      EXPECT_FAILS(i == 0 ? vlListWaitForListDone(handle, &value, 5000) : vlLaserLaserOn(handle),
+      EXPECT_FAILS(i == 0 ? vlListWaitForListDone(handle, &value, 60000) : vlLaserLaserOn(handle),
                    "ConnectionAborted");
     });
     shared.Release("waits ended");
@@ -117,7 +117,7 @@ TEST(Callbacks, KeepADisconnectUntilTheyReturn) {
   while (!asked) std::this_thread::yield();
   const Stopwatch watch;
   EXPECT_OK(vlDisconnect(handle));
-  EXPECT_LT(watch.Milliseconds(), 2000);
+  EXPECT_LT(watch.Milliseconds(), 10000) << "no time-out was waited for";
   EXPECT_EQ(shared.found, (std::vector<std::string>{"waits ended", "returned"}));
   waiting.join();
 }
@@ -187,7 +187,7 @@ TEST(Callbacks, ThatWaitForEachOtherAreToldSo) {
     refused = answered = ended = 0;
     for (const std::int32_t handle : handles) vlListRegisterProgressCallback(handle, meet, &id);
     shared.Begin();
-    const AtMost promptly(5000);
+    const AtMost promptly(15000);  // a time-out is 17000
     for (const std::int32_t handle : handles) EXPECT_OK(vlListExecute(handle, 1));
     // One that is unregistered before it has begun does not come any more, and the other would wait for it.
     ASSERT_TRUE(shared.WaitUntilDone());

@@ -54,7 +54,7 @@ struct FileCard {
   std::string TakeCalls(std::size_t count = 0) {
     for (const Stopwatch watch;; std::this_thread::yield()) {
       const std::lock_guard lock(Mutex);
-      if (Calls.size() >= count || watch.Milliseconds() > 5000) return std::exchange(Calls, "");
+      if (Calls.size() >= count || watch.Milliseconds() > 30000) return std::exchange(Calls, "");
     }
   }
   FakeCard Card{[this](Peer& peer) {

@@ -30,7 +30,7 @@ TEST(Peripherals, AListGoesOnAtOnceWhenThePinThatItWaitsForIsSet) {
   ASSERT_OK(vlListAppendWaitForInput(list, 1, vlIOPort_PortC, true, true, 1, -1));
   ASSERT_OK(vlListAppendProgress(list, 7));
   double best = 1e9;
-  for (int round = 0; round < 10; ++round) {
+  for (int round = 0; round < 10 || (round < 300 && best >= 5); ++round) {
     ASSERT_OK(vlGpioWritePin(card, vlIOPort_PortB, 3, false));
     Start(card, list);
     std::int32_t value = 0;
@@ -41,7 +41,7 @@ TEST(Peripherals, AListGoesOnAtOnceWhenThePinThatItWaitsForIsSet) {
     best = std::min(best, MillisecondsSince(start));
     ASSERT_OK(vlListWaitForListIdle(card, &value, 9000));
   }
-  EXPECT_LT(best, 5) << "ms, of ten times: others may use the machine, too";
+  EXPECT_LT(best, 5) << "ms, of many times: others may use the machine, too";
 }
 
 TEST(Peripherals, AHundredWaitsAndOtherCallsGoOnAtOnce) {
@@ -62,16 +62,15 @@ TEST(Peripherals, AHundredWaitsAndOtherCallsGoOnAtOnce) {
 }
 
 TEST(Peripherals, ADisconnectEndsAWait) {
-  const CardProcess process;
+  CardProcess process({"--verbose"});
   const std::int32_t card = vlConnect("127.0.0.1", process.GetPort());
-  std::atomic<bool> begun{false};
   std::thread ending([&] {
-    while (!begun) std::this_thread::yield();
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    std::string line;  // says, as soon as the call waits, that it was made
+    do line = process.ReadLine();
+    while (!line.empty() && line.find("WaitForGpioChange") == std::string::npos);
     EXPECT_OK(vlDisconnect(card));
   });
   std::uint32_t now = 9;
-  begun = true;
   EXPECT_FAILS(vlGpioWaitForChange(card, 0, 1, 0, 60000, &now), "ConnectionAborted");
   ending.join();
   EXPECT_EQ(now, 9U);
@@ -102,9 +101,9 @@ TEST(Peripherals, PinsKeepToTheirPortsAndPolarities) {
   }
   EXPECT_EQ(vlGpioWritePort(card, 2, vlPinAction_Set, 1), -1);
   EXPECT_NE(LastError().find("Port 2 is an input."), std::string::npos);
-  ASSERT_OK(vlGpioPulsePins(card, 1, 1, 20000));
+  ASSERT_OK(vlGpioPulsePins(card, 1, 1, 4e6));  // so long that it is not over when it is looked at
   EXPECT_EQ(Told(vlGpioReadPort(card, 1, &pins), pins), "0 0");
-  EXPECT_EQ(Told(vlGpioWaitForChange(card, 1, 1, 0, 9000, &pins), pins), "0 1");
+  EXPECT_EQ(Told(vlGpioWaitForChange(card, 1, 1, 0, 60000, &pins), pins), "0 1");
 }
 
 TEST(Peripherals, ListsUseTheVariablesThatAreSet) {

@@ -47,6 +47,7 @@ def start_program(virtual_card):
     """Starts a program in Python that has connected as `card`, on an interpreter of its own."""
     def start(text, *options):
         head = f"import kelvo, os, signal, sys, threading, time\ncard = kelvo.connect('127.0.0.1', {virtual_card.port})\n"
+        head += "card.lists.abort_execution()\n"  # what the program before it has left running
         return subprocess.Popen([sys.executable, "-X", "dev", *options, "-c", head + textwrap.dedent(text)],
                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
     return start
@@ -57,6 +58,6 @@ def run_program(start_program):
     """The same to its end: exit code, what it wrote, its errors."""
     def run(text, *options):
         program = start_program(text, *options)
-        output, errors = program.communicate(timeout=30)
+        output, errors = program.communicate(timeout=180)
         return program.returncode, output, errors
     return run

@@ -50,13 +50,15 @@ def test_a_run_that_fails_or_is_left_or_aborted(card, endless, virtual_card):
 def test_waits(card, steps):
     card.lists.set(1, steps)
     card.lists.execute(1)
-    assert [card.lists.wait_for_progress(5) for _ in range(3)] == [7, 8, 9]
+    assert [card.lists.wait_for_progress(30) for _ in range(3)] == [7, 8, 9]
     assert card.lists.wait_for_list_done() == 1
+    usual = card.get_timeout()
     begin = time.monotonic()
     assert card.lists.wait_for_progress(0.2) is None
-    assert 0.2 <= time.monotonic() - begin < 1
+    assert 0.2 <= time.monotonic() - begin < usual / 1000
     card.set_timeout(100)
     assert card.lists.wait_for_progress() is None
+    card.set_timeout(usual)  # calls are to be answered in time, whatever else the machine does
     assert card.serial_port.read(0, 0) == b""
     card.serial_port.write(0, b"hello")
     assert card.serial_port.read(0, 5) == b"hello"
@@ -64,22 +66,30 @@ def test_waits(card, steps):
 
 
 def test_an_interrupted_wait_ends(card):
-    timer = threading.Timer(0.2, card.lists.interrupt_wait_for_progress)
-    timer.start()
+    ended = threading.Event()
+
+    def interrupt():
+        while not ended.wait(0.1):  # one that comes before the wait is not for it
+            card.lists.interrupt_wait_for_progress()
+    interrupting = threading.Thread(target=interrupt)
+    interrupting.start()
     begin = time.monotonic()
-    assert card.lists.wait_for_progress(20) is None
-    assert time.monotonic() - begin < 5
-    timer.join()
+    assert card.lists.wait_for_progress(60) is None
+    assert time.monotonic() - begin < 20
+    ended.set()
+    interrupting.join()
 
 
 def test_others_run_while_a_call_waits(card):
-    waiting = threading.Thread(target=card.lists.wait_for_progress, args=(1,))
+    waiting = threading.Thread(target=card.lists.wait_for_progress, args=(60,))
     waiting.start()
     begin, count = time.monotonic(), 0
-    while time.monotonic() - begin < 0.2:
+    while time.monotonic() - begin < 0.2 or count < 1000:
         count += 1
-    assert waiting.is_alive() and count > 1000
-    waiting.join()
+    assert waiting.is_alive()
+    while waiting.is_alive():
+        card.lists.interrupt_wait_for_progress()
+        waiting.join(0.1)
 
 
 def test_callbacks_and_their_registrations(card, steps):
@@ -89,7 +99,7 @@ def test_callbacks_and_their_registrations(card, steps):
         idle = threading.Event()
         with card.on_list_idle(lambda list_id: idle.set()):
             list(card.run(steps))
-            assert idle.wait(5)
+            assert idle.wait(30)
         assert seen == [(7, False), (8, False), (9, False)]
         first.close()
         list(card.run(steps))
@@ -143,11 +153,11 @@ def test_closing_waits_for_a_callback_that_runs(card, steps):
     registration = card.on_progress(slow)
     card.lists.set(1, steps)
     card.lists.execute(1)
-    assert began.wait(5)
+    assert began.wait(30)
     registration.close()
     count = len(ended)
     assert count >= 1
-    assert card.lists.wait_for_list_idle(5) == 1
+    assert card.lists.wait_for_list_idle(30) == 1
     assert len(ended) == count
 
 
@@ -155,18 +165,18 @@ def test_asyncio(card, steps):
     async def main():
         assert [value async for value in card.run_async(steps)] == [7, 8, 9]
         card.lists.set(1, steps)
-        late = asyncio.create_task(card.wait_for_list_done_async(5))
+        late = asyncio.create_task(card.wait_for_list_done_async(30))
         await asyncio.sleep(0.05)
         card.lists.execute(1)
         assert await late == 1
-        assert [await card.wait_for_progress_async(5) for _ in range(3)] == [7, 8, 9]
+        assert [await card.wait_for_progress_async(30) for _ in range(3)] == [7, 8, 9]
         assert await card.wait_for_progress_async(0.05) is None
-        cancelled = asyncio.create_task(card.wait_for_progress_async(5))
+        cancelled = asyncio.create_task(card.wait_for_progress_async(30))
         await asyncio.sleep(0.05)
         cancelled.cancel()
         with pytest.raises(asyncio.CancelledError):
             await cancelled
-        assert await card.wait_for_list_idle_async(5) == 1
+        assert await card.wait_for_list_idle_async(30) == 1
 
     asyncio.run(main())
 
@@ -182,10 +192,10 @@ def test_a_lost_connection_ends_waits(way):
         begin = time.monotonic()
         with pytest.raises(kelvo.Error):
             if way == "wait":
-                card.lists.wait_for_progress(20)
+                card.lists.wait_for_progress(60)
             elif way == "wait_async":
-                asyncio.run(card.wait_for_progress_async(20))
+                asyncio.run(card.wait_for_progress_async(60))
             else:
                 list(card.run(commands))
-        assert time.monotonic() - begin < 10
+        assert time.monotonic() - begin < 20
         timer.join()

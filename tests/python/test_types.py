@@ -60,7 +60,7 @@ def test_example_marks(example, tmp_path):
     picture = tmp_path / "picture.svg"
     virtual = VirtualCard("--speed", "max", "--svg", str(picture))
     done = subprocess.run([sys.executable, "-X", "dev", example, "127.0.0.1", str(virtual.port)], capture_output=True,
-                          text=True, timeout=60)
+                          text=True, timeout=180)
     virtual.program.terminate()
     virtual.program.communicate()
     assert (done.returncode, done.stderr) == (0, "")

@@ -111,6 +111,7 @@ class Peer {
     while (poll(&entry, 1, -1) < 0 && errno == EINTR) continue;
   }
   void Close() {
+    const std::lock_guard lock(closing_);
     const int socket = socket_.exchange(-1);
     if (socket >= 0) close(socket);
   }
@@ -120,12 +121,15 @@ class Peer {
     setsockopt(socket_, SOL_SOCKET, SO_LINGER, &now, sizeof now);
     Close();
   }
+  // By another thread; the descriptor is not closed, and somebody else's, meanwhile.
   void ShutDown() {
+    const std::lock_guard lock(closing_);
     const int socket = socket_;
     if (socket >= 0) shutdown(socket, SHUT_RDWR);
   }
 
  private:
+  std::mutex closing_;
   std::atomic<int> socket_;
   std::size_t left_;  // so many bytes may still come
   std::string received_;

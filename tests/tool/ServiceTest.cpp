@@ -87,7 +87,8 @@ TEST(Tool, KeepsFonts) {
 }
 
 TEST(Tool, BacksUpFiles) {
-  const ToolShell shell;
+  // It writes so slowly that no large file is on it before its transfer is interrupted.
+  const ToolShell shell({"--speed", "max", "--fault", "FileWrite:delay=20ms"});
   const Row rows[] = {
       {"seq 9999 >a; : >empty; kelvo files put a JOBFILES/a.b && kelvo files put empty 'BINFILES/.an empty "
        "one'",
@@ -178,7 +179,7 @@ TEST(Tool, WatchesSeveralCards) {
   const auto [code, output, error] = shell.Run(
       "(until grep idle out; do sleep 0.02; done; echo '{ PI, I32[ 7 ] } { LOB }' | kelvo list run -) >run "
       "2>&1 & " +
-      Interrupted("watch --log log --card $KELVO_CARD --card " + other,
+      Interrupted("watch --timeout 60s --log log --card $KELVO_CARD --card " + other,
                   "grep lost out && grep list-idle out"));
   EXPECT_EQ(code, 0) << error;
   const std::string own = shell.CardPlace();
@@ -192,7 +193,7 @@ TEST(Tool, WatchesSeveralCards) {
       {"kelvo watch --card " + other, 3, "The connection to the card was lost."},
       {Interrupted("watch --card 127.0.0.1:" + std::to_string(silent.Port()), "[ -s out ]"), 0,
        "state silent\n"},
-      {Interrupted("watch --json", "[ -s out ]"), 0,
+      {Interrupted("watch --timeout 60s --json", "[ -s out ]"), 0,
        "{\"card\":\"" + own + "\",\"event\":\"state\",\"value\":\"idle\"}\n"},
       {"kelvo info --card $KELVO_CARD --serial 5", 2, "Several cards are named. This verb takes one."},
       {"grep -c GetOperatingState log log.2", 0, "log.2:"},

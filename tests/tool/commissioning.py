@@ -43,9 +43,10 @@ def shows(output, expected):
 
 
 def wait_for(card_network, port):
-    for _ in range(100):
+    for _ in range(600):
         with open(f"/proc/{card_network}/net/tcp6") as table:
-            if f":{port:04X} " in table.read():
+            # In the state of listening: connections of a card that was switched off may be there, too.
+            if re.search(rf":{port:04X} [0-9A-F]+:0000 0A ", table.read()):
                 return
         time.sleep(0.1)
     raise RuntimeError("the card does not listen")
@@ -92,7 +93,7 @@ def main(folder):
                     environment.update([command.removeprefix("export ").split("=", 1)])
                     continue
                 done = subprocess.run(["bash", "-c", command], cwd=folder, env=environment, capture_output=True,
-                                      text=True, timeout=60, check=False)
+                                      text=True, timeout=180, check=False)
                 # Of what is said on standard error the page shows what matters.
                 said = [line for line in expected if line != "…" and any(shows(one + "\n", [line])
                                                                          for one in done.stderr.splitlines())]

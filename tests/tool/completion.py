@@ -16,6 +16,7 @@ SHELLS = {
     "zsh": ("zsh -f", "fpath=({folder} $fpath); autoload -U compinit; compinit -u -D"),
     "fish": ("fish --no-config", "source {folder}/kelvo.fish"),
 }
+TRIES = 20  # others may use the machine, and the tool does not wait for a card for long
 ROWS = (
     ("kelvo lis", "kelvo list "),
     ("kelvo list car", "kelvo list caret "),
@@ -46,29 +47,30 @@ def check(card, shell, folder):
         terminal.enter(setting_up.format(folder=folder) + "; echo begun")
         terminal.wait("^begun$")
         for typed, completed in ROWS:
-            terminal.press("C-l")
-            terminal.type(typed)
-            terminal.press("Tab")
-            # What is typed behind it shows whether a blank followed.
-            terminal.type("!")
-            pattern = "".join("\\\\?" + re.escape(c) for c in completed)  # each shell quotes what it must
-            try:
-                terminal.wait(pattern + "!")
-            except AssertionError as error:
-                raise AssertionError(f"{shell}: '{typed}' has not become '{completed}'\n{error}") from None
-            terminal.press("C-u")
+            # Each shell quotes what it must.
+            was, becomes = ("".join("\\\\?" + re.escape(c) for c in text) for text in (typed, completed))
+            for left in reversed(range(TRIES)):
+                terminal.press("C-l")
+                terminal.type(typed)
+                terminal.press("Tab")
+                # What is typed behind it shows whether a blank followed.
+                terminal.type("!")
+                try:
+                    found = terminal.wait(f"({becomes}!)" + (f"|{was}!" if left else ""))
+                except AssertionError as error:
+                    raise AssertionError(f"{shell}: '{typed}' has not become '{completed}'\n{error}") from None
+                terminal.press("C-u")
+                if found[1]:
+                    break
 
 
 def ask(card, *words, place=""):
-    """What the tool offers, and how many seconds it takes at best."""
-    seconds = []
-    for _ in range(10):
-        start = time.monotonic()
-        done = subprocess.run([card.tool, "__complete", *words], env={**card.environment, "KELVO_CARD": place},
-                              capture_output=True, text=True, check=True)
-        seconds.append(time.monotonic() - start)
-        assert not done.stderr, done.stderr
-    return done.stdout, min(seconds)
+    """What the tool offers, and how many seconds that takes."""
+    start = time.monotonic()
+    done = subprocess.run([card.tool, "__complete", *words], env={**card.environment, "KELVO_CARD": place},
+                          capture_output=True, text=True, check=True)
+    assert not done.stderr, done.stderr
+    return done.stdout, time.monotonic() - start
 
 
 def check_speed(card):
@@ -85,8 +87,14 @@ def check_speed(card):
                 (("list", "get", ""), "127.0.0.1:x", "", 0, 0.2),
                 (("list", "get", ""), "", "", 0, 0.2),
                 (("list", "get", "--serial", "12345", ""), here, "", 0, 0.2)):
-            found, seconds = ask(card, *words, place=place)
-            assert found == offered and least <= seconds < most, (words, place, found, seconds)
+            answers = []
+            while len(answers) < TRIES:
+                found, seconds = ask(card, *words, place=place)
+                answers.append((found, seconds))
+                if found == offered and least <= seconds < most:
+                    break
+            else:
+                raise AssertionError((words, place, answers))
 
 
 def main(tool, program, folder):

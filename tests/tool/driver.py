@@ -8,7 +8,7 @@ import tempfile
 import threading
 import time
 
-PATIENCE = 60  # seconds; only what hangs takes so long
+PATIENCE = 180  # seconds; only what hangs takes so long
 
 
 def wait_until(done, what):

@@ -75,11 +75,11 @@ def main():
             try:
                 port = card.stdout.readline().rsplit(":", 1)[1].strip()
                 subprocess.run([pathlib.Path(PROGRAMS, program), *arguments, "127.0.0.1", port], check=True,
-                               stdout=subprocess.DEVNULL, timeout=60)
+                               stdout=subprocess.DEVNULL, timeout=180)
 
                 def tool(*words, check=True):
                     return subprocess.run([TOOL, *words, "--card", f"127.0.0.1:{port}"], cwd=folder, check=check,
-                                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=60).returncode
+                                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=180).returncode
 
                 tool("list", "get", "1", "-o", "1.txt")
                 given = []

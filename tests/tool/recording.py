@@ -6,11 +6,11 @@ Arguments: the tool, the virtual card, the folder of the programs, that of the e
 import os
 import re
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
 import threading
-import time
 
 from driver import PATIENCE, wait_until
 from schemas import leave_the_network
@@ -33,6 +33,7 @@ OPTIONS = {"branch_on_input": ["--input", "1=4"]}
 # These look for their card themselves, so nobody can stand between: what they say is captured.
 SEARCHING = {"connect_by_serial": "connect_by_serial 12345", "list_cards": "list_cards"}
 PORT = 49374
+LAST = b"that is all that was to be captured"
 
 
 class Program:
@@ -54,6 +55,13 @@ class Program:
         assert kind or code == 0, f"{self.process.args}: {code}"
 
 
+def send_over_loopback(data):
+    with socket.create_server(("127.0.0.1", 0)) as server:
+        with socket.create_connection(server.getsockname()) as client, server.accept()[0] as other:
+            client.sendall(data)
+            assert other.recv(len(data), socket.MSG_WAITALL) == data
+
+
 def timeless(outcome):
     """Without what is another time each time."""
     return outcome[0], re.sub(r"(computation time|per micro vector) .*|\d\d:\d\d:\d\d", "", outcome[1])
@@ -67,6 +75,11 @@ class Tests:
 
     def path(self, name):
         return os.path.join(self.folder.name, name)
+
+    @staticmethod
+    def content(path):
+        with open(path, "rb") as file:
+            return file.read()
 
     def run(self, command, port):
         command = command.replace("HERE", f"127.0.0.1 {port}").replace("DATA", self.data).replace("BIN", self.programs)
@@ -118,9 +131,8 @@ class Tests:
                 try:
                     wait_until(lambda: "listening on" in dump.stderr.readline(), lambda: "tcpdump")
                     run_all(lambda name, command: self.run(command, PORT))
-                    size = -1
-                    while size != (size := os.path.getsize(capture)):
-                        time.sleep(1.5)  # packets are handed over once a second
+                    send_over_loopback(LAST)  # packets are handed over in their order, and once a second
+                    wait_until(lambda: LAST in self.content(capture), lambda: "the last packet")
                 finally:
                     dump.send_signal(signal.SIGINT)
         subprocess.run([self.tool, "session", "import", capture, "-o", session], timeout=PATIENCE, check=True)

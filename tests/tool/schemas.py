@@ -143,6 +143,9 @@ def leave_the_network():
     subprocess.run(["ip", "-batch", "-"], text=True, check=True, input=(
         "link set lo up\nlink add v0 type veth peer name v1\naddr add 10.0.0.1/24 dev v0\n"
         "link set v0 up\nlink set v1 up\n"))
+    # Addresses that the system gives are ready when it has found out that they are nobody else's.
+    wait_until(lambda: "tentative" not in subprocess.run(["ip", "address"], capture_output=True, text=True,
+                                                         check=True).stdout, lambda: "An address that is ready")
     return True
 
 
