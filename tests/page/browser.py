@@ -79,10 +79,10 @@ class Browser:
         actions = [{"type": kind, "value": key} for kind in ("keyDown", "keyUp")]
         self._send("POST", "/actions", {"actions": [{"type": "key", "id": "keys", "actions": actions}]})
 
-    def look_as(self, scheme, width, height):
-        """With light or dark colours, on a screen of that size."""
+    def look_as(self, scheme, width, height, scale=1):
+        """With light or dark colours, on a screen of that size, so many dots to a pixel of the page."""
         for command, params in (("setEmulatedMedia", {"features": [{"name": "prefers-color-scheme", "value": scheme}]}),
-                                ("setDeviceMetricsOverride", {"width": width, "height": height, "deviceScaleFactor": 1,
+                                ("setDeviceMetricsOverride", {"width": width, "height": height, "deviceScaleFactor": scale,
                                                               "mobile": False})):
             self._send("POST", "/goog/cdp/execute", {"cmd": f"Emulation.{command}", "params": params})
 

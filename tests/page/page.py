@@ -248,10 +248,16 @@ def measure():
     for i in range(marks):
         row, column = divmod(i, 500)
         rows.append(f"{{ MA, P2D[ {column / 10 if row % 2 else (500 - column) / 10} {row / 8 + column % 2 / 10} ] }}")
-    with opened(",\n".join(rows)) as (page, card, file):
+    for where, *screen in ("at a desk", 1200, 900, 1), ("on a phone", 360, 740, 2):
+        measure_at(where, screen, ",\n".join(rows), marks)
+
+
+def measure_at(where, screen, text, marks):
+    with opened(text) as (page, card, file):
+        page.look_as("light", *screen)
         tool = card.tool("list", "run", file)
         wait_for_run(page, "is running")
-        print(f"{'':24}{'median':>9}{'95 %':>9}{'longest':>9}   milliseconds between frames")
+        print(f"{where:24}{'median':>9}{'95 %':>9}{'longest':>9}   milliseconds between frames")
         for name, what in ("the list runs", "watch"), ("it runs and is panned", "pan"), ("it runs and is zoomed", "zoom"):
             show(name, page.run_async(FRAMES, what, 300))
             assert page.run("return document.getElementById('run').textContent.endsWith('is running')"), "it was over"
