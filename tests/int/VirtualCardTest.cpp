@@ -299,7 +299,7 @@ TEST(VirtualCardConnections, ThatDoNotReadHoldUpNobody) {
   constexpr std::size_t Commands = 30000;
   constexpr std::size_t Answers = 60;
   constexpr std::size_t AllBytes = Answers * (6 + 1 + 3 + 1 + Commands * 27);
-  // Room for all notifications of a run, or the one who reads might be given up on a busy machine, too.
+  // Room for all notifications of a run: the one who reads is never given up, however busy the machine is.
   const CardProcess card({"--speed", "max", "--queue", "400000"});
   Client client(card);
   CommandList large;
