@@ -90,7 +90,7 @@ class Client : public ClientAPI {
   // The notifications since the last time, as soon as the latest begins with `last`.
   Events EventsUpTo(const Text& last) {
     std::unique_lock lock(mutex_);
-    changed_.wait_for(lock, std::chrono::seconds(20),
+    changed_.wait_for(lock, std::chrono::minutes(1),
                       [&] { return !events_.empty() && events_.back().starts_with(last); });
     return std::exchange(events_, {});
   }

@@ -26,7 +26,7 @@ class CardProcess {
     pid_ = fork();
     if (pid_ == 0) {
       prctl(PR_SET_PDEATHSIG, SIGKILL);
-      alarm(600);  // seconds, so that a card that hangs fails its test
+      alarm(540);  // seconds, so that a card that hangs fails its test
       dup2(inputEnds[0], STDIN_FILENO);
       dup2(ends[1], STDOUT_FILENO);
       dup2(standardError < 0 ? ends[1] : standardError, STDERR_FILENO);

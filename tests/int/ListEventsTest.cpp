@@ -111,7 +111,7 @@ TEST(ListAPI, ForwardsItsLocalOperationsByKind) {
   };
   for (const auto& [kind, interrupt] : interruptions) {
     std::atomic<bool> ended{false};
-    const AtMost promptly(5000);
+    const AtMost promptly(30000);
     Together(2, [&, kind = kind, interrupt = interrupt](std::uint32_t i) {
       ended = i == 0 && !lists.Wait(kind, Long);
       while (i == 1 && !ended) (lists.*interrupt)();

@@ -9,11 +9,19 @@ namespace {
 
 const std::string Path = testing::TempDir() + "kelvo-log-" + std::to_string(getpid());
 
-// The lines of the log, from column `from` on: behind their prefixes; a "|" behind each.
-std::string Lines(std::size_t from = 31) {
+// Of this thread's lines; the id in it has six digits or, on a machine that has long been up, seven.
+std::size_t PrefixSize() {
+  return 24 + std::max<std::size_t>(6, std::to_string(gettid()).size()) + 1;
+}
+
+// The lines of the log, with or without their prefixes; a "|" behind each.
+std::string Lines(bool arePrefixed = false) {
   std::ifstream file(Path);
   std::string lines;
-  for (std::string line; std::getline(file, line);) lines += line.substr(from) + "|";
+  for (std::string line; std::getline(file, line);) {
+    const std::size_t behind = line.find('\t', line.find('\t') + 1) + 1;
+    lines += line.substr(arePrefixed ? 0 : behind) + "|";
+  }
   std::filesystem::remove(Path);
   return lines;
 }
@@ -42,12 +50,13 @@ TEST(Logger, WritesItsKindsOfLinesBehindTimeAndThread) {
   EXPECT_EQ(Lines(), expected + "Logging disabled|");
   logger.Enable(Path, false, true, -1);
   logger.Disable();
-  std::string lines = Lines(0);
+  std::string lines = Lines(true);
   std::replace_if(
       lines.begin(), lines.begin() + 24, [](char c) { return c >= '0' && c <= '9'; }, '#');
   const std::string id = std::to_string(gettid());
-  EXPECT_EQ(lines.substr(0, lines.find("enabled")),
-            "####-##-## ##:##:##.###\t" + std::string(6 - id.size(), ' ') + id + "\tLogging ");
+  EXPECT_EQ(
+      lines.substr(0, lines.find("enabled")),
+      "####-##-## ##:##:##.###\t" + std::string(PrefixSize() - 25 - id.size(), ' ') + id + "\tLogging ");
 }
 
 TEST(Logger, StampsALineWithTheTimeAtWhichItIsWritten) {
@@ -58,7 +67,7 @@ TEST(Logger, StampsALineWithTheTimeAtWhichItIsWritten) {
   logger.Enable(Path, false, true, -1);
   const auto after = now();
   logger.Disable();
-  const std::string line = Lines(0);
+  const std::string line = Lines(true);
   const std::time_t about = system_clock::to_time_t(before);
   std::tm stamp{};
   localtime_r(&about, &stamp);  // for whether it is summer time
@@ -101,7 +110,7 @@ TEST(Logger, SaysThatLinesAreMissing) {
   logger.Write("first");
   rlimit limit{};
   getrlimit(RLIMIT_FSIZE, &limit);
-  const rlimit full{std::filesystem::file_size(Path) + 31 + 3, limit.rlim_max};
+  const rlimit full{std::filesystem::file_size(Path) + PrefixSize() + 3, limit.rlim_max};
   const auto before = std::signal(SIGXFSZ, SIG_IGN);
   setrlimit(RLIMIT_FSIZE, &full);
   logger.Write("lost but for its beginning");

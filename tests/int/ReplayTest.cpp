@@ -160,26 +160,32 @@ std::pair<Text, double> Received(int port, const Text& sent, std::size_t size) {
 }
 
 TEST(Replay, NotifiesAsLateAsItWasRecordedAtTheSpeedAskedFor) {
-  // Ahead of the first call, of the answer and behind it; a call that waits; bytes; and the end.
-  const Text recording =
-      Head + Lines({"5 1 * [1,0]", "5.1 1 > Do []", "5.2 1 * [1,1]", "5.3 1 = 8", "5.4 1 * [1,2]",
-                    "6.0 1 > WaitForX []", "6.2 1 = 9", "6.3 1 raw //8=", "6.3 1 ended", "6.3 1 left"});
-  const std::tuple<Text, double, double> speeds[] = {{"1", 300, 2000}, {"0.5", 600, 3000}, {"max", 0, 200}};
+  // Ahead of the first call, of the answer and behind it; a call that waits; bytes; and the end. Nobody waits for the
+  // first minute, and what is recorded for `max` takes one and a half.
+  const auto recording = [](double step) {
+    const auto at = [step](int steps) { return std::to_string(60 + steps * step) + " 1 "; };
+    return Head + Lines({at(0) + "* [1,0]", at(1) + "> Do []", at(2) + "* [1,1]", at(3) + "= 8",
+                         at(4) + "* [1,2]", at(10) + "> WaitForX []", at(12) + "= 9",
+                         at(13) + "raw //8=", at(13) + "ended", at(13) + "left"});
+  };
+  // The seconds between the lines, the milliseconds that at least pass.
+  const std::tuple<Text, double, double> speeds[] = {{"1", 0.1, 300}, {"0.5", 0.1, 600}, {"max", 30, 0}};
+  constexpr double Most = 30000;
   const auto request = [](std::uint32_t id, const char* method) {
     return FrameOf(0, id, method, std::vector<int>());
   };
-  for (const auto& [speed, least, most] : speeds) {
-    Replay replay(recording, {"--replay-speed", speed});
+  for (const auto& [speed, step, least] : speeds) {
+    Replay replay(recording(step), {"--replay-speed", speed});
     const Text begin = Notification(1, 0) + Notification(1, 1) + Response(3, 8) + Notification(1, 2);
     const auto [first, time] = Received(replay.Card().GetPort(), request(3, "Do"), begin.size());
     EXPECT_EQ(Hex(first), Hex(begin)) << speed;
     EXPECT_GE(time, least);
-    EXPECT_LT(time, most);
+    EXPECT_LT(time, Most);
     const Text end = Response(4, 9) + "\xFF\xFF";
     const auto [second, endTime] = Received(replay.Card().GetPort(), request(4, "WaitForX"), SIZE_MAX);
     EXPECT_EQ(Hex(second), Hex(Notification(1, 0) + end)) << speed;
     EXPECT_GE(endTime, least);
-    EXPECT_LT(endTime, most);
+    EXPECT_LT(endTime, Most);
   }
 }
 
@@ -212,7 +218,7 @@ TEST(Replay, ServesWhatTheLibraryRecorded) {
     std::ostringstream told;
     told << Outcome(vlListSet(card, 6, list, false, -1));
     told << Outcome(vlListExecute(card, 6));
-    told << Outcome(vlListWaitForListDone(card, &done, 10000)) << done;
+    told << Outcome(vlListWaitForListDone(card, &done, 60000)) << done;
     told << Called(card, "GetListStatus [6]") << Called(card, "Dance [1]");
     vlListReleaseHandle(list);
     return told.str();

@@ -249,7 +249,7 @@ TEST(SessionWriter, TellsWhatItLeftOut) {
   std::string told;
   bool isInRecording = false;
   // A reader that a busy machine holds up for a second ends the recording; then once more.
-  for (int attempt = 0; attempt < 3 && told.find(" missing ") == std::string::npos; ++attempt) {
+  for (int attempt = 0; attempt < 10 && told.find(" missing ") == std::string::npos; ++attempt) {
     Descriptor end(open(pipe.c_str(), O_RDONLY | O_NONBLOCK));
     SessionWriter writer(pipe, {"a test", "", "", true});
     std::atomic<bool> hurries{false};

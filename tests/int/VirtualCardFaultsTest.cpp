@@ -146,7 +146,7 @@ TEST(VirtualCardFaults, AreOnTheWire) {
       {"IsUpdateActive:count=1:error=No", error + second + third},
       {"IsUpdateActive:count=1:direction=answer:error=No", error + second + third},
       {"IsUpdateActive:count=1:delay=50ms", first + second + third, false, 50},
-      {"IsUpdateActive:count=1:direction=answer:delay=50ms", second + third + first, false, 50},
+      {"IsUpdateActive:count=1:direction=answer:delay=4s", second + third + first, false, 4000},
       {"IsUpdateActive:from=2:drop", first, true},
       {"IsUpdateActive:from=2:direction=answer:drop", first, true},
       {"IsUpdateActive:count=1:silent", second + third},
@@ -202,7 +202,7 @@ TEST(VirtualCardFaults, BefallNotificationsAndAreChangedWhileTheCardRuns) {
       {"Progress:count=1:silent", {"progress 2", "done 7", "idle 7"}},
       {"Progress:from=2:error=Hot", {"progress 1", "error Hot", "done 7", "idle 7"}},
       {"ListDone:reorder=1min", {"progress 1", "progress 2", "idle 7", "done 7"}},
-      {"Progress:count=1:delay=2s", {"progress 2", "done 7", "idle 7", "progress 1"}},
+      {"Progress:count=1:delay=5s", {"progress 2", "done 7", "idle 7", "progress 1"}},
       {"ListIdle:slow=100B/s", {"progress 1", "progress 2", "done 7", "idle 7"}},
   };
   for (const auto& [fault, events] : cases) {

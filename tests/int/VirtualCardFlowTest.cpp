@@ -83,13 +83,15 @@ TEST(VirtualCardFlow, GoesWhereItsCommandsLead) {
 TEST(VirtualCardFlow, IsAbortedAtOnceInEveryEndlessListAndWait) {
   for (const char* speed : {"1", "max"}) {
     LoneClient client({"--speed", speed});
-    SetCalledLists(client);
+    // None of them notifies: what came in floods would hold up the answer.
+    Set(client, 8, "NO"), Set(client, 9, "LOS 2 1 CL 8 EXL LOE 1 NO");
+    Set(client, 13, "BRL 14"), Set(client, 14, "BRL 13");
     for (const Text endless : {"BR 0", "NO BR -1", "BRL 13", "LOS 2147483647 1 CL 8 CL 9 LOE 1", "WS -1",
                                "SUS", "WI U32:1 1 true true U32:1 -1", "WFS U32:1 -1"}) {
       client.Run("PI 1 " + endless, "progress");
       const Stopwatch watch;
       client.Lists.AbortExecution();
-      EXPECT_LT(watch.Milliseconds(), 1000) << endless;
+      EXPECT_LT(watch.Milliseconds(), 10000) << endless;
       EXPECT_EQ(client.EventsUpTo("idle").back(), "idle 7") << endless;
     }
   }
@@ -183,7 +185,7 @@ TEST(VirtualCardFlow, MarksCharactersTimesAndCounters) {
 
 TEST(VirtualCardFlow, MissesNoKnock) {
   using namespace std::chrono_literals;
-  const AtMost promptly(5000);
+  const AtMost promptly(30000);
   for (const bool isAsleep : {false, true}) {
     Simulation::AbortSignal signal;
     const std::uint64_t wakes = signal.GetWakes();  // whatever is looked at is looked at now
@@ -192,7 +194,7 @@ TEST(VirtualCardFlow, MissesNoKnock) {
       signal.Raise();
     });
     if (!isAsleep) knocking.join();
-    signal.WaitUntil(std::chrono::steady_clock::now() + 10s, wakes);
+    signal.WaitUntil(std::chrono::steady_clock::now() + 60s, wakes);
     EXPECT_TRUE(signal.IsRaised());
   }
 }

@@ -94,6 +94,7 @@ TEST(VirtualCardPins, AreActiveAtTheLevelOfTheirPolarity) {
 TEST(VirtualCardPins, GoBackAfterAPulse) {
   const CardProcess card;
   Client client(card);
+  constexpr double Long = 4e6;  // microseconds, so that even a busy machine looks at the pins in the pulse
   const auto pulse = [&](UInt pins, double us) { client.Call("PulseGpioPins", 1, pins, us); };
   const auto lasts = [&](UInt while_, UInt then) {
     UInt now = while_;
@@ -102,16 +103,16 @@ TEST(VirtualCardPins, GoBackAfterAPulse) {
   };
   Write(client, 1, WholePort, 1);
   const Stopwatch watch;
-  pulse(3, 50000);
+  pulse(3, Long);
   EXPECT_EQ(Read(client, 1), 2U);
   lasts(2, 1);
   const double milliseconds = watch.Milliseconds();
-  EXPECT_TRUE(milliseconds > 49 && milliseconds < 1000) << milliseconds;
-  pulse(3, 50000);
+  EXPECT_TRUE(milliseconds > 3999 && milliseconds < 30000) << milliseconds;
+  pulse(3, Long);
   Write(client, 1, ClearPins, 2);
   EXPECT_EQ(Read(client, 1), 0U);
   lasts(0, 1);
-  pulse(1, 20e6), pulse(3, 50000);  // a pin that is in a pulse stays as it is
+  pulse(1, 60e6), pulse(3, Long);  // a pin that is in a pulse stays as it is
   EXPECT_EQ(Read(client, 1), 2U);
   lasts(2, 1);
   for (const double duration : {0.0, -1.0, 60e6 + 1, std::nan(""), HUGE_VAL}) {
@@ -128,7 +129,7 @@ TEST(VirtualCardPins, EndAWaitOfAListAtOnce) {
   const CardProcess card({"--wire", "1.3=2.0"});
   Client client(card);
   double best = 1000;
-  for (int tries = 0; tries < 20 && best >= 5; ++tries) {
+  for (int tries = 0; tries < 200 && best >= 5; ++tries) {
     Write(client, 1, ClearPins, 8);
     client.Run("PI 1 WI U32:1 2 true true U32:1 -1 PI 2 SUS", "progress 1");
     usleep(2000);
@@ -181,7 +182,7 @@ TEST(VirtualCardPins, AreWaitedForByManyAtOnceWhileOtherCallsGoOn) {
     EXPECT_TRUE(peer.Fill(sizes.front()));
     sizes.pop_front();
   }
-  EXPECT_LT(answering.Milliseconds(), 2000);
+  EXPECT_LT(answering.Milliseconds(), 20000);
   // Some still wait when the card ends.
   for (UInt id = 0; id < 100; ++id) peers.front().Send(WaitRequest(id, 1, 3600000));
   EXPECT_EQ(Read(client, 0), 1U);

@@ -34,7 +34,7 @@ std::size_t Descriptors(const CardProcess& card) {
 
 // What a client does who has nothing to do with the others: connects, uploads, runs, fetches.
 void WorkHonestly(const CardProcess& card) {
-  const AtMost promptly(10000);
+  const AtMost promptly(60000);
   Client client(card);
   CommandList list;
   for (int i = 0; i < 60000; ++i) list.AppendMarkAbs(Point2D{{0.001 * i, 0}});
@@ -61,7 +61,7 @@ TEST(VirtualCardPressure, NobodyWhoReadsItsLogHoldsItUp) {
   constexpr int Calls = 3000;
   {
     Client client(card), other(card);
-    const AtMost promptly(10000);
+    const AtMost promptly(60000);
     for (int i = 0; i < Calls; ++i) client.Call("SetExecutionLimit", i);
     EXPECT_EQ(other.Run("PI 1").back(), "idle 7");
   }
@@ -89,7 +89,7 @@ TEST(VirtualCardPressure, NobodyWhoReadsItsLogHoldsItUp) {
   for (int i = 0; i < Calls; ++i) client.Call("SetExecutionLimit", i);
   const Stopwatch watch;
   EXPECT_EQ(card.End(SIGTERM), 0);
-  EXPECT_LT(watch.Milliseconds(), 2000);
+  EXPECT_LT(watch.Milliseconds(), 30000);
   close(ends[0]);
 }
 

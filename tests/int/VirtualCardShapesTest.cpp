@@ -194,7 +194,7 @@ TEST(VirtualCardShapes, AreAbortedInTheMiddle) {
   client.Run("PI 1 ARCA 1e6,0 6e5", "progress");
   const Stopwatch watch;
   client.Lists.AbortExecution();
-  EXPECT_LT(watch.Milliseconds(), 1000);
+  EXPECT_LT(watch.Milliseconds(), 10000);
   EXPECT_EQ(client.EventsUpTo("idle"), Events{"idle 7"});
   EXPECT_LT(client.Lists.GetLastExecutionStats().ExecutionTime, 6e5 * 1e6 / 0.001 / 2);
 }

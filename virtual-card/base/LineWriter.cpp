@@ -13,6 +13,12 @@ namespace VELTRO::KELVO::VirtualCard {
 
 using ClientLib::MutexLock;
 
+namespace {
+
+constexpr std::chrono::seconds LongestForASlowThread{10};
+
+}  // namespace
+
 void LineWriter::Put(const Line& line) noexcept {
   const MutexLock lock(mutex_);
   // Two lines, should one of them have to say how many were dropped before.
@@ -88,10 +94,21 @@ void LineWriter::Write(const Line& line) const {
   }
 }
 
+bool LineWriter::TakesMore() const {
+  pollfd entry{descriptor_, POLLOUT, 0};
+  return poll(&entry, 1, 0) > 0 && (entry.revents & POLLOUT) != 0;
+}
+
 void LineWriter::WaitUntilWritten(std::chrono::milliseconds longest) noexcept {
-  const auto deadline = std::chrono::steady_clock::now() + longest;
+  const auto begin = std::chrono::steady_clock::now();
+  auto deadline = begin + longest;
   MutexLock lock(mutex_);
-  while (isStarted_ && (count_ > 0 || dropped_ > 0) && std::chrono::steady_clock::now() < deadline) {
+  while (isStarted_ && (count_ > 0 || dropped_ > 0)) {
+    const auto now = std::chrono::steady_clock::now();
+    if (now >= deadline) {
+      if (now >= begin + LongestForASlowThread || !TakesMore()) return;
+      deadline = now + longest;
+    }
     changed_.WaitUntil(lock, deadline);
   }
 }

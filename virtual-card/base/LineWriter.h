@@ -22,7 +22,8 @@ class LineWriter {
   LineWriter& operator=(const LineWriter&) = delete;
 
   void Put(const Line& line) noexcept;
-  // Waits until all of it is written, but no longer than that.
+  // Waits until all of it is written, but no longer than that; unless the descriptor would take it, and the thread is
+  // merely slow on a busy machine: then for some seconds.
   void WaitUntilWritten(std::chrono::milliseconds longest) noexcept;
 
  private:
@@ -34,6 +35,7 @@ class LineWriter {
   void AppendDropped() KELVO_REQUIRES(mutex_);
   bool Start() KELVO_REQUIRES(mutex_);
   void Write(const Line& line) const;
+  bool TakesMore() const;
 
   const int descriptor_;
   ClientLib::Mutex mutex_;

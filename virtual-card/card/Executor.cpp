@@ -17,7 +17,7 @@ namespace {
 // Clients wait to be told: when there is no memory for that, it is tried again for a while.
 template <class F>
 void Tell(F tell) noexcept {
-  constexpr int Tries = 200;
+  constexpr int Tries = 1000;
   constexpr std::chrono::milliseconds Pause{10};
   std::optional<std::string> error;
   for (int i = 0; i < Tries; ++i) {

@@ -13,9 +13,11 @@ void Notifier::NotifyEvent(std::string_view name, std::int32_t event, std::int32
   OutputPacket packet = OutputPacket::AllocateNotification();
   msgpack::packer packer(packet);
   packer.pack_array(2).pack(event).pack(value);
-  Notify(packet.Close());
-  ++count_;
+  const auto frame = packet.Close();
+  // First, so that whoever has been told finds it counted.
   if (IsShown()) activity_->AddNotification(std::string(name).append(" ").append(std::to_string(value)));
+  ++count_;
+  Notify(frame);
 }
 
 void Notifier::NotifyProgress(std::int32_t value) {
@@ -34,9 +36,10 @@ void Notifier::NotifyError(const std::string& text) {
   OutputPacket packet = OutputPacket::AllocateErrorNotification();
   // With an empty trace: clients would put the text in the place of one that is missing, too.
   ClientLib::RpcRemoteException(text, "").Pack(packet);
-  Notify(packet.Close());
-  ++count_;
+  const auto frame = packet.Close();
   if (IsShown()) activity_->AddNotification("Error: " + text);
+  ++count_;
+  Notify(frame);
 }
 
 }  // namespace VELTRO::KELVO::VirtualCard

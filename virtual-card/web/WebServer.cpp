@@ -22,7 +22,7 @@ namespace {
 constexpr std::chrono::milliseconds LookInterval{50};
 constexpr unsigned LooksOfAll = 2;                // of so many, one is at all sections
 constexpr std::chrono::seconds SignInterval{10};  // of life, on each stream
-constexpr std::chrono::milliseconds EndTime{500};
+constexpr int EndRounds = 500;                    // of a millisecond, in which streams take the end
 constexpr unsigned IdleSeconds = 30;
 constexpr std::size_t ConnectionBytes = 32768;
 constexpr int SystemBytes = 1 << 17;  // that the system keeps for one who does not read, twice over
@@ -290,8 +290,8 @@ void WebServer::End() {
     site_.GetEvents().Add("end", "{}");
   } catch (const std::bad_alloc&) {  // they see that it does not answer
   }
-  const auto deadline = Steady::now() + EndTime;
-  while (!streams_.empty() && Steady::now() < deadline) {
+  // Counted, so that a thread that is held up on a busy machine still tells them.
+  for (int round = 0; round < EndRounds && !streams_.empty(); ++round) {
     WakeStreams();
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
