@@ -69,7 +69,7 @@ class Host {
   void Await(const std::string& command) {
     const Inside inside(space_);
     EXPECT_EQ(
-        Shell("for i in $(seq 500); do if " + command + "; then exit 0; fi; sleep 0.01; done; exit 1").first,
+        Shell("for i in $(seq 3000); do if " + command + "; then exit 0; fi; sleep 0.01; done; exit 1").first,
         0);
   }
   static std::string Adding(const std::string& addresses, const std::string& device) {
