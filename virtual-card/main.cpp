@@ -1,6 +1,7 @@
 // kelvo-virtual-card: a controller card in software.
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <systemd/sd-daemon.h>
 
 #include <algorithm>
 #include <csignal>
@@ -32,9 +33,12 @@ sigset_t StopSignals() {
   return signals;
 }
 
+// Tells the service manager, where one asks for it, what the card does.
 void WaitForStop(const sigset_t& signals) {
   int signal = 0;
+  sd_notify(0, "READY=1");
   sigwait(&signals, &signal);
+  sd_notify(0, "STOPPING=1");
   // A second one ends the program at once, should the first not.
   pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
 }

@@ -1,4 +1,7 @@
 // The virtual card as a program of its own, spoken to over real sockets.
+#include <sys/un.h>
+
+#include "common/Descriptor.h"
 #include "config/LaserConfig.h"
 #include "config/ScannerAPI.h"
 #include "config/SystemConfig.h"
@@ -426,6 +429,29 @@ TEST(VirtualCardProgram, EndsInOrderOnASignal) {
     EXPECT_EQ(client.EventsUpTo("idle"), Events{"idle 7"});
     EXPECT_EQ(card.ReadLine(), "") << "it complained";
   }
+}
+
+TEST(VirtualCardProgram, TellsWhoManagesServicesWhenItListensAndWhenItEnds) {
+  const TemporaryDirectory directory;
+  sockaddr_un place{AF_UNIX, {}};
+  const Text path = directory.Path + "/notify";
+  path.copy(place.sun_path, sizeof place.sun_path - 1);
+  const ClientLib::Descriptor manager(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  ASSERT_EQ(bind(manager.Get(), reinterpret_cast<const sockaddr*>(&place), sizeof place), 0);
+  const auto told = [&] {
+    char text[100];
+    const ssize_t size = recv(manager.Get(), text, sizeof text, MSG_DONTWAIT);
+    return Text(text, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+  };
+  setenv("NOTIFY_SOCKET", path.c_str(), 1);
+  CardProcess card;
+  CardProcess another({"--port", std::to_string(card.GetPort())});
+  unsetenv("NOTIFY_SOCKET");
+  EXPECT_EQ(another.End(0), 1);
+  EXPECT_EQ(card.End(SIGTERM), 0);
+  EXPECT_EQ(told(), "READY=1");
+  EXPECT_EQ(told(), "STOPPING=1");
+  EXPECT_EQ(told(), "") << "by one that could not start";
 }
 
 TEST(VirtualCardProgram, SaysWhatIsWrongWithItsArguments) {
