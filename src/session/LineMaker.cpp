@@ -32,33 +32,6 @@ void AppendNumber(std::string& text, Number number) {
   text.append(digits, end);
 }
 
-// In one piece: there is one for each frame.
-void AppendHead(std::string& text, const LineHead& head) {
-  char line[160];  // longer than any
-  char* at = line;
-  const auto put = [&at](std::string_view part) { at = std::copy(part.begin(), part.end(), at); };
-  const auto putNumber = [&](auto number) { at = std::to_chars(at, line + sizeof line, number).ptr; };
-  // Numbers of microseconds are far from where a double would round them.
-  const auto time = static_cast<std::uint64_t>(std::max<std::int64_t>(head.Time.count(), 0));
-  put("{\"time\":"sv);
-  putNumber(time / 1000000);
-  char fraction[] = ".000000,\"connection\":";
-  std::size_t digit = 6;
-  for (std::uint64_t rest = time % 1000000; rest > 0; rest /= 10)
-    fraction[digit--] = static_cast<char>('0' + rest % 10);
-  put({fraction, sizeof fraction - 1});
-  putNumber(head.Connection);
-  if (head.Kind != LineKind::Opened && head.Kind != LineKind::Missing) {
-    put(",\"way\":\""sv);
-    put(WayWords[static_cast<std::size_t>(head.Way)]);
-    put("\""sv);
-  }
-  put(",\"kind\":\""sv);
-  put(KindWords[static_cast<std::size_t>(head.Kind)]);
-  put("\""sv);
-  text.append(line, at);
-}
-
 void AppendId(std::string& text, std::uint32_t id) {
   AppendNumber(text.append(",\"id\":"sv), id);
 }
@@ -201,6 +174,29 @@ std::uint64_t PlaceOf(const LineHead& head, std::uint32_t id) {
 
 }  // namespace
 
+void LineMaker::AppendHead(std::string& text, const LineHead& head) {
+  char line[48] = "{\"time\":";
+  // Numbers of microseconds are far from where a double would round them.
+  const auto time = static_cast<std::uint64_t>(std::max<std::int64_t>(head.Time.count(), 0));
+  char* const point = std::to_chars(line + 8, line + 40, time / 1000000).ptr;
+  *point = '.';
+  std::uint64_t rest = time % 1000000;
+  for (int digit = 6; digit > 0; --digit, rest /= 10) point[digit] = static_cast<char>('0' + rest % 10);
+  text.append(line, point + 7).append(HeadEndOf(head));
+}
+
+const std::string& LineMaker::HeadEndOf(const LineHead& head) {
+  HeadEnd& end = headEnds_[static_cast<std::size_t>(head.Way)][static_cast<std::size_t>(head.Kind)];
+  if (end.Connection == head.Connection && !end.Text.empty()) return end.Text;
+  std::string text = ",\"connection\":" + std::to_string(head.Connection);
+  if (head.Kind != LineKind::Opened && head.Kind != LineKind::Missing) {
+    text.append(",\"way\":\""sv).append(WayWords[static_cast<std::size_t>(head.Way)]).append("\""sv);
+  }
+  text.append(",\"kind\":\""sv).append(KindWords[static_cast<std::size_t>(head.Kind)]).append("\""sv);
+  end = {head.Connection, std::move(text)};
+  return end.Text;
+}
+
 void LineMaker::AppendFrame(std::string& text, const LineHead& head, std::span<const unsigned char> frame) {
   const std::size_t before = text.size();
   LineHead own = head;
@@ -220,7 +216,7 @@ void LineMaker::AppendFrame(std::string& text, const LineHead& head, std::span<c
 }
 
 void LineMaker::AppendOther(std::string& text, const LineHead& head, std::string_view bytes,
-                            std::uint64_t missing) const {
+                            std::uint64_t missing) {
   AppendHead(text, head);
   if (head.Kind == LineKind::Raw && hasContent_) {
     JsonForm::AppendBinary(text.append(",\"raw\":"sv), bytes);
@@ -296,8 +292,10 @@ void LineMaker::AppendAnswer(std::string& text, const LineHead& head, std::span<
   AppendId(text, id);
   // An answer to a request from before the recording might be of any method.
   constexpr ContentPlace Any{{}, std::nullopt};
-  const ContentPlace* content = isKnown ? FindContent(method_, FrameWay::FromCard) : &Any;
-  if (hasContent_ || head.Kind == LineKind::Error) content = nullptr;
+  const ContentPlace* content = nullptr;
+  if (!hasContent_ && head.Kind != LineKind::Error) {
+    content = isKnown ? FindContent(method_, FrameWay::FromCard) : &Any;
+  }
   body = body.subspan(position);
   if (isKnown) {
     AppendValue(text, known_, ContentName(head.Kind), method_, body, content);

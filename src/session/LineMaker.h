@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <iterator>
 #include <span>
 #include <string>
 #include <string_view>
@@ -25,13 +26,15 @@ class LineMaker {
   void AppendFrame(std::string& text, const LineHead& head, std::span<const unsigned char> frame);
   // Appends the line of what is no frame, by the head's kind: nothing, bytes, or how many frames are missing.
   void AppendOther(std::string& text, const LineHead& head, std::string_view bytes = {},
-                   std::uint64_t missing = 0) const;
+                   std::uint64_t missing = 0);
   // Appends the line of so many bytes that came that way and that nobody has.
-  static void AppendMissingBytes(std::string& text, const LineHead& head, std::uint64_t bytes);
+  void AppendMissingBytes(std::string& text, const LineHead& head, std::uint64_t bytes);
 
  private:
   using Place = std::uint64_t;  // connection and request id
 
+  void AppendHead(std::string& text, const LineHead& head);
+  const std::string& HeadEndOf(const LineHead& head);
   void AppendParsed(std::string& text, const LineHead& head, std::span<const unsigned char> frame);
   void AppendRequest(std::string& text, const LineHead& head, std::span<const char> body);
   void AppendAnswer(std::string& text, const LineHead& head, std::span<const char> body);
@@ -48,7 +51,14 @@ class LineMaker {
   };
   static constexpr std::size_t Slots = 1024;
 
+  // What a head has behind its time: frames of a connection have the same ones again and again.
+  struct HeadEnd {
+    std::uint32_t Connection = 0;
+    std::string Text;
+  };
+
   const bool hasContent_;
+  HeadEnd headEnds_[std::size(WayWords)][std::size(KindWords)];  // the latest of each
   KnownValues known_;
   std::vector<Asked> asked_{Slots};
   std::unordered_map<Place, std::string> askedBefore_;  // whose slot another has

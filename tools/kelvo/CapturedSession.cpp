@@ -153,7 +153,7 @@ void CapturedSession::DeliverEarly(Way& way) {
 
 void CapturedSession::Lose(Way& way, std::uint64_t bytes) {
   way.Frames.Lose();
-  LineMaker::AppendMissingBytes(text_, {now_, way.Number, way.Direction, LineKind::Missing}, bytes);
+  lines_.AppendMissingBytes(text_, {now_, way.Number, way.Direction, LineKind::Missing}, bytes);
   way.Next += bytes;
   missingBytes_ += bytes;
   ++gaps_;
