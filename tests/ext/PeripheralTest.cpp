@@ -211,7 +211,7 @@ TEST(Peripherals, LongWaitsAskAgain) {
   FakeCard card(FakeCard::Answering([&](const Request& request) {
     const auto arguments = request.Arguments->as<std::vector<std::uint32_t>>();
     asked.push_back(arguments[3]);
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // answers early
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // soon, and in no flood
     return Frame(0x01, Packed(request.Id) + (asked.size() < 3 ? "\0"s : "\1"s));
   }));
   const Connection connection(card.Port());

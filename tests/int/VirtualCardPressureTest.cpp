@@ -123,7 +123,7 @@ TEST(VirtualCardPressure, FilesAreOfTheCardsMemoryAndTakeNoDescriptors) {
 }
 
 TEST(VirtualCardPressure, UnfinishedAndBloatedRequestsShareTheirMemory) {
-  if (ThreadSanitized) GTEST_SKIP() << "It moves a gigabyte, to measure memory.";
+  SKIP_UNDER_THREAD_SANITIZER();  // it moves a gigabyte, to measure memory
   const CardProcess card({"--speed", "max"});
   WorkHonestly(card);
   const std::size_t before = MostMemory(card);
@@ -158,7 +158,7 @@ TEST(VirtualCardPressure, UnfinishedAndBloatedRequestsShareTheirMemory) {
 }
 
 TEST(VirtualCardPressure, ListsFontsAndWhatIsNotReadStayWithinTheCardsMemory) {
-  if (ThreadSanitized) GTEST_SKIP() << "It moves a gigabyte, to measure memory.";
+  SKIP_UNDER_THREAD_SANITIZER();  // it moves a gigabyte, to measure memory
   const CardProcess card({"--speed", "max", "--memory", std::to_string(60 * MiB)});
   Client hostile(card);
   CommandList noops = Noops(10 * MiB);
