@@ -10,7 +10,6 @@ using ClientLib::FramePieces;
 using ClientLib::FrameWay;
 using ClientLib::Recording::FrameSplitter;
 using ClientLib::Recording::LineKind;
-using ClientLib::Recording::LineMaker;
 
 namespace {
 
