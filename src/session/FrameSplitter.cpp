@@ -1,5 +1,7 @@
 #include "session/FrameSplitter.h"
 
+#include <new>
+
 #include "rpc/Packet.h"
 
 namespace VELTRO::KELVO::ClientLib::Recording {
@@ -26,19 +28,28 @@ bool LooksLikeFrame(std::span<const unsigned char> bytes) {
 
 void FrameSplitter::Take(std::span<const unsigned char> bytes) {
   if (isLost_ && mayResume_ && LooksLikeFrame(bytes)) isLost_ = false;
-  if (!begun_.empty()) {
-    begun_.insert(begun_.end(), bytes.begin(), bytes.end());
+  if (begun_.empty()) {
+    static_cast<void>(Gather(bytes.subspan(TakeFrames(bytes))));
+  } else if (Gather(bytes)) {
     const std::size_t taken = TakeFrames(begun_);
     begun_.erase(begun_.begin(), begun_.begin() + static_cast<std::ptrdiff_t>(taken));
-  } else {
-    bytes = bytes.subspan(TakeFrames(bytes));
-    begun_.assign(bytes.begin(), bytes.end());
+  }
+}
+
+bool FrameSplitter::Gather(std::span<const unsigned char> bytes) {
+  try {
+    begun_.insert(begun_.end(), bytes.begin(), bytes.end());
+    return true;
+  } catch (const std::bad_alloc&) {
+    Lose();
+    sink_.TakeOther(connection_, way_, LineKind::Raw, bytes);
+    return false;
   }
 }
 
 void FrameSplitter::Lose() {
   if (!begun_.empty()) sink_.TakeOther(connection_, way_, LineKind::Raw, begun_);
-  begun_.clear();
+  begun_ = {};  // there may be no memory for more
   isLost_ = mayResume_ = true;
 }
 

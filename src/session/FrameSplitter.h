@@ -27,6 +27,9 @@ class FrameSplitter {
   // Records the whole frames that the bytes begin with; returns how many bytes these are.
   std::size_t TakeFrames(std::span<const unsigned char> bytes);
 
+  // Keeps what has begun. False when there is no memory for it, and then it is recorded as bytes.
+  bool Gather(std::span<const unsigned char> bytes);
+
   FrameSink& sink_;
   const std::uint32_t connection_;
   const FrameWay way_;

@@ -1,10 +1,12 @@
 // Recorded sessions: frames as lines and back, the file, what is no such file.
 #include "Helpers.h"
 #include "rpc/JsonForm.h"
+#include "session/FrameSplitter.h"
 #include "session/LineMaker.h"
 #include "session/LineReader.h"
 #include "session/SessionReader.h"
 #include "session/SessionWriter.h"
+#include "support/FailingMemory.h"
 #include "support/TemporaryDirectory.h"
 
 namespace VELTRO::KELVO::Test {
@@ -122,6 +124,35 @@ std::string Read(const std::string& content) {
   for (std::size_t at = 0; (at = failure.find(path)) != std::string::npos;)
     failure.replace(at, path.size(), "FILE");
   return std::to_string(count) + " " + failure;
+}
+
+// Who carries the bytes on goes on without memory for a frame.
+TEST(FrameSplitter, RecordsAsBytesWhatItCannotKeep) {
+  struct Sizes : FrameSink {
+    Sizes() { Seen.reserve(8); }
+    void TakeFrame(std::uint32_t, FrameWay, const FramePieces& frame,
+                   const std::shared_ptr<const void>&) override {
+      Seen.emplace_back("frame", frame[0].size());
+    }
+    void TakeOther(std::uint32_t, FrameWay, LineKind kind, std::span<const unsigned char> bytes) override {
+      Seen.emplace_back(kind == LineKind::Raw ? "raw" : "other", bytes.size());
+    }
+    std::vector<std::pair<std::string_view, std::size_t>> Seen;
+  } sizes;
+  FrameSplitter splitter(sizes, 1, FrameWay::ToCard);
+  const std::string frame = FrameOf(0, 1, "M", std::string(50, 'x'));
+  const auto bytes = Unsigned(frame);
+  splitter.Take(bytes.first(8));
+  {
+    const FailingMemory none;
+    splitter.Take(bytes.subspan(8, 32));
+    splitter.Take(bytes.subspan(40));
+  }
+  splitter.Take(bytes.first(8));
+  splitter.Take(bytes.subspan(8));
+  using testing::Pair;
+  EXPECT_THAT(sizes.Seen, testing::ElementsAre(Pair("raw", 8), Pair("raw", 32),
+                                               Pair("raw", frame.size() - 40), Pair("frame", frame.size())));
 }
 
 TEST(SessionReader, TellsWhatIsWrong) {

@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 
 #include <cerrno>
+#include <exception>
 #include <system_error>
 #include <utility>
 
@@ -67,11 +68,15 @@ int CardRelays::GetPort() const {
 
 std::string CardRelays::Serve(int milliseconds) {
   pollfd entry{listener_.Get(), POLLIN, 0};
+  int reason = 0;
   if (poll(&entry, 1, milliseconds) > 0) {
     Descriptor application(accept4(listener_.Get(), nullptr, nullptr, SOCK_CLOEXEC));
-    if (application.IsOpen()) Take(std::move(application));
+    if (application.IsOpen()) {
+      reason = Take(std::move(application));
+    } else if (errno == EMFILE || errno == ENFILE) {
+      poll(nullptr, 0, milliseconds);  // it waits until another has gone
+    }
   }
-  int reason = 0;
   std::erase_if(running_, [&](const auto& running) {
     if (!running->IsOver) return false;
     running->Thread.join();
@@ -81,24 +86,36 @@ std::string CardRelays::Serve(int milliseconds) {
   return reason == 0 ? std::string() : Word(reason);
 }
 
-void CardRelays::Take(Descriptor application) {
-  const std::uint32_t connection = ++connections_;
-  auto own = std::make_unique<Running>();
-  Running& running = *own;
-  running_.reserve(running_.size() + 1);
-  running.Thread = std::thread([this, &running, connection, socket = std::move(application)]() mutable {
+int CardRelays::Take(Descriptor application) {
+  try {
+    const std::uint32_t connection = ++connections_;
+    auto own = std::make_unique<Running>();
+    Running& running = *own;
+    running_.reserve(running_.size() + 1);
+    running.Thread = std::thread([this, &running, connection, socket = std::move(application)]() mutable {
+      running.Reason = Carry(std::move(socket), connection);
+      running.IsOver = true;
+    });
+    running_.push_back(std::move(own));
+    return 0;
+  } catch (const std::exception&) {
+    return ENOMEM;
+  }
+}
+
+int CardRelays::Carry(Descriptor application, std::uint32_t connection) const {
+  try {
     int reason = 0;
     Descriptor card = ConnectToCard(reason);
     if (card.IsOpen()) {
-      Relay(std::move(socket), std::move(card), sink_, connection).Run(stopRead_.Get());
+      Relay(std::move(application), std::move(card), sink_, connection).Run(stopRead_.Get());
     } else {
-      running.Reason = reason;
-      ResetWhenClosed(socket);
-      socket.Close();
+      ResetWhenClosed(application);
     }
-    running.IsOver = true;
-  });
-  running_.push_back(std::move(own));
+    return reason;
+  } catch (const std::exception&) {
+    return ENOMEM;
+  }
 }
 
 Descriptor CardRelays::ConnectToCard(int& reason) const {

@@ -41,7 +41,10 @@ class CardRelays {
     std::thread Thread;
   };
 
-  void Take(ClientLib::Descriptor application);
+  // Gives it a thread. Returns an error number where that cannot be.
+  int Take(ClientLib::Descriptor application);
+  // For that thread: carries the connection from beginning to end. Returns why there was none to the card.
+  int Carry(ClientLib::Descriptor application, std::uint32_t connection) const;
   ClientLib::Descriptor ConnectToCard(int& reason) const;
   // Whether the connection under way is there before the relays are to stop.
   int ReasonOf(const ClientLib::Descriptor& socket) const;
