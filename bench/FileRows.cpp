@@ -158,11 +158,11 @@ double LibraryDownload(RowContext& context) {
 
 void RegisterFileRows(Harness& harness) {
   harness.AddReference(kUpload, "MB/s", RawUpload);
-  harness.AddLibraryRow("upload of 64 MiB, library", kUpload, AtLeast(0.5), LibraryUpload);
+  harness.AddLibraryRow("upload of 64 MiB, library", kUpload, AtLeast(0.85), LibraryUpload);
   harness.AddReference(kUploadFromFile, "MB/s", RawUploadFromFile);
   harness.AddLibraryRow("upload of 64 MiB beside it, library", kUploadFromFile, AtLeast(0.85), LibraryUpload);
   harness.AddReference(kDownload, "MB/s", RawDownload);
-  harness.AddLibraryRow("download of 64 MiB, library", kDownload, AtLeast(0.5), LibraryDownload);
+  harness.AddLibraryRow("download of 64 MiB, library", kDownload, AtLeast(0.85), LibraryDownload);
   harness.AddReference(kDownloadToFile, "MB/s", RawDownloadToFile);
   harness.AddLibraryRow("download of 64 MiB beside it, library", kDownloadToFile, AtLeast(0.85),
                         LibraryDownload);
