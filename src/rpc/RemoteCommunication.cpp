@@ -27,6 +27,9 @@ constexpr int KeepAliveIdleSeconds = 10;
 constexpr int KeepAliveIntervalSeconds = 5;
 constexpr int KeepAliveProbes = 3;
 constexpr std::chrono::milliseconds LeastUnacknowledged{30000};
+// That a read blocks at most. A caller that may wait for longer, with some time to spare, needs no poll to end in time.
+constexpr std::chrono::seconds LongestRead{4};
+constexpr std::chrono::seconds LongerThanARead{5};
 
 void SetOption(int socket, int level, int option, int value) {
   // None is vital: a system that lacks one still makes a working connection.
@@ -141,6 +144,8 @@ bool RemoteCommunication::WaitForConnect(Deadline deadline) {
   if (shutDown_) return false;
   // From here on the reading thread blocks in recv; sends never block, they say so themselves.
   if (fcntl(socket_, F_SETFL, 0) != 0) return false;
+  const timeval longest{LongestRead.count(), 0};
+  if (setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &longest, sizeof longest) != 0) return false;
   readTurn_.Open(socket_);
   connected_.store(true, std::memory_order_release);
   return true;
@@ -211,6 +216,7 @@ int RemoteCommunication::Receive(std::size_t count) {
     const ssize_t received = recv(socket_, room.data(), room.size(), 0);
     if (received < 0 && errno == EINTR) continue;
     if (!IsConnected()) return -1;
+    if (received < 0 && errno == EAGAIN) continue;  // nothing has come for long
     if (received <= 0) return static_cast<int>(received);
     buffer_.Add(static_cast<std::size_t>(received));
     if (buffer_.Data()[0] != Packet::PacketStart) throw std::runtime_error("Invalid packet!");
@@ -245,15 +251,18 @@ int RemoteCommunication::Peek(Deadline deadline) {
     const std::size_t wanted = WantedSize();
     if (!isFrame || wanted > MostFrameBytes || !IsConnected()) return -1;
     if (buffer_.Size() >= wanted) return static_cast<int>(wanted);
-    pollfd entry{socket_, POLLIN, 0};
-    const int ready = poll(&entry, 1, MillisecondsUntil(deadline));
-    if (ready == 0) return 0;
-    if (ready < 0) {
-      if (errno == EINTR) continue;
-      return -1;
+    const bool mayBlock = deadline - std::chrono::steady_clock::now() > LongerThanARead;
+    if (!mayBlock) {
+      pollfd entry{socket_, POLLIN, 0};
+      const int ready = poll(&entry, 1, MillisecondsUntil(deadline));
+      if (ready == 0) return 0;
+      if (ready < 0) {
+        if (errno == EINTR) continue;
+        return -1;
+      }
     }
     const auto room = buffer_.Room(wanted);
-    const ssize_t received = recv(socket_, room.data(), room.size(), MSG_DONTWAIT);
+    const ssize_t received = recv(socket_, room.data(), room.size(), mayBlock ? 0 : MSG_DONTWAIT);
     if (received > 0) {
       buffer_.Add(static_cast<std::size_t>(received));
     } else if (received == 0 || (errno != EINTR && errno != EAGAIN)) {

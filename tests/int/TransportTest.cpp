@@ -218,6 +218,7 @@ TEST(Client, CallersLeaveNothingUnreadAndRunNoCallback) {
   const auto callAFew = [&] {
     for (int i = 0; i < 10; ++i) EXPECT_EQ(call("Plain"), "Plain");
   };
+  double shortest = 1e9;
   for (int round = 0; round < 40; ++round) {
     callAFew();
     EXPECT_EQ(call("Behind"), "Behind");
@@ -234,10 +235,53 @@ TEST(Client, CallersLeaveNothingUnreadAndRunNoCallback) {
     EXPECT_EQ(first.get(), "First");
     callAFew();
     client.SetReceiveTimeout(std::chrono::milliseconds(2));
+    const Stopwatch watch;
     EXPECT_EQ(Failure([&] { call("Half"); }), "Response was not received in the given timespan.");
+    shortest = std::min<double>(shortest, watch.Milliseconds());
     client.SetReceiveTimeout(std::chrono::minutes(1));
   }
+  EXPECT_LT(shortest, 1000) << "a wait ends with its time-out, however long a read may last";
   EXPECT_NE(receiver, std::this_thread::get_id());
+}
+
+// The socket of this process that is connected to the port.
+int SocketTo(int port) {
+  for (int socket = 3; socket < 1024; ++socket) {
+    sockaddr_in place{};
+    socklen_t length = sizeof place;
+    const bool isConnected = getpeername(socket, reinterpret_cast<sockaddr*>(&place), &length) == 0;
+    if (isConnected && place.sin_family == AF_INET &&
+        place.sin_port == htons(static_cast<std::uint16_t>(port)))
+      return socket;
+  }
+  return -1;
+}
+
+// Reads end after some seconds with nothing; made short, so that many do while everybody waits.
+TEST(Client, OutlastsReadsThatEndWithNothing) {
+  constexpr auto ManyReads = std::chrono::milliseconds(300);
+  FakeCard card([&](Peer& peer) {
+    for (Request request; peer.Next(request);) {
+      if (request.Method == "Late") std::this_thread::sleep_for(ManyReads);
+      peer.Send(Response(request.Id, request.Method));
+      if (request.Method != "Told") continue;
+      std::this_thread::sleep_for(ManyReads);
+      peer.Send(Notification(0x11, 1));
+    }
+  });
+  auto configuration = Configuration(card.Port());
+  std::promise<void> told;
+  configuration.NotificationCallback = [&](const RpcClientEvent&) { told.set_value(); };
+  RpcClient client(configuration);
+  client.Start();
+  const timeval shortly{0, 10000};
+  ASSERT_EQ(setsockopt(SocketTo(card.Port()), SOL_SOCKET, SO_RCVTIMEO, &shortly, sizeof shortly), 0);
+  const auto call = [&](const char* method) { return client.Call<std::string>(UncheckedMethod{method}); };
+  // The receive thread waits, and then callers do.
+  EXPECT_EQ(call("Told"), "Told");
+  EXPECT_EQ(told.get_future().wait_for(std::chrono::minutes(1)), std::future_status::ready);
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(call("Plain"), "Plain");
+  EXPECT_EQ(call("Late"), "Late");
 }
 
 TEST(Transport, KeepsALateAnswerForWhoeverAsks) {
