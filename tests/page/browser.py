@@ -87,8 +87,9 @@ class Browser:
             self._send("POST", "/goog/cdp/execute", {"cmd": f"Emulation.{command}", "params": params})
 
     def complaints(self):
-        """What the browser has to say about the page since the last time."""
-        return [entry["message"] for entry in self._send("POST", "/se/log", {"type": "browser"})]
+        """What the browser has to say about the page, and not about one of its own, since the last time."""
+        messages = [entry["message"] for entry in self._send("POST", "/se/log", {"type": "browser"})]
+        return [message for message in messages if not message.startswith("chrome://")]
 
     def wait(self, script, *arguments):
         """Until what the script returns is true."""
