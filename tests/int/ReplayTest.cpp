@@ -124,6 +124,23 @@ TEST(Replay, AnswersByMethodAndArgumentsInTheRecordedOrder) {
   }
 }
 
+TEST(Replay, RepeatsTheAnswersOfWhatChangesNothing) {
+  std::vector<Text> lines;
+  const std::vector<Text> methods = {"GetFiles",   "IsReady",       "ReadPort",      "WaitForIdle",
+                                     "FileExists", "FileGetSize",   "GetFileHandle", "ReadSerialPort",
+                                     "FileRead",   "FileWriteText", "GetX"};
+  for (const Text& method : methods) lines.insert(lines.end(), {"0 1 > " + method + " []", "0 1 = 5"});
+  Replay replay(Head + Lines(lines));
+  const Connection connection(replay.Card().GetPort());
+  std::vector<Text> repeated;
+  for (const Text& method : methods) {
+    EXPECT_EQ(Called(connection, method + " []"), "5");
+    if (Called(connection, method + " []") == "5") repeated.push_back(method);
+  }
+  EXPECT_THAT(repeated, testing::ElementsAre("GetFiles", "IsReady", "ReadPort", "WaitForIdle", "FileExists",
+                                             "FileGetSize", "GetX"));
+}
+
 TEST(Replay, AnswersEachConnectionAsTheRecordedOne) {
   const Text recording = Head + Lines({"0 4 > Do []", "0 4 = 1", "0 9 > Do []", "0 9 = 2", "0 9 > Lost []",
                                        "0 9 ended", "0 9 left"});

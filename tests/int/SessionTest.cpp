@@ -77,6 +77,16 @@ TEST(SessionLine, OfAFrameReadsBackAsWhatItWas) {
   }
 }
 
+TEST(SessionLine, OfAnAnswerKnowsTheMethodHoweverManyCallsCameMeanwhile) {
+  LineMaker maker(true);
+  LineOf(maker, FrameWay::ToCard, FrameOf(0, 1, "WaitForIdle", std::make_tuple()));
+  for (std::uint32_t id = 2; id < 5000; ++id) {
+    LineOf(maker, FrameWay::ToCard, FrameOf(0, id, "GetTime", std::make_tuple()));
+    LineOf(maker, FrameWay::FromCard, Response(id, true));
+  }
+  EXPECT_THAT(LineOf(maker, FrameWay::FromCard, Response(1, true)), HasSubstr(R"("method":"WaitForIdle")"));
+}
+
 TEST(SessionLine, LongValuesStayPackedAndWholeNumbersOfBytesComeBack) {
   LineMaker maker(true);
   for (std::size_t size : {32764U, 32765U, 32766U, 100000U}) {
@@ -276,32 +286,48 @@ TEST(SessionWriter, TellsWhatItLeftOut) {
   const std::string pipe = directory.Path + "/p";
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   const auto shared = std::make_shared<const std::string>(8 << 20, 'x');
+  const std::string small = Response(1, 2);
   const std::span<const unsigned char> none;
   std::string told;
-  bool isInRecording = false;
+  unsigned long inRecording = 0;
   // A reader that a busy machine holds up for a second ends the recording; then once more.
   for (int attempt = 0; attempt < 10 && told.find(" missing ") == std::string::npos; ++attempt) {
     Descriptor end(open(pipe.c_str(), O_RDONLY | O_NONBLOCK));
     SessionWriter writer(pipe, {"a test", "", "", true});
     std::atomic<bool> hurries{false};
+    inRecording = 0;
     std::thread reader([&] {
-      std::string bytes(1 << 16, '\0'), text;
+      constexpr std::string_view Missing = "\"kind\":\"missing\",\"frames\":";
+      std::string bytes(1 << 16, '\0'), line;
       for (ssize_t count = 1; count != 0;) {
         if (!hurries) std::this_thread::sleep_for(std::chrono::milliseconds(20));
         count = read(end.Get(), bytes.data(), bytes.size());
-        text.append(bytes, 0, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-        isInRecording = isInRecording || text.find("\"kind\":\"missing\",\"frames\":") != text.npos;
-        text.erase(0, text.size() - std::min<std::size_t>(text.size(), 100));
+        for (std::string_view rest(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+             !rest.empty();) {
+          const std::size_t lineEnd = std::min(rest.find('\n'), rest.size());
+          if (line.size() < 200) line += rest.substr(0, lineEnd);
+          rest.remove_prefix(lineEnd);
+          if (rest.empty()) break;
+          rest.remove_prefix(1);
+          const std::size_t place = line.find(Missing);
+          if (place != std::string::npos) inRecording += std::stoul(line.substr(place + Missing.size()));
+          line.clear();
+        }
       }
     });
     for (int i = 0; i < 20; ++i)
       writer.TakeFrame(1, FrameWay::ToCard, {none, Unsigned(*shared), none}, shared);
     hurries = true;
+    // Sooner or later there is room again.
+    for (int i = 0; i < 30; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+      writer.TakeFrame(1, FrameWay::FromCard, {Unsigned(small)});
+    }
     told = Failure([&] { writer.Finish(); });
     reader.join();
   }
   EXPECT_THAT(told, testing::MatchesRegex("[0-9]+ frames are missing in recording '" + pipe + "'\\."));
-  EXPECT_TRUE(isInRecording);
+  EXPECT_EQ(inRecording, std::strtoul(told.c_str(), nullptr, 10)) << "each is told once";
 }
 
 }  // namespace

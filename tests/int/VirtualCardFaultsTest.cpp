@@ -71,6 +71,10 @@ TEST(VirtualCardFaults, HaveTheValuesOfTheirText) {
   for (const auto& [text, wanted] : delays) {
     EXPECT_EQ(VirtualCard::ParseFault(Text("*:delay=") + text).Delay.count(), wanted) << text;
   }
+  const std::pair<const char*, double> rates[] = {{"7B/s", 7}, {"0.25kB/s", 250}, {"3MB/s", 3e6}};
+  for (const auto& [text, wanted] : rates) {
+    EXPECT_EQ(VirtualCard::ParseFault(Text("*:slow=") + text).Rate, wanted) << text;
+  }
 }
 
 // Which fault befalls each of the calls "A1 B2": methods by their first letter, and the connection; its error's text,

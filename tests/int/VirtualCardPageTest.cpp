@@ -104,6 +104,7 @@ TEST(VirtualCardPage, LetsInWhoMayAsk) {
       {"GET / HTTP/1.1\r\nHost: HOST\r\nHost: HOST", "400 Bad Request"},
       {"GET /state HTTP/1.1\r\nHost: HOST\r\nOrigin: http://evil.example", "403 Forbidden"},
       {"GET /drawing?from=0 HTTP/1.1\r\nHost: HOST\r\nSec-Fetch-Site: cross-site", "403 Forbidden"},
+      {"GET /state HTTP/1.1\r\nHost: HOST\r\nSec-Fetch-Site: same-site", "403 Forbidden"},
       {"GET / HTTP/1.1\r\nHost: HOST\r\nSec-Fetch-Site: cross-site", "200 OK"},
       {"PUT / HTTP/1.1\r\nHost: HOST" + two, "405 Method Not Allowed", "{}"},
       {"GET /do HTTP/1.1\r\nHost: HOST", "405 Method Not Allowed"},
