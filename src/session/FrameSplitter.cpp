@@ -49,7 +49,7 @@ bool FrameSplitter::Gather(std::span<const unsigned char> bytes) {
 
 void FrameSplitter::Lose() {
   if (!begun_.empty()) sink_.TakeOther(connection_, way_, LineKind::Raw, begun_);
-  begun_ = {};  // there may be no memory for more
+  begun_ = std::vector<unsigned char>();  // its memory, too: there may be none for more
   isLost_ = mayResume_ = true;
 }
 
