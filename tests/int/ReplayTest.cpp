@@ -134,7 +134,7 @@ TEST(Replay, RepeatsTheAnswersOfWhatChangesNothing) {
   const Connection connection(replay.Card().GetPort());
   std::vector<Text> repeated;
   for (const Text& method : methods) {
-    EXPECT_EQ(Called(connection, method + " []"), "5");
+    EXPECT_EQ(Called(connection, method + " []"), "5") << method;
     if (Called(connection, method + " []") == "5") repeated.push_back(method);
   }
   EXPECT_THAT(repeated, testing::ElementsAre("GetFiles", "IsReady", "ReadPort", "WaitForIdle", "FileExists",
